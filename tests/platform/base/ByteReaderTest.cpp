@@ -15,11 +15,12 @@ namespace {
 constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
 
 TEST(CheckedRange, NeverWrapsAround) {
+    __extension__ using Wide = unsigned __int128;
     constexpr std::uint64_t values[] = {0, 1, kMax / 2, kMax / 2 + 1, kMax - 1, kMax};
     for (const std::uint64_t offset : values) {
         for (const std::uint64_t length : values) {
             for (const std::uint64_t size : values) {
-                const bool expected = static_cast<unsigned __int128>(offset) + length <= size;
+                const bool expected = static_cast<Wide>(offset) + length <= size;
                 EXPECT_EQ((CheckedRange{offset, length}.fits(size)), expected)
                     << offset << "+" << length << " in " << size;
                 const CheckedRange cut = CheckedRange{offset, length}.clamped(size);
