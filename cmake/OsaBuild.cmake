@@ -1,6 +1,7 @@
 # The house's targets: rooms (static libraries), tests and fuzz targets, each with one set of flags.
 
-add_compile_options(-Wall -Wextra -Wpedantic -Werror)
+# Four-character codes are written the way the Mac writes them: as character constants.
+add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wno-multichar)
 # TCLString's units are `unsigned short`, ICU's are `char16_t`: the same bytes under two types.
 add_compile_options(-fno-strict-aliasing)
 if(OSA_SANITIZE)

@@ -1,0 +1,91 @@
+// The extension routines, each on the File Manager's published calls.
+#include "fsextensions/FSExtensions.h"
+
+#include <CoreServices/MacErrors.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+static_assert(sizeof(FinderInfo) == 16 && sizeof(ExtendedFinderInfo) == 16);
+
+namespace {
+constexpr UInt32 kPathBufferSize = 4096;
+}
+
+OSStatus FSGetFinderInfo(const FSRef* ref, FinderInfo* info, ExtendedFinderInfo* extendedInfo,
+                         Boolean* isDirectory) {
+    FSCatalogInfoBitmap which = kFSCatInfoNone;
+    if (info != nullptr) which |= kFSCatInfoFinderInfo;
+    if (extendedInfo != nullptr) which |= kFSCatInfoFinderXInfo;
+    if (isDirectory != nullptr) which |= kFSCatInfoNodeFlags;
+    FSCatalogInfo catalog;
+    const OSStatus status = FSGetCatalogInfo(ref, which, &catalog, nullptr, nullptr, nullptr);
+    if (status != noErr) return status;
+    if (info != nullptr) std::memcpy(info, &catalog.finderInfo, sizeof *info);
+    if (extendedInfo != nullptr) {
+        std::memcpy(extendedInfo, &catalog.extFinderInfo, sizeof *extendedInfo);
+    }
+    if (isDirectory != nullptr) *isDirectory = (catalog.nodeFlags & kFSNodeIsDirectoryMask) != 0;
+    return noErr;
+}
+
+OSStatus FSSetFinderInfo(const FSRef* ref, const FinderInfo* info,
+                         const ExtendedFinderInfo* extendedInfo) {
+    FSCatalogInfoBitmap which = kFSCatInfoNone;
+    FSCatalogInfo catalog{};
+    if (info != nullptr) {
+        which |= kFSCatInfoFinderInfo;
+        std::memcpy(&catalog.finderInfo, info, sizeof *info);
+    }
+    if (extendedInfo != nullptr) {
+        which |= kFSCatInfoFinderXInfo;
+        std::memcpy(&catalog.extFinderInfo, extendedInfo, sizeof *extendedInfo);
+    }
+    return FSSetCatalogInfo(ref, which, &catalog);
+}
+
+OSStatus FSGetVRefNum(const FSRef* ref, FSVolumeRefNum* vRefNum) {
+    FSCatalogInfo catalog;
+    const OSStatus status =
+        FSGetCatalogInfo(ref, kFSCatInfoVolume, &catalog, nullptr, nullptr, nullptr);
+    if (status == noErr) *vRefNum = catalog.volume;
+    return status;
+}
+
+OSStatus FSGetParentRef(const FSRef* ref, FSRef* parent) {
+    FSRef found{};
+    const OSStatus status =
+        FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, nullptr, nullptr, &found);
+    if (status != noErr) return status;
+    // The catalog answers the root's parent with a reference that names nothing.
+    if (!FSRefValid(&found)) return fnfErr;
+    *parent = found;
+    return noErr;
+}
+
+OSStatus FSCheckLock(const FSRef* ref) {
+    FSCatalogInfo catalog;
+    OSStatus status =
+        FSGetCatalogInfo(ref, kFSCatInfoNodeFlags, &catalog, nullptr, nullptr, nullptr);
+    if (status != noErr) return status;
+    if ((catalog.nodeFlags & kFSNodeLockedMask) != 0) return fLckdErr;
+    char path[kPathBufferSize];
+    status = FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path);
+    if (status != noErr) return status;
+    if (access(path, W_OK) == 0) return noErr;
+    return errno == EROFS ? wPrErr : fLckdErr;
+}
+
+Boolean FSRefValid(const FSRef* ref) {
+    return FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == noErr;
+}
+
+OSStatus FSChangeFinderFlags(const FSRef* ref, Boolean set, UInt16 flags) {
+    FinderInfo info;
+    OSStatus status = FSGetFinderInfo(ref, &info, nullptr, nullptr);
+    if (status != noErr) return status;
+    const auto old = info.finderFlags;
+    info.finderFlags = static_cast<UInt16>(set ? old | flags : old & ~flags);
+    return info.finderFlags == old ? noErr : FSSetFinderInfo(ref, &info, nullptr);
+}

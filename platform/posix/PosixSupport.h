@@ -1,0 +1,15 @@
+// Small helpers that the files of this room share.
+#pragma once
+
+#include <string>
+
+#include "platform/posix/FileSystem.h"
+
+namespace osa::posix {
+
+Result<FileStatus> statusOfDescriptor(int descriptor);
+
+/// False for a path with a NUL inside, which would name another object to the kernel.
+bool isUsablePath(const std::string& path);
+
+}  // namespace osa::posix
