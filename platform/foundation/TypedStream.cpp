@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace osa {
 namespace {
@@ -51,8 +52,10 @@ TypedStream::TypedStream(ByteSpan archive)
     const unsigned version = in_.u8();
     const std::string_view signature = in_.pascalString();
     littleEndian_ = signature == "streamtyped";
-    if (!in_.ok() || (!littleEndian_ && signature != "typedstream")) return fail("not an archive");
-    if (version != kStreamVersion) return fail("archive of an unknown version");
+    if (!in_.ok() || (!littleEndian_ && signature != "typedstream"))
+        fail("not an archive");
+    else if (version != kStreamVersion)
+        fail("archive of version " + std::to_string(version));
     integer(false);
 }
 
