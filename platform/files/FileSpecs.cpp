@@ -1,0 +1,137 @@
+// FSMakeFSSpec and FSpMakeFSRef.
+#include "platform/files/FileSpecs.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <shared_mutex>
+#include <utility>
+
+#include "platform/files/Names.h"
+#include "platform/files/Volumes.h"
+
+namespace osa {
+namespace {
+
+struct FolderIDs {
+    std::shared_mutex lock;
+    std::map<std::pair<FSVolumeRefNum, UInt32>, std::string> paths;
+};
+
+FolderIDs& folderIDs() {
+    static FolderIDs shared;
+    return shared;
+}
+
+FSSpec makeSpec(FSVolumeRefNum volume, UInt32 parentID, const std::string& name) {
+    FSSpec spec{};
+    spec.vRefNum = volume;
+    spec.parID = static_cast<SInt32>(parentID);
+    spec.name[0] = static_cast<unsigned char>(name.size());
+    std::copy(name.begin(), name.end(), spec.name + 1);
+    return spec;
+}
+
+Result<std::string> folderWithID(FSVolumeRefNum number, UInt32 id) {
+    const auto volume = findVolume(number);
+    if (!volume) return Failure(nsvErr);
+    if (id == fsRtDirID || id == 0) return volume->mountPoint;
+    FolderIDs& known = folderIDs();
+    const std::shared_lock guard(known.lock);
+    const auto found = known.paths.find({number, id});
+    if (found == known.paths.end()) return Failure(dirNFErr);
+    return found->second;
+}
+
+std::string_view textOf(ConstStr255Param name) {
+    if (name == nullptr) return {};
+    return {reinterpret_cast<const char*>(name) + 1, name[0]};
+}
+
+/// The specification of `leaf` (Mac Roman, may be missing) in the folder at `path`.
+Result<void> specInFolder(const std::string& path, std::string_view leaf, FSSpec& spec) {
+    OSA_TRY(const posix::FileStatus status, posix::status(path, posix::Follow::yes));
+    if (!status.isFolder()) return Failure(dirNFErr);
+    if (leaf.size() >= sizeof(Str63)) return Failure(bdNamErr);
+    OSA_TRY(const Volume volume, volumeOf(status.device, path));
+    const UInt32 id = path == volume.mountPoint ? UInt32{fsRtDirID} : nodeIDFromInode(status.inode);
+    rememberFolder(volume.number, id, path);
+    spec = makeSpec(volume.number, id, std::string(leaf));
+    const std::string child = joinPath(path, leafFromMacRoman(leaf));
+    OSA_CHECK(posix::status(child, posix::Follow::no));
+    return {};
+}
+
+/// "Volume:folder:leaf", or "Volume:" for the volume itself.
+Result<void> specOfFullPath(std::string_view path, FSSpec& spec) {
+    const std::size_t colon = path.find(':');
+    const auto volume = findVolumeNamed(leafFromMacRoman(path.substr(0, colon)));
+    if (!volume) return Failure(nsvErr);
+    path.remove_prefix(colon + 1);
+    if (path.ends_with(':')) path.remove_suffix(1);
+    if (path.empty()) {
+        spec = makeSpec(volume->number, fsRtParID, volumeName(*volume).substr(0, 63));
+        return {};
+    }
+    std::string folder = volume->mountPoint;
+    for (std::size_t end = path.find(':'); end != std::string_view::npos; end = path.find(':')) {
+        folder = joinPath(folder, leafFromMacRoman(path.substr(0, end)));
+        path.remove_prefix(end + 1);
+    }
+    OSA_TRY(folder, posix::realPath(folder));
+    return specInFolder(folder, path, spec);
+}
+
+Result<FSRef> referenceToSpec(const FSSpec& spec) {
+    const auto parentID = static_cast<UInt32>(spec.parID);
+    if (parentID == fsRtParID) {
+        const auto volume = findVolume(spec.vRefNum);
+        if (!volume) return Failure(nsvErr);
+        return referenceToRealPath(volume->mountPoint);
+    }
+    OSA_TRY(const std::string folder, folderWithID(spec.vRefNum, parentID));
+    const std::string leaf = leafFromMacRoman(textOf(spec.name));
+    if (leaf.empty() || leaf == "." || leaf == "..") return Failure(fnfErr);
+    return referenceToRealPath(joinPath(folder, leaf));
+}
+
+}  // namespace
+
+void rememberFolder(FSVolumeRefNum volume, UInt32 nodeID, const std::string& path) {
+    FolderIDs& known = folderIDs();
+    const std::unique_lock guard(known.lock);
+    known.paths[{volume, nodeID}] = path;
+}
+
+Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID) {
+    if (object.isRoot()) return makeSpec(volume, fsRtParID, "Linux");
+    OSA_TRY(const std::string name, macRomanFromLeaf(object.name));
+    rememberFolder(volume, parentID, object.folder);
+    return makeSpec(volume, parentID, name);
+}
+
+}  // namespace osa
+
+OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileName, FSSpec* spec) {
+    if (spec == nullptr) return paramErr;
+    *spec = {};
+    const std::string_view name = osa::textOf(fileName);
+    if (vRefNum == 0 && dirID == 0) {
+        const bool isFullPath = name.find(':') != std::string_view::npos && name.front() != ':';
+        return static_cast<OSErr>(isFullPath ? osa::specOfFullPath(name, *spec).status()
+                                             : bdNamErr);
+    }
+    if (name.empty() || name.find(':') != std::string_view::npos) return bdNamErr;
+    const auto folder = osa::folderWithID(vRefNum, static_cast<UInt32>(dirID));
+    if (!folder.ok()) return static_cast<OSErr>(folder.status());
+    return static_cast<OSErr>(osa::specInFolder(*folder, name, *spec).status());
+}
+
+OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef) {
+    if (source == nullptr || newRef == nullptr) return paramErr;
+    const auto made = osa::referenceToSpec(*source);
+    if (made.ok()) *newRef = *made;
+    return static_cast<OSErr>(made.status());
+}

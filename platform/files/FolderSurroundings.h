@@ -1,0 +1,38 @@
+// What the folder around an object has of fork stores, remembered from object to object.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/files/References.h"
+
+namespace osa {
+
+/// The folder-level stores of one folder.
+struct FolderStores {
+    bool appleDouble = false;   ///< .AppleDouble
+    bool rsrc = false;          ///< .rsrc or .finf
+    bool resource = false;      ///< .resource or .finderinfo
+    bool percentNames = false;  ///< some name begins with "%"
+    /// Folders upward that have a __MACOSX folder, the nearest first.
+    std::vector<std::string> macosxRoots;
+};
+
+/// The folder around one object during one question: asks for its status once at most.
+class FolderSurroundings {
+  public:
+    explicit FolderSurroundings(const std::string& folder) : folder_(folder) {}
+
+    const std::string& path() const { return folder_; }
+    Result<posix::FileStatus> status();
+    /// Costs a scan of the folder the first time, and nothing but its status while it stays as it
+    /// is.
+    Result<FolderStores> stores();
+
+  private:
+    const std::string& folder_;  // weak
+    std::optional<posix::FileStatus> status_;
+};
+
+}  // namespace osa

@@ -1,0 +1,68 @@
+// The table of open files.
+#include "platform/files/ReferenceNumbers.h"
+
+#include <CoreServices/MacErrors.h>
+#include <OSA/Diagnostics.h>
+
+#include <limits>
+#include <mutex>
+#include <set>
+#include <shared_mutex>
+#include <utility>
+#include <vector>
+
+namespace osa {
+namespace {
+
+struct OpenFileTable {
+    std::shared_mutex lock;
+    std::vector<std::shared_ptr<OpenFile>> files;  // number - 1 is the place
+    std::set<std::size_t> free;
+};
+
+OpenFileTable& table() {
+    static OpenFileTable shared;
+    return shared;
+}
+
+}  // namespace
+
+Result<SInt16> addOpenFile(std::shared_ptr<OpenFile> file) {
+    OpenFileTable& open = table();
+    const std::unique_lock guard(open.lock);
+    if (open.free.empty()) {
+        if (open.files.size() == std::numeric_limits<SInt16>::max()) return Failure(tmfoErr);
+        open.free.insert(open.files.size());
+        open.files.emplace_back();
+    }
+    const std::size_t place = open.free.extract(open.free.begin()).value();
+    open.files[place] = std::move(file);
+    return static_cast<SInt16>(place + 1);
+}
+
+std::shared_ptr<OpenFile> findOpenFile(SInt16 number) {
+    OpenFileTable& open = table();
+    const std::shared_lock guard(open.lock);
+    if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return nullptr;
+    return open.files[static_cast<std::size_t>(number) - 1];
+}
+
+bool removeOpenFile(SInt16 number) {
+    std::shared_ptr<OpenFile> closing;  // goes after the lock: closing may reach back here
+    OpenFileTable& open = table();
+    const std::unique_lock guard(open.lock);
+    if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return false;
+    const auto place = static_cast<std::size_t>(number) - 1;
+    if (open.files[place] == nullptr) return false;
+    closing = std::exchange(open.files[place], nullptr);
+    open.free.insert(place);
+    return true;
+}
+
+}  // namespace osa
+
+CFIndex OSAOpenFileCount(void) {
+    osa::OpenFileTable& open = osa::table();
+    const std::shared_lock guard(open.lock);
+    return static_cast<CFIndex>(open.files.size() - open.free.size());
+}

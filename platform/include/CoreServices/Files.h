@@ -1,0 +1,232 @@
+// File Manager: references to file-system objects, the catalog, forks and iteration.
+//
+// Conventions. Names are UTF-16 and hold ":" where the disk has "/" and the reverse. A result
+// pointer may be null when the caller does not want that result, unless a function says otherwise.
+// Statuses that every call may answer besides its own:
+//   noErr           done
+//   paramErr        a null pointer where one is needed
+//   errFSBadFSRef   the reference is zeroed or was never one
+//   fnfErr          the object it named is gone, or another object has its place
+//   permErr         the system refuses to read; ioErr and the like as the system says
+// Every call asks the disk; nothing a reference told once is believed later. All are safe on any
+// thread.
+//
+// Limits: forks are opened for reading only. Asking for write permission answers wrPermErr.
+#pragma once
+
+#include <CoreServices/Finder.h>
+#include <CoreServices/MacTypes.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// Negative for a volume; 0 names none.
+typedef SInt16 FSVolumeRefNum;
+typedef struct OpaqueFSIterator* FSIterator;
+typedef UInt32 FSCatalogInfoBitmap;
+typedef UInt32 FSIteratorFlags;
+typedef UInt32 FSVolumeInfoBitmap;
+typedef UInt32 ItemCount;
+
+/// A reference to an object that existed when it was made. Opaque, copied freely, owns nothing; all
+/// zeros names nothing. It names the object by place and identity: once the object is moved or
+/// replaced the reference is dead (fnfErr).
+typedef struct FSRef {
+    UInt8 hidden[80];
+} FSRef;
+
+#pragma pack(push, 2)
+
+/// The older way to name an object that may not exist: volume, node ID of the folder, Mac Roman
+/// leaf name of at most 63 bytes.
+typedef struct FSSpec {
+    FSVolumeRefNum vRefNum;
+    SInt32 parID;
+    Str63 name;
+} FSSpec;
+
+typedef struct FSPermissionInfo {
+    UInt32 userID;
+    UInt32 groupID;
+    UInt8 reserved1;
+    UInt8 userAccess;
+    UInt16 mode;  ///< as the system keeps it, file type bits included
+    UInt32 reserved2;
+} FSPermissionInfo;
+
+/// What the catalog tells of one object; only fields that were asked for are written. Dates are
+/// UTC.
+typedef struct FSCatalogInfo {
+    UInt16 nodeFlags;
+    FSVolumeRefNum volume;
+    UInt32 parentDirID;
+    UInt32 nodeID;  ///< 2 for the root folder, whose parent is 1
+    UInt8 sharingFlags;
+    UInt8 userPrivileges;
+    UInt8 reserved1;
+    UInt8 reserved2;
+    UTCDateTime createDate;
+    UTCDateTime contentModDate;
+    UTCDateTime attributeModDate;
+    UTCDateTime accessDate;
+    UTCDateTime backupDate;  ///< zero: not kept
+    FSPermissionInfo permissions;
+    FinderInfo finderInfo;
+    ExtendedFinderInfo extFinderInfo;
+    UInt64 dataLogicalSize;
+    UInt64 dataPhysicalSize;
+    UInt64 rsrcLogicalSize;
+    UInt64 rsrcPhysicalSize;
+    UInt32 valence;  ///< objects in a folder
+    TextEncodingHint textEncodingHint;
+} FSCatalogInfo;
+
+typedef struct FSVolumeInfo {
+    UInt32 signature;
+    FSVolumeRefNum volume;
+} FSVolumeInfo;
+
+#pragma pack(pop)
+
+enum {
+    kFSCatInfoNone = 0x0000,
+    kFSCatInfoTextEncoding = 0x0001,
+    kFSCatInfoNodeFlags = 0x0002,
+    kFSCatInfoVolume = 0x0004,
+    kFSCatInfoParentDirID = 0x0008,
+    kFSCatInfoNodeID = 0x0010,
+    kFSCatInfoCreateDate = 0x0020,
+    kFSCatInfoContentMod = 0x0040,
+    kFSCatInfoAttrMod = 0x0080,
+    kFSCatInfoAccessDate = 0x0100,
+    kFSCatInfoBackupDate = 0x0200,
+    kFSCatInfoAllDates = 0x03E0,
+    kFSCatInfoPermissions = 0x0400,
+    kFSCatInfoFinderInfo = 0x0800,
+    kFSCatInfoFinderXInfo = 0x1000,
+    kFSCatInfoValence = 0x2000,
+    kFSCatInfoDataSizes = 0x4000,
+    kFSCatInfoRsrcSizes = 0x8000,
+    kFSCatInfoGettableInfo = 0xFFFF
+};
+
+/// Bits of `nodeFlags`.
+enum {
+    kFSNodeLockedMask = 0x0001,  ///< nobody may write to it
+    kFSNodeIsDirectoryMask = 0x0010
+};
+
+/// Permissions for opening.
+enum {
+    fsCurPerm = 0,  ///< what is allowed: reading
+    fsRdPerm = 1,
+    fsWrPerm = 2,
+    fsRdWrPerm = 3,
+    fsRdWrShPerm = 4
+};
+
+/// Where a position counts from.
+enum { fsAtMark = 0, fsFromStart = 1, fsFromLEOF = 2, fsFromMark = 3 };
+
+enum { kFSIterateFlat = 0 };
+enum { fsRtParID = 1, fsRtDirID = 2 };
+enum { kFSInvalidVolumeRefNum = 0, kFSVolInfoNone = 0 };
+
+// References
+
+/// The child of `parent` with exactly this name; a link at the end is not followed. U+0000 at the
+/// end of the name is dropped. fnfErr: no such child (also for "." and ".."); errFSNotAFolder;
+/// errFSMissingName: empty; errFSNameTooLong: over 255 units; bdNamErr: U+0000 inside. The encoding
+/// hint is not used.
+OSA_PLATFORM_EXPORT OSErr FSMakeFSRefUnicode(const FSRef* parent, UniCharCount nameLength,
+                                             const UniChar* name, TextEncodingHint hint,
+                                             FSRef* newRef);
+/// `path` is UTF-8, absolute or relative to the current folder. Links are followed.
+OSA_PLATFORM_EXPORT OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory);
+/// The absolute path, ended by a NUL; no "/" at the end of a folder's. pathTooLongErr when it does
+/// not fit into `pathSize` bytes.
+OSA_PLATFORM_EXPORT OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathSize);
+/// noErr: one object; errFSRefsDifferent; diffVolErr: different objects on different volumes.
+OSA_PLATFORM_EXPORT OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2);
+
+// Catalog
+
+/// Reads the fields named by `whichInfo`, the name, the old-style specification and the parent. A
+/// folder asked for nothing but fork sizes answers fnfErr. The root folder's parent is a zeroed
+/// reference. bdNamErr when the name is wanted and is no UTF-8 or has over 255 units.
+OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
+                                           FSCatalogInfo* catalogInfo, HFSUniStr255* outName,
+                                           FSSpec* fsSpec, FSRef* parentRef);
+/// Writes permissions (only the mode; user and group stay). Any other field: paramErr.
+OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
+                                           const FSCatalogInfo* catalogInfo);
+
+/// Starts a walk over a folder's own children (kFSIterateFlat; errFSBadIteratorFlags otherwise).
+/// The caller closes the iterator.
+OSA_PLATFORM_EXPORT OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags,
+                                         FSIterator* iterator);
+OSA_PLATFORM_EXPORT OSErr FSCloseIterator(FSIterator iterator);
+/// The next children, at most `maximumObjects`, in the file system's order. The arrays, each of
+/// which may be null, have that many places. Side files that keep other files' forks are left out.
+/// errFSNoMoreItems, with none given, after the last. `containerChanged` becomes false.
+OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObjects,
+                                               ItemCount* actualObjects, Boolean* containerChanged,
+                                               FSCatalogInfoBitmap whichInfo,
+                                               FSCatalogInfo* catalogInfos, FSRef* refs,
+                                               FSSpec* specs, HFSUniStr255* names);
+
+/// Volume number, name and root folder. `volumeIndex` is not used and 0; nsvErr for an unknown
+/// volume.
+OSA_PLATFORM_EXPORT OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex,
+                                          FSVolumeRefNum* actualVolume,
+                                          FSVolumeInfoBitmap whichInfo, FSVolumeInfo* info,
+                                          HFSUniStr255* volumeName, FSRef* rootDirectory);
+
+// Old-style specifications
+
+/// `name` is Mac Roman: a leaf in the folder `dirID`, or with 0 and 0 a full path
+/// "Volume:folder:leaf". fnfErr with `spec` filled when only the leaf is missing; dirNFErr when the
+/// folder is not known; bdNamErr for a leaf over 63 bytes.
+OSA_PLATFORM_EXPORT OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID,
+                                       ConstStr255Param fileName, FSSpec* spec);
+/// fnfErr when there is no such object.
+OSA_PLATFORM_EXPORT OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef);
+
+// Forks
+
+/// The empty name.
+OSA_PLATFORM_EXPORT OSErr FSGetDataForkName(HFSUniStr255* dataForkName);
+/// "RESOURCE_FORK".
+OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
+
+/// Opens a fork; the caller closes `forkRefNum`, a positive number that forks and resource files
+/// share. notAFileErr: a folder; errFSForkNotFound: no resource fork; errFSBadForkName: neither
+/// name. Limit: write permissions (2 to 4) answer wrPermErr.
+OSA_PLATFORM_EXPORT OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength,
+                                     const UniChar* forkName, SInt8 permissions,
+                                     SInt16* forkRefNum);
+/// rfNumErr: not an open fork. The same for all calls that take a number.
+OSA_PLATFORM_EXPORT OSErr FSCloseFork(SInt16 forkRefNum);
+OSA_PLATFORM_EXPORT OSErr FSClose(SInt16 refNum);
+
+/// Reads from a position. eofErr with the bytes there were when the fork ends before the count is
+/// done; `actualCount` may be null. The mark is left behind the bytes read.
+OSA_PLATFORM_EXPORT OSErr FSReadFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                                     UInt32 requestCount, void* buffer, UInt32* actualCount);
+OSA_PLATFORM_EXPORT OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize);
+/// Reads `*count` bytes at the mark; `*count` becomes the number read. eofErr as above.
+OSA_PLATFORM_EXPORT OSErr FSRead(SInt16 refNum, SInt32* count, void* buffer);
+/// fileBoundsErr for a fork of 2 GiB and more.
+OSA_PLATFORM_EXPORT OSErr GetEOF(SInt16 refNum, SInt32* logEOF);
+OSA_PLATFORM_EXPORT OSErr GetFPos(SInt16 refNum, SInt32* filePos);
+/// Past the end: the mark goes to the end and eofErr is answered. Before the start: posErr, and the
+/// mark stays.
+OSA_PLATFORM_EXPORT OSErr SetFPos(SInt16 refNum, SInt16 posMode, SInt32 posOff);
+
+#ifdef __cplusplus
+}
+static_assert(sizeof(FSRef) == 80 && sizeof(FSSpec) == 70, "published layout");
+static_assert(sizeof(FSCatalogInfo) == 144 && sizeof(FSPermissionInfo) == 16, "published layout");
+static_assert(sizeof(UTCDateTime) == 8 && sizeof(HFSUniStr255) == 512, "published layout");
+#endif
