@@ -15,7 +15,7 @@
 
 #include <algorithm>
 
-#include "platform/text/TextConverter.h"
+#include "platform/text/MacRoman.h"
 
 namespace osa {
 namespace {
