@@ -98,6 +98,11 @@ OSA_PLATFORM_EXPORT CFStringRef CFCopyDescription(CFTypeRef object) CF_RETURNS_R
 /// A text for people naming the type, for example "CFString". The caller releases it.
 OSA_PLATFORM_EXPORT CFStringRef CFCopyTypeIDDescription(CFTypeID typeID) CF_RETURNS_RETAINED;
 
+/// The one object that stands for no value inside containers, which hold no null pointers.
+typedef const struct __CFNull* CFNullRef;
+OSA_PLATFORM_EXPORT extern const CFNullRef kCFNull;
+OSA_PLATFORM_EXPORT CFTypeID CFNullGetTypeID(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -6,8 +6,8 @@
 #include <cassert>
 #include <utility>
 
-/// There is no constructor from a bare reference: whoever makes a holder says whether the reference is
-/// theirs already (Adopt, after Create or Copy) or only borrowed (Retain, after Get).
+/// There is no constructor from a bare reference: whoever makes a holder says whether the reference
+/// is theirs already (Adopt, after Create or Copy) or only borrowed (Retain, after Get).
 template <typename T>
 class CFRef {
   public:
@@ -41,7 +41,8 @@ class CFRef {
     void reset() {
         if (ref_ != nullptr) CFRelease(std::exchange(ref_, nullptr));
     }
-    /// For a function that hands back an owned reference through a pointer; the holder must be empty.
+    /// For a function that hands back an owned reference through a pointer; the holder must be
+    /// empty.
     T* out() {
         assert(ref_ == nullptr);
         return &ref_;
