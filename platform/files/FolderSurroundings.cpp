@@ -1,38 +1,35 @@
-// Scanning folders for stores, and the two small memories of each thread.
+// Scanning folders for stores, and each thread's memory of what they have.
 #include "platform/files/FolderSurroundings.h"
 
 #include <CoreServices/MacErrors.h>
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <utility>
+
+#include "platform/files/SideFiles.h"
 
 namespace osa {
 namespace {
 
 // In a folder with more names than this the scan stops, and every store is looked into.
 constexpr int kLongestScan = 2000;
-// How long a folder is believed to have no __MACOSX folder beside it or above.
+// How long an unchanged folder is believed to have no __MACOSX folder above it.
 constexpr std::int64_t kRootsTrustedSeconds = 1;
 
 struct ScannedFolder {
     std::string path;
     posix::FileStatus status;
     posix::Time observed;
+    posix::Time rootsObserved;
     FolderStores stores;
 };
 
-struct KnownRoots {
-    std::string path;
-    posix::Time observed;
-    std::vector<std::string> roots;
-};
-
 /// A fixed number of places; a folder that falls on another's place displaces it.
-template <typename Entry>
-Entry& place(const std::string& path) {
-    thread_local std::array<Entry, 64> entries;
-    return entries[std::hash<std::string>{}(path) % entries.size()];
+ScannedFolder& place(const std::string& path) {
+    thread_local std::array<ScannedFolder, 64> folders;
+    return folders[std::hash<std::string>{}(path) % folders.size()];
 }
 
 Result<FolderStores> scan(const std::string& path) {
@@ -56,24 +53,15 @@ Result<FolderStores> scan(const std::string& path) {
     }
 }
 
-Result<std::vector<std::string>> macosxRoots(const std::string& path, posix::Time now) {
-    const KnownRoots& known = place<KnownRoots>(path);
-    if (known.path == path && now.seconds - known.observed.seconds < kRootsTrustedSeconds) {
-        return known.roots;
-    }
+Result<std::vector<std::string>> macosxRoots(std::string path) {
     std::vector<std::string> roots;
-    const auto beside = posix::status(joinPath(path, "__MACOSX"), posix::Follow::yes);
-    if (beside.ok() && beside->isFolder()) roots.push_back(path);
-    if (!beside.ok() && beside.status() != fnfErr && beside.status() != permErr) {
-        return Failure(beside.status());
+    for (;;) {
+        const auto beside = posix::status(joinPath(path, "__MACOSX"), posix::Follow::yes);
+        if (beside.ok() && beside->isFolder()) roots.push_back(path);
+        if (!beside.ok() && !meansAbsent(beside.status(), true)) return Failure(beside.status());
+        if (path == "/") return roots;
+        path.resize(std::max<std::size_t>(path.rfind('/'), 1));
     }
-    if (path != "/") {
-        const std::size_t slash = path.rfind('/');
-        OSA_TRY(const auto above, macosxRoots(slash == 0 ? "/" : path.substr(0, slash), now));
-        roots.insert(roots.end(), above.begin(), above.end());
-    }
-    place<KnownRoots>(path) = {path, now, roots};
-    return roots;
 }
 
 }  // namespace
@@ -88,15 +76,18 @@ Result<posix::FileStatus> FolderSurroundings::status() {
 Result<FolderStores> FolderSurroundings::stores() {
     OSA_TRY(const posix::FileStatus current, status());
     const posix::Time now = posix::now();
-    ScannedFolder& known = place<ScannedFolder>(folder_);
+    ScannedFolder& known = place(folder_);
     const bool isCurrent = known.path == folder_ && current.isUnchangedSince(known.status) &&
                            posix::isSettled(current.changed, known.observed);
     if (!isCurrent) {
         known.path.clear();
         OSA_TRY(FolderStores stores, scan(folder_));
-        known = {folder_, current, now, std::move(stores)};
+        known = {folder_, current, now, {}, std::move(stores)};
     }
-    OSA_TRY(known.stores.macosxRoots, macosxRoots(folder_, now));
+    if (now.seconds - known.rootsObserved.seconds > kRootsTrustedSeconds) {
+        OSA_TRY(known.stores.macosxRoots, macosxRoots(folder_));
+        known.rootsObserved = now;
+    }
     return known.stores;
 }
 

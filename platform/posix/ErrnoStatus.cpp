@@ -25,6 +25,7 @@ OSStatus refused(Intent intent) {
 OSStatus statusFromErrno(int error, Intent intent) {
     switch (error) {
         case ENOENT:
+        case ELOOP:  // links in a circle lead nowhere
         case ENOTDIR:
             return fnfErr;
         case EEXIST:

@@ -1,0 +1,107 @@
+// A scratch folder and short ways to put files, side files and attributes into it and to ask the
+// File Manager about them.
+#pragma once
+
+#include <CoreServices/Files.h>
+#include <CoreServices/MacErrors.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/base/ByteWriter.h"
+#include "platform/base/FourCC.h"
+#include "platform/files/Forks.h"
+#include "platform/posix/FileSystem.h"
+
+namespace osa::test {
+
+/// Finder information with the given type and creator, everything else zero.
+inline std::string finderInfo(FourCharCode type, FourCharCode creator) {
+    return ByteWriter().fourCC(type).fourCC(creator).fill(24).takeText();
+}
+
+/// Builds an AppleDouble file from its entries, which lie behind the table in the given order.
+struct AppleDoubleBuilder {
+    std::vector<std::pair<std::uint32_t, std::string>> entries;
+    std::uint32_t magic = 0x00051607;
+    std::uint32_t version = 0x00020000;
+    std::uint32_t excess = 0;  ///< promised by each entry beyond what there is
+
+    std::string build() const {
+        ByteWriter file;
+        file.u32(magic).u32(version).fill(16, ' ').u16(static_cast<std::uint16_t>(entries.size()));
+        auto offset = static_cast<std::uint32_t>(26 + 12 * entries.size());
+        for (const auto& [id, content] : entries) {
+            const auto length = static_cast<std::uint32_t>(content.size());
+            file.u32(id).u32(offset).u32(length + excess);
+            offset += length;
+        }
+        for (const auto& entry : entries) file.text(entry.second);
+        return file.takeText();
+    }
+};
+
+/// The usual side file: Finder information and resource fork.
+inline std::string appleDouble(const std::string& info, const std::string& fork) {
+    return AppleDoubleBuilder{.entries = {{9, info}, {2, fork}}}.build();
+}
+
+class FileFixture : public testing::Test {
+  protected:
+    FileFixture() {
+        std::string pattern = std::filesystem::temp_directory_path() / "osa-files-XXXXXX";
+        root_ = std::filesystem::canonical(mkdtemp(pattern.data()));
+    }
+    ~FileFixture() override { std::filesystem::remove_all(root_); }
+
+    std::string at(const std::string& name) const { return root_ + "/" + name; }
+
+    /// Writes a file, making the folders above it.
+    std::string put(const std::string& name, const std::string& content = {}) const {
+        const std::string path = at(name);
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        EXPECT_TRUE(posix::writeFile(path, asBytes(content)).ok()) << path;
+        return path;
+    }
+
+    FSRef ref(const std::string& name) const {
+        FSRef made{};
+        const auto path = name.empty() ? root_ : at(name);
+        EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &made, nullptr),
+                  noErr)
+            << path;
+        return made;
+    }
+
+    static FSCatalogInfo info(const FSRef& object, FSCatalogInfoBitmap which) {
+        FSCatalogInfo info{};
+        EXPECT_EQ(FSGetCatalogInfo(&object, which, &info, nullptr, nullptr, nullptr), noErr);
+        return info;
+    }
+
+    static std::string textOf(const ByteSource& source) {
+        const auto bytes = readRange(source, {0, source.size()});
+        EXPECT_TRUE(bytes.ok());
+        return bytes.ok() ? std::string(asText(*bytes)) : std::string();
+    }
+
+    /// The fork's content, or the status as "status -43".
+    static std::string fork(const FSRef& object, ForkKind kind) {
+        const auto opened = openForkForReading(object, kind);
+        return opened.ok() ? textOf(**opened) : "status " + std::to_string(opened.status());
+    }
+
+    std::string root_;
+};
+
+/// Descriptors that the process has open.
+inline std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+}  // namespace osa::test
