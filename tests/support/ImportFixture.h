@@ -1,4 +1,4 @@
-// A folder for samples that goes when the test ends, the loaded plug-in, and counts of what must not leak.
+// The loaded plug-in, and counts of what must not leak.
 #pragma once
 
 #include <OSA/Diagnostics.h>
@@ -10,24 +10,10 @@
 #include <string>
 
 #include "service/ImporterHost.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tools/samples/Sample.h"
 
 namespace osa::test {
-
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "osa-test-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// The plug-in of this build, loaded the way a service loads it.
 inline std::unique_ptr<service::ImporterHost> loadImporter() {
