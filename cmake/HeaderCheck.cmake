@@ -1,4 +1,5 @@
 # header_check: compiles every header of the tree alone, so that each includes what it needs.
+find_package(nlohmann_json REQUIRED)
 file(GLOB_RECURSE headers RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
     platform/*.h fsextensions/*.h fileurl/*.h Libraries/*.h importer/*.h service/*.h cli/*.h tools/*.h)
 set(sources)

@@ -2,6 +2,7 @@
 #include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
 
 #include <CoreFoundation/CFRef.h>
+#include <CoreServices/Folders.h>
 #include <CoreServices/MacErrors.h>
 #include <OSA/HostFolders.h>
 #include <fcntl.h>
