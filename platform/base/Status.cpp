@@ -9,6 +9,7 @@ namespace {
 const char* statusName(OSStatus status) {
     // clang-format off
     switch (status) {
+    case unimpErr: return "unimpErr";
     case dskFulErr: return "dskFulErr";
     case nsvErr: return "nsvErr";
     case ioErr: return "ioErr";

@@ -4,6 +4,7 @@
 // clang-format off
 enum {
     noErr                       = 0,
+    unimpErr                    = -4,       ///< the operation is not implemented
     dskFulErr                   = -34,      ///< all space on the volume is taken
     nsvErr                      = -35,      ///< no such volume
     ioErr                       = -36,      ///< input or output failed

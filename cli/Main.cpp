@@ -1,0 +1,31 @@
+// osa: reads, lists and shows Mac scripts and what they keep in their forks.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "cli/Command.h"
+
+namespace osa::cli {
+
+void reportError(std::string_view path, std::string_view reason) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "osa: %.*s: %.*s\n", static_cast<int>(path.size()), path.data(),
+                 static_cast<int>(reason.size()), reason.data());
+}
+
+}  // namespace osa::cli
+
+int main(int argc, char** argv) {
+    CLI::App program("Reads Mac OSA scripts in all the forms they are stored in.", "osa");
+    program.set_version_flag("--version", OSA_VERSION);
+    program.require_subcommand(1);
+    int exitStatus = osa::cli::kAllWell;
+    osa::cli::addShowCommand(program, exitStatus);
+    osa::cli::addResourcesCommand(program, exitStatus);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // Help and version are asked for; everything else is wrong usage.
+        return program.exit(error) == 0 ? osa::cli::kAllWell : osa::cli::kWrongUsage;
+    }
+    return exitStatus;
+}

@@ -1,0 +1,29 @@
+// How the folder of a bundle is laid out on disk.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace osa {
+
+/// The folders and files of one bundle; paths without a trailing slash.
+struct BundleLayout {
+    /// The bundle folder itself.
+    std::string root;
+    /// Where Info.plist and PkgInfo may be, in the order they are looked for.
+    std::vector<std::string> supportFolders;
+    /// For resources; it need not exist.
+    std::string resources;
+    /// Where the program file may be, in the order it is looked for.
+    std::vector<std::string> programFolders;
+};
+
+/// The layout of the folder at `path`, or nothing when it is no bundle (CFBundle.h says when it is one).
+std::optional<BundleLayout> findBundleLayout(const std::string& path);
+
+/// The last component of a path, and what follows its last dot (empty when nothing does).
+std::string leafName(const std::string& path);
+std::string nameExtension(const std::string& path);
+
+}  // namespace osa

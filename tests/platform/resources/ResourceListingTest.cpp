@@ -1,0 +1,77 @@
+// Listing and extracting from files and from containers.
+#include <CoreFoundation/CFRef.h>
+#include <CoreServices/MacErrors.h>
+#include <OSA/ResourceListing.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/ResourceForkBuilder.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa {
+namespace {
+
+std::string wrapped(std::uint32_t magic, std::string_view fork) {
+    ByteWriter writer;
+    writer.u32(magic).u32(0x00020000).fill(16).u16(1);
+    writer.u32(2).u32(38).u32(static_cast<std::uint32_t>(fork.size())).text(fork);
+    return writer.takeText();
+}
+
+std::string dataAt(OSAResourceListRef list, CFIndex index, bool expand) {
+    CFRef<CFDataRef> data;
+    const OSStatus status = OSAResourceListCopyData(list, index, expand, data.out());
+    if (status != noErr) return std::to_string(status);
+    return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
+            static_cast<std::size_t>(CFDataGetLength(data.get()))};
+}
+
+TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
+    ByteWriter compressed;
+    compressed.u32(0xA89F6572).u16(18).u16(0x0801).u32(3).u32(0).u16(0).text("\x02zzz!\xFF");
+    const std::string packed = compressed.takeText();
+    test::ResourceForkBuilder builder;
+    const std::string fork = builder.add(FourCC("TEXT"), -5, "hello", "Name")
+                                 .add(FourCC("CODE"), 7, packed, nullptr, 1)
+                                 .text();
+
+    const test::TemporaryFolder folder;
+    folder.write("._side", wrapped(0x00051607, fork));
+    const struct {
+        const char* row;
+        std::string path;
+        OSStatus status;
+    } rows[] = {
+        {"a file with a side file", folder.write("side", "text"), noErr},
+        {"the side file itself", folder.path("._side"), noErr},
+        {"AppleSingle", folder.write("single", wrapped(0x00051600, fork)), noErr},
+        {"a bare fork", folder.write("a.rsrc", fork), noErr},
+        {"no resources", folder.write("a.txt", "just text"), eofErr},
+        {"nothing", folder.path("none"), fnfErr},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.row);
+        OSAResourceListRef list = nullptr;
+        ASSERT_EQ(OSAResourceListOpen(row.path.c_str(), &list), row.status);
+        ASSERT_EQ(list != nullptr, row.status == noErr);
+        if (list == nullptr) continue;
+        ASSERT_EQ(OSAResourceListGetCount(list), 2);
+        OSAResourceInfo info;
+        ASSERT_EQ(OSAResourceListGetInfo(list, 0, &info), noErr);
+        EXPECT_EQ(info.id, -5);
+        EXPECT_TRUE(info.hasName);
+        EXPECT_EQ(info.name[0], 4);
+        ASSERT_EQ(OSAResourceListGetInfo(list, 1, &info), noErr);
+        EXPECT_TRUE(info.compressed);
+        EXPECT_FALSE(info.hasName);
+        EXPECT_EQ(info.storedSize, packed.size());
+        EXPECT_EQ(info.size, 3u);
+        EXPECT_EQ(dataAt(list, 0, true), "hello");
+        EXPECT_EQ(dataAt(list, 1, true), "zzz");
+        EXPECT_EQ(dataAt(list, 1, false), packed);
+        EXPECT_EQ(dataAt(list, 2, true), std::to_string(paramErr));
+        OSAResourceListClose(list);
+    }
+}
+
+}  // namespace
+}  // namespace osa
