@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "platform/files/Catalog.h"
-#include "platform/files/ForkStore.h"
+#include "platform/files/stores/ForkStore.h"
 
 struct OpaqueFSIterator {
     std::string folder;

@@ -6,9 +6,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "platform/files/ForkProbe.h"
 #include "platform/files/Forks.h"
 #include "platform/files/ReferenceNumbers.h"
+#include "platform/files/stores/ForkProbe.h"
 
 namespace osa {
 namespace {

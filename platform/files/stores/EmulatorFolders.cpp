@@ -1,7 +1,7 @@
 // Emulators' and old servers' folders: one with bare resource forks, one with bare Finder
 // information.
-#include "platform/files/FolderSurroundings.h"
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/FolderSurroundings.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {

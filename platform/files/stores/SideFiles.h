@@ -1,7 +1,7 @@
 // What the stores that use side files share.
 #pragma once
 
-#include "platform/files/ForkStore.h"
+#include "platform/files/stores/ForkStore.h"
 
 namespace osa {
 

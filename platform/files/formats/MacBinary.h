@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/base/CheckedRange.h"
-#include "platform/files/FinderInfoBytes.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 namespace osa {
 

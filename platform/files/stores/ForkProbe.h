@@ -5,7 +5,7 @@
 // came from have the dates they had, which costs one status each.
 #pragma once
 
-#include "platform/files/ForkStore.h"
+#include "platform/files/stores/ForkStore.h"
 
 namespace osa {
 

@@ -1,5 +1,5 @@
 // Recognising and reading MacBinary headers.
-#include "platform/files/MacBinary.h"
+#include "platform/files/formats/MacBinary.h"
 
 #include <algorithm>
 

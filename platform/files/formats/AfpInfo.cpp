@@ -1,5 +1,5 @@
 // Reading AfpInfo records.
-#include "platform/files/AfpInfo.h"
+#include "platform/files/formats/AfpInfo.h"
 
 namespace osa {
 

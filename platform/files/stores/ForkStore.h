@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "platform/base/ByteSource.h"
-#include "platform/files/FinderInfoBytes.h"
 #include "platform/files/References.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 namespace osa {
 

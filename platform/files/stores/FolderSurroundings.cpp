@@ -1,5 +1,5 @@
 // Scanning folders for stores, and each thread's memory of what they have.
-#include "platform/files/FolderSurroundings.h"
+#include "platform/files/stores/FolderSurroundings.h"
 
 #include <CoreServices/MacErrors.h>
 
@@ -8,7 +8,7 @@
 #include <functional>
 #include <utility>
 
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {

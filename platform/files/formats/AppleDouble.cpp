@@ -1,5 +1,5 @@
 // Reading the entry table, and the entries that have a form of their own.
-#include "platform/files/AppleDouble.h"
+#include "platform/files/formats/AppleDouble.h"
 
 #include <CoreServices/MacErrors.h>
 

@@ -1,9 +1,9 @@
 // Reading side files, and forks that lie in them.
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/SideFiles.h"
 
 #include <CoreServices/MacErrors.h>
 
-#include "platform/files/AppleDouble.h"
+#include "platform/files/formats/AppleDouble.h"
 
 namespace osa {
 namespace {

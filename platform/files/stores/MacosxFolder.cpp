@@ -1,7 +1,7 @@
 // The __MACOSX folder that unpacking a ZIP archive leaves: a shadow of the tree beside it, holding
 // "._name" for each name.
-#include "platform/files/FolderSurroundings.h"
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/FolderSurroundings.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {

@@ -1,5 +1,5 @@
 // The order of the stores, and each thread's memory of the last object.
-#include "platform/files/ForkProbe.h"
+#include "platform/files/stores/ForkProbe.h"
 
 #include <CoreServices/MacErrors.h>
 
@@ -7,8 +7,8 @@
 #include <array>
 
 #include "platform/base/ByteWriter.h"
-#include "platform/files/FolderSurroundings.h"
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/FolderSurroundings.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {

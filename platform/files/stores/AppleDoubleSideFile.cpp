@@ -1,6 +1,6 @@
 // AppleDouble side files beside the object: "._name", ".AppleDouble/name" and "%name".
-#include "platform/files/FolderSurroundings.h"
-#include "platform/files/SideFiles.h"
+#include "platform/files/stores/FolderSurroundings.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {

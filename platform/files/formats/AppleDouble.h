@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "platform/base/ByteSource.h"
-#include "platform/files/FinderInfoBytes.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 namespace osa {
 

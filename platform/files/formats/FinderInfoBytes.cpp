@@ -1,5 +1,5 @@
 // Finder information from disk order to host order.
-#include "platform/files/FinderInfoBytes.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 #include <algorithm>
 #include <bit>

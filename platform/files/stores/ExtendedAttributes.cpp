@@ -6,9 +6,9 @@
 #include <array>
 #include <functional>
 
-#include "platform/files/AfpInfo.h"
-#include "platform/files/AppleDouble.h"
-#include "platform/files/ForkStore.h"
+#include "platform/files/formats/AfpInfo.h"
+#include "platform/files/formats/AppleDouble.h"
+#include "platform/files/stores/ForkStore.h"
 
 namespace osa {
 namespace {

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-#include "platform/files/FinderInfoBytes.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 namespace osa {
 
