@@ -36,7 +36,8 @@ enum {
 
 /// Reads a list in any form. Null when the bytes are none; `error` (may be null) is then set to
 /// null too, since there are no error objects. `format` (may be null) receives the form. UIDs of
-/// keyed archives become dictionaries of one entry, "CF$UID". Empty text is an empty dictionary.
+/// keyed archives become dictionaries of one entry, "CF$UID". Text of nothing but blanks and
+/// comments is an empty dictionary; no bytes at all are no list.
 OSA_PLATFORM_EXPORT CFPropertyListRef CFPropertyListCreateWithData(
     CFAllocatorRef allocator, CFDataRef data, CFPropertyListMutabilityOptions options,
     CFPropertyListFormat* format, CFErrorRef* error) CF_RETURNS_RETAINED;
