@@ -85,7 +85,7 @@ OSStatus FSChangeFinderFlags(const FSRef* ref, Boolean set, UInt16 flags) {
     FinderInfo info;
     OSStatus status = FSGetFinderInfo(ref, &info, nullptr, nullptr);
     if (status != noErr) return status;
-    const auto old = info.finderFlags;
-    info.finderFlags = static_cast<UInt16>(set ? old | flags : old & ~flags);
-    return info.finderFlags == old ? noErr : FSSetFinderInfo(ref, &info, nullptr);
+    const auto old = info.fdFlags;
+    info.fdFlags = static_cast<UInt16>(set ? old | flags : old & ~flags);
+    return info.fdFlags == old ? noErr : FSSetFinderInfo(ref, &info, nullptr);
 }

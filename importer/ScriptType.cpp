@@ -11,6 +11,9 @@
 
 namespace {
 
+constexpr SInt16 kOldScriptID = 0;
+constexpr SInt16 kScriptID = 128;
+constexpr SInt16 kSettingsID = 0;
 constexpr SInt32 kTrailerSize = 4;
 constexpr std::array<std::uint8_t, kTrailerSize> kTrailer = {0xFA, 0xDE, 0xDE, 0xAD};
 
@@ -26,10 +29,10 @@ class SOpenFork {
     ~SOpenFork() {
         if (mRefNum > 0) FSCloseFork(mRefNum);
     }
-    FSIORefNum Get() const { return mRefNum; }
+    SInt16 Get() const { return mRefNum; }
 
   private:
-    FSIORefNum mRefNum = 0;
+    SInt16 mRefNum = 0;
 };
 
 bool EndsInTrailer(const FSRef& ref) {
@@ -60,8 +63,10 @@ bool HoldsAppletSettings(const CFileSpec& spec) {
     file.Open(fsRdPerm);
     // The script is asked for and its answer dropped: an applet whose resources cannot be looked up at all
     // is no Carbon applet, whatever 'plst' would say.
-    if (!file.ResourceExists('scpt', 0)) static_cast<void>(file.ResourceExists('scpt', 128));
-    return file.ResourceExists('plst', 0) || file.ResourceExists('plst', 0);
+    if (!file.ResourceExists('scpt', kOldScriptID)) {
+        static_cast<void>(file.ResourceExists('scpt', kScriptID));
+    }
+    return file.ResourceExists('plst', kSettingsID) || file.ResourceExists('plst', kSettingsID);
 }
 
 template <typename Test>

@@ -94,11 +94,21 @@ ImporterHost::~ImporterHost() {
     (*importer_)->Release(importer_);
 }
 
+CFRef<CFMutableDictionaryRef> ImporterHost::makeAttributes() {
+    return CFRef<CFMutableDictionaryRef>::Adopt(CFDictionaryCreateMutable(
+        kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+}
+
+bool ImporterHost::callImporter(const std::string& path, CFMutableDictionaryRef attributes) const {
+    const auto pathString = makeString(path);
+    return pathString && (*importer_)->ImporterImportData(importer_, attributes, nullptr,
+                                                          pathString.get()) != 0;
+}
+
 ImportRecord ImporterHost::import(const std::string& path) {
     ImportRecord record;
     record.path = path;
-    auto attributes = CFRef<CFMutableDictionaryRef>::Adopt(CFDictionaryCreateMutable(
-        kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    const CFRef<CFMutableDictionaryRef> attributes = makeAttributes();
     record.attributes = CFRef<CFDictionaryRef>::Retain(attributes.get());
     const auto pathString = makeString(path);
     if (!pathString) {
@@ -108,8 +118,7 @@ ImportRecord ImporterHost::import(const std::string& path) {
     classify(makeURL(pathString.get()).get(), record);
     if (!record.error.empty()) return record;
     StderrCapture capture;
-    record.imported = (*importer_)->ImporterImportData(importer_, attributes.get(), nullptr,
-                                                       pathString.get()) != 0;
+    record.imported = callImporter(path, attributes.get());
     record.log = capture.finish();
     return record;
 }

@@ -43,6 +43,12 @@ class ImporterHost {
 
     ImportRecord import(const std::string& path);
 
+    /// The bare call of the importer: its result, false for a path that is not UTF-8 too. What it logs goes
+    /// to the standard error stream. May be called on several threads at once for different files.
+    bool callImporter(const std::string& path, CFMutableDictionaryRef attributes) const;
+    /// An empty dictionary to be filled.
+    static CFRef<CFMutableDictionaryRef> makeAttributes();
+
   private:
     ImporterHost(CFRef<CFPlugInRef> plugIn, MDImporterInterfaceStruct** importer)
         : plugIn_(std::move(plugIn)), importer_(importer) {}

@@ -119,9 +119,9 @@ Result<FSRef> referenceToRealPath(const std::string& path) {
 Result<FSRef> referenceToPath(std::string path, bool* isFolder) {
     if (path.empty()) return Failure(fnfErr);
     if (path.front() != '/') path = joinPath(posix::currentFolder(), path);
-    // With a slash at the end the system itself insists on a folder and follows a link.
-    OSA_TRY(posix::FileStatus status, posix::status(path, posix::Follow::no));
+    const bool mustBeFolder = path.back() == '/';
     while (path.size() > 1 && path.back() == '/') path.pop_back();
+    OSA_TRY(posix::FileStatus status, posix::status(path, posix::Follow::no));
     std::string folder;
     std::string name;
     splitPath(path, folder, name);
@@ -131,6 +131,7 @@ Result<FSRef> referenceToPath(std::string path, bool* isFolder) {
         OSA_TRY(status, posix::status(path, posix::Follow::no));
         splitPath(path, folder, name);
     }
+    if (mustBeFolder && !status.isFolder()) return Failure(fnfErr);
     if (isFolder != nullptr) *isFolder = status.isFolder();
     if (path == "/") return makeRootReference(status);
     OSA_TRY(const FolderIndex index, internFolder(folder));

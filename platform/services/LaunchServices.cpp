@@ -41,10 +41,10 @@ void describeFile(const FSCatalogInfo& catalog, LSItemInfoRecord& info) {
     FinderInfo finder;
     __builtin_memcpy(&finder, &catalog.finderInfo, sizeof finder);
     info.flags = kLSItemInfoIsPlainFile;
-    info.filetype = finder.fileType;
-    info.creator = finder.fileCreator;
-    if (finder.fileType == kApplicationType) info.flags |= kLSItemInfoIsApplication;
-    if ((finder.finderFlags & kIsAlias) != 0) info.flags |= kLSItemInfoIsAliasFile;
+    info.filetype = finder.fdType;
+    info.creator = finder.fdCreator;
+    if (finder.fdType == kApplicationType) info.flags |= kLSItemInfoIsApplication;
+    if ((finder.fdFlags & kIsAlias) != 0) info.flags |= kLSItemInfoIsAliasFile;
 }
 
 }  // namespace

@@ -3,12 +3,12 @@
 
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
+#include <sys/xattr.h>
 
 #include <fstream>
 #include <stdexcept>
 
 #include "platform/base/ByteReader.h"
-#include "platform/posix/FileSystem.h"
 #include "tools/samples/AppleDoubleBuilder.h"
 #include "tools/samples/ArchiveBuilder.h"
 #include "tools/samples/ResourceForkBuilder.h"
@@ -69,10 +69,13 @@ void writeFile(const fs::path& path, const std::string& bytes) {
     if (!stream.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
+bool setAttribute(const fs::path& file, const char* name, const std::string& value) {
+    return setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;
+}
+
 bool storeInAttributes(const fs::path& file, const std::string& info, const std::string& fork) {
-    return posix::setAttribute(file, "user.com.apple.FinderInfo", asBytes(info)).ok() &&
-           (fork.empty() ||
-            posix::setAttribute(file, "user.com.apple.ResourceFork", asBytes(fork)).ok());
+    return setAttribute(file, "user.com.apple.FinderInfo", info) &&
+           (fork.empty() || setAttribute(file, "user.com.apple.ResourceFork", fork));
 }
 
 void storeFork(const fs::path& file, const std::string& store, const std::string& info,

@@ -135,7 +135,7 @@ bool CFileSpec::IsInTrash() const {
 
 bool CFileSpec::IsStationaryPad() const {
     TB_ASSERT(kUnit, !IsFolder());
-    return (GetFinderInfo().finderFlags & kIsStationery) != 0;
+    return (GetFinderInfo().fdFlags & kIsStationery) != 0;
 }
 
 bool CFileSpec::operator<(const CFileSpec& other) const {

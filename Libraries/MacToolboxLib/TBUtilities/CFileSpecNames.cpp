@@ -94,8 +94,8 @@ void GetFileTypeAndCreator(const FSRef* ref, OSType* type, OSType* creator) {
     Boolean isFolder = false;
     OSStatus status = FSGetFinderInfo(ref, &info, nullptr, &isFolder);
     if (status == noErr && !isFolder) {
-        if (type != nullptr) *type = info.fileType;
-        if (creator != nullptr) *creator = info.fileCreator;
+        if (type != nullptr) *type = info.fdType;
+        if (creator != nullptr) *creator = info.fdCreator;
         return;
     }
     if (status != noErr && status != fnfErr) FailOSErr(status);

@@ -9,6 +9,10 @@
 extern "C" {
 #endif
 
+/// An alias record in a handle: what the record holds is the Alias Manager's own business.
+typedef struct AliasRecord AliasRecord;
+typedef AliasRecord** AliasHandle;
+
 /// Mount flags of FSResolveAliasFileWithMountFlags. Nothing here ever asks the user or mounts a
 /// volume, so the flag changes nothing.
 enum { kResolveAliasFileNoUI = 0x00000001 };

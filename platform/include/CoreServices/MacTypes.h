@@ -11,6 +11,8 @@ typedef SInt32 Fixed;
 typedef SInt32 Size;
 typedef UInt8 Byte;
 typedef SInt8 SignedByte;
+/// Flags, each a bit.
+typedef UInt32 OptionBits;
 
 /// A fixed block of memory.
 typedef char* Ptr;

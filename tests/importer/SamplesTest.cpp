@@ -1,0 +1,92 @@
+// Every example script through the loaded plug-in: kind, result, attributes and log lines are those that
+// its description expects; nothing leaks, whatever fails on the way.
+#include <fstream>
+#include <set>
+#include <vector>
+
+#include "cli/RecordFormat.h"
+#include "tests/support/ImportFixture.h"
+
+namespace osa::test {
+namespace {
+
+namespace fs = std::filesystem;
+using samples::Json;
+
+std::vector<fs::path> descriptions() {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
+        if (entry.path().extension() == ".json") files.push_back(entry.path());
+    }
+    return files;
+}
+
+TEST(Samples, AreImportedAsTheyExpect) {
+    const auto host = loadImporter();
+    std::set<int> kinds;
+    for (const fs::path& file : descriptions()) {
+        SCOPED_TRACE(file.filename());
+        const TemporaryFolder folder;
+        const Json sample = samples::readSample(file);
+        ASSERT_TRUE(sample.contains("expect")) << "a sample without expectation tests nothing";
+        const fs::path item = samples::writeSample(sample, folder.path());
+        Json record = Json::parse(cli::recordAsJson(host->import(item)));
+        EXPECT_EQ(record.at("path"), item.string());
+        record.erase("path");
+        EXPECT_EQ(record.dump(1), sample.at("expect").dump(1));
+        kinds.insert(record.at("kind").get<int>());
+    }
+    EXPECT_EQ(kinds, (std::set<int>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+}
+
+TEST(Samples, LeaveNothingBehindInTenThousandCalls) {
+    const auto host = loadImporter();
+    const TemporaryFolder folder;
+    std::vector<std::string> items;
+    for (const fs::path& file : descriptions()) {
+        items.push_back(samples::writeSample(samples::readSample(file), folder.path()));
+    }
+    testing::internal::CaptureStderr();
+    const auto importAll = [&] {
+        for (const std::string& item : items) {
+            host->callImporter(item, service::ImporterHost::makeAttributes().get());
+        }
+    };
+    importAll();  // fills the caches that stay
+    const Resources before;
+    for (std::size_t calls = 0; calls < 10000; calls += items.size()) importAll();
+    EXPECT_EQ(Resources(), before);
+    testing::internal::GetCapturedStderr();
+}
+
+TEST(Samples, AreRightOrRefusedWhenAnyOperationFailsAndLeakNothing) {
+    const auto host = loadImporter();
+    const TemporaryFolder folder;
+    for (const fs::path& file : descriptions()) {
+        SCOPED_TRACE(file.filename());
+        const Json sample = samples::readSample(file);
+        const std::string item = samples::writeSample(sample, folder.path());
+        const bool expected = sample.at("expect").at("imported").get<bool>();
+        for (const bool fromThenOn : {false, true}) {
+            for (UInt32 nth = 1;; ++nth) {
+                testing::internal::CaptureStderr();
+                const Resources before;
+                OSAFailOperation(nth, fromThenOn);
+                const bool imported =
+                    host->callImporter(item, service::ImporterHost::makeAttributes().get());
+                const bool metFault = OSAFailedOperations() > 0;
+                OSAFailOperation(0, false);
+                EXPECT_EQ(Resources(), before) << "operation " << nth;
+                testing::internal::GetCapturedStderr();
+                if (!metFault) {
+                    EXPECT_EQ(imported, expected);
+                    break;
+                }
+                ASSERT_LT(nth, 500U) << "the faults never end";
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace osa::test

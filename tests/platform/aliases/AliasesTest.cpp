@@ -1,0 +1,168 @@
+// Alias files and links, resolved on disk; alias records built here.
+#include <CoreServices/Aliases.h>
+
+#include "platform/aliases/AliasRecord.h"
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+struct AliasRecordBuilder {
+    bool isFolder = false;
+    std::string path{};        ///< below the mount point
+    std::string mountPoint{};  ///< not kept when empty
+    std::string macPath{};     ///< not kept when empty
+    int version = 2;
+
+    std::string build() const {
+        ByteWriter record;
+        record.u32(0).u16(0).u16(static_cast<std::uint16_t>(version)).u16(isFolder ? 1 : 0);
+        if (version == 2) {
+            record.pascalString("Disk").fill(38 - record.size()).fill(8).u32(0x1234);
+            record.pascalString("name").fill(114 - record.size()).u32(0x5678);
+            record.fill(150 - record.size());
+        } else {
+            record.fill(24 - record.size()).u32(0x1234).u32(0x5678).fill(58 - record.size());
+        }
+        extra(record, 0, "odd");
+        if (!macPath.empty()) extra(record, 2, macPath);
+        extra(record, 14, std::string("\0\x02\0a\0/", 6));
+        if (!path.empty()) extra(record, 18, path);
+        if (!mountPoint.empty()) extra(record, 19, mountPoint);
+        record.u16(0xFFFF).u16(0);
+        record.patch(4, record.size(), 2);
+        return record.takeText();
+    }
+
+  private:
+    static void extra(ByteWriter& record, std::uint16_t tag, const std::string& value) {
+        record.u16(tag).u16(static_cast<std::uint16_t>(value.size())).text(value).align(2);
+    }
+};
+
+/// A fork with nothing but resource 'alis' 0.
+std::string aliasFork(const std::string& record) {
+    const auto length = static_cast<std::uint32_t>(record.size()) + 4;
+    ByteWriter fork;
+    fork.u32(256).u32(256 + length).u32(length).u32(50).fill(240).u32(length - 4).text(record);
+    fork.fill(24).u16(28).u16(50).u16(0).fourCC(FourCC("alis")).u16(0).u16(10);
+    return fork.u16(0).u16(0xFFFF).u32(0).u32(0).takeText();
+}
+
+class Aliases : public FileFixture {
+  protected:
+    void putAlias(const std::string& name, const std::string& record,
+                  UInt16 flags = kIsAlias) const {
+        put(name, "");
+        const std::string info = ByteWriter()
+                                     .fourCC(FourCC("alis"))
+                                     .fourCC(FourCC("MACS"))
+                                     .u16(flags)
+                                     .fill(22)
+                                     .takeText();
+        put("._" + name, appleDouble(info, aliasFork(record)));
+    }
+    /// The reference of a child, a link itself and not its target.
+    FSRef child(const std::string& name) const {
+        const FSRef folder = ref("");
+        const std::u16string units(name.begin(), name.end());
+        FSRef made{};
+        EXPECT_EQ(FSMakeFSRefUnicode(&folder, units.size(),
+                                     reinterpret_cast<const UniChar*>(units.data()), 0, &made),
+                  noErr);
+        return made;
+    }
+};
+
+TEST_F(Aliases, ResolveToWhatIsThere) {
+    put("file");
+    put("folder/in");
+    const std::string below = root_.substr(1);
+    std::string macPath = "Gone Disk" + root_ + "/file";
+    std::replace(macPath.begin(), macPath.end(), '/', ':');
+    putAlias("alias", AliasRecordBuilder{.path = below + "/file", .mountPoint = "/"}.build());
+    putAlias("chain", AliasRecordBuilder{.path = below + "/alias", .mountPoint = "/"}.build());
+    putAlias("toFolder",
+             AliasRecordBuilder{.isFolder = true, .path = "folder", .mountPoint = root_}.build());
+    putAlias("oldPath", AliasRecordBuilder{.macPath = macPath}.build());
+    putAlias("version3",
+             AliasRecordBuilder{.path = "file", .mountPoint = root_, .version = 3}.build());
+    putAlias("broken", AliasRecordBuilder{.path = "none", .mountPoint = root_}.build());
+    putAlias("otherKind", AliasRecordBuilder{.path = "folder", .mountPoint = root_}.build());
+    putAlias("circle", AliasRecordBuilder{.path = "circle", .mountPoint = root_}.build());
+    putAlias("damaged", "no record at all");
+    putAlias("unflagged", AliasRecordBuilder{.path = "file", .mountPoint = root_}.build(), 0);
+    std::filesystem::create_symlink("file", at("link"));
+    std::filesystem::create_symlink("nowhere", at("deadLink"));
+    std::filesystem::create_symlink("selfLink", at("selfLink"));
+    std::filesystem::create_symlink("alias", at("linkToAlias"));
+    struct Row {
+        const char* object;
+        OSErr status;
+        const char* target;
+        bool wasAlias;
+        bool isFolder;
+    };
+    const Row rows[] = {
+        {"file", noErr, "file", false, false},
+        {"folder", noErr, "folder", false, true},
+        {"unflagged", noErr, "unflagged", false, false},
+        {"alias", noErr, "file", true, false},
+        {"chain", noErr, "file", true, false},
+        {"toFolder", noErr, "folder", true, true},
+        {"version3", noErr, "file", true, false},
+        {"link", noErr, "file", true, false},
+        {"linkToAlias", noErr, "file", true, false},
+        {"broken", fnfErr, "broken", false, false},
+        {"otherKind", fnfErr, "otherKind", false, false},
+        {"circle", fnfErr, "circle", false, false},
+        {"damaged", fnfErr, "damaged", false, false},
+        {"deadLink", fnfErr, "deadLink", false, false},
+        {"selfLink", fnfErr, "selfLink", false, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.object);
+        FSRef object = child(row.object);
+        const FSRef wanted = child(row.target);
+        Boolean isFolder = 9;
+        Boolean wasAlias = 9;
+        EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, 0),
+                  row.status);
+        EXPECT_EQ(FSCompareFSRefs(&object, &wanted), noErr);
+        EXPECT_EQ(wasAlias, row.wasAlias);
+        EXPECT_EQ(isFolder, row.isFolder);
+    }
+    FSRef chain = child("chain");
+    const FSRef alias = child("alias");
+    Boolean isFolder = 0;
+    Boolean wasAlias = 0;
+    EXPECT_EQ(FSResolveAliasFile(&chain, 0, &isFolder, &wasAlias), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&chain, &alias), noErr) << "one step only";
+    EXPECT_EQ(FSIsAliasFile(&alias, &wasAlias, &isFolder), noErr);
+    EXPECT_EQ(wasAlias, 1);
+    FSRef zero{};
+    EXPECT_EQ(FSResolveAliasFile(&zero, 1, &isFolder, &wasAlias), errFSBadFSRef);
+    EXPECT_EQ(FSResolveAliasFile(nullptr, 1, &isFolder, &wasAlias), paramErr);
+}
+
+TEST(AliasRecord, GivesWhatACutRecordStillHolds) {
+    const std::string whole =
+        AliasRecordBuilder{.path = "/Scripts/A", .mountPoint = "/", .macPath = "Disk:Sc/ripts:A"}
+            .build();
+    const auto record = AliasRecord::parse(asBytes(whole));
+    ASSERT_TRUE(record.ok());
+    EXPECT_EQ(record->pathOnVolume, "Scripts/A");
+    EXPECT_EQ(record->targetName, "a:");
+    EXPECT_EQ(record->volumeName, "Disk");
+    EXPECT_EQ(record->macPath, (std::vector<std::string>{"Disk", "Sc:ripts", "A"}));
+    EXPECT_EQ(record->targetID, 0x5678u);
+    const auto cut = AliasRecord::parse(asBytes(whole).first(165));
+    ASSERT_TRUE(cut.ok());
+    EXPECT_EQ(cut->targetName, "name");
+    EXPECT_TRUE(cut->pathOnVolume.empty());
+    EXPECT_FALSE(AliasRecord::parse(asBytes(whole).first(149)).ok());
+    EXPECT_FALSE(AliasRecord::parse({}).ok());
+}
+
+}  // namespace
+}  // namespace osa::test

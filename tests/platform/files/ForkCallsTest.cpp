@@ -1,0 +1,199 @@
+// Forks by number, and the whole room under failing system calls.
+#include <OSA/Diagnostics.h>
+
+#include <functional>
+
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+const std::u16string kResourceName = u"RESOURCE_FORK";
+
+class ForkCalls : public FileFixture {
+  protected:
+    static OSErr open(const FSRef& object, std::u16string_view name, SInt8 permissions,
+                      SInt16& number) {
+        return FSOpenFork(&object, name.size(), reinterpret_cast<const UniChar*>(name.data()),
+                          permissions, &number);
+    }
+};
+
+TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
+    put("x", "data");
+    put("d/in");
+    const FSRef x = ref("x");
+    const FSRef folder = ref("d");
+    const FSRef gone = ref("d/in");
+    std::filesystem::remove(at("d/in"));
+    struct Row {
+        const char* name;
+        FSRef object;
+        std::u16string fork;
+        SInt8 permissions;
+        OSErr status;
+    };
+    const Row rows[] = {
+        {"no resource fork", x, kResourceName, 1, errFSForkNotFound},
+        {"a fork of another name", x, u"DATA", 1, errFSBadForkName},
+        {"a folder", folder, u"", 1, notAFileErr},
+        {"a missing file", gone, u"", 1, fnfErr},
+        {"a missing file, for writing", gone, u"", 3, fnfErr},
+        {"writing", x, u"", 3, wrPermErr},
+        {"an unknown permission", x, u"", 9, paramErr},
+        {"a zeroed reference", FSRef{}, u"", 1, errFSBadFSRef},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        SInt16 number = 7;
+        EXPECT_EQ(open(row.object, row.fork, row.permissions, number), row.status);
+        EXPECT_EQ(number, 0);
+    }
+    EXPECT_EQ(OSAOpenFileCount(), 0);
+}
+
+TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
+    put("x", "0123456789");
+    SInt16 number = 0;
+    ASSERT_EQ(open(ref("x"), u"", fsCurPerm, number), noErr);
+    ASSERT_GT(number, 0);
+    struct Row {
+        const char* name;
+        SInt16 mode;
+        SInt32 offset;
+        OSErr status;
+        SInt32 mark;
+    };
+    const Row rows[] = {
+        {"from the start", fsFromStart, 4, noErr, 4},
+        {"where it is", fsAtMark, 99, noErr, 4},
+        {"on from the mark", fsFromMark, 3, noErr, 7},
+        {"back from the mark", fsFromMark, -2, noErr, 5},
+        {"back from the end", fsFromLEOF, -4, noErr, 6},
+        {"before the start", fsFromStart, -1, posErr, 6},
+        {"the end itself", fsFromStart, 10, noErr, 10},
+        {"past the end", fsFromStart, 11, eofErr, 10},
+        {"far before the start", fsFromMark, INT32_MIN, posErr, 10},
+        {"no such mode", 4, 0, errFSBadPosMode, 10},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        SInt32 mark = -1;
+        EXPECT_EQ(SetFPos(number, row.mode, row.offset), row.status);
+        EXPECT_EQ(GetFPos(number, &mark), noErr);
+        EXPECT_EQ(mark, row.mark);
+    }
+    char buffer[16] = {};
+    SInt32 count = 4;
+    EXPECT_EQ(SetFPos(number, fsFromLEOF, -6), noErr);
+    EXPECT_EQ(FSRead(number, &count, buffer), noErr);
+    EXPECT_EQ(std::string(buffer, 4), "4567");
+    count = 4;
+    EXPECT_EQ(FSRead(number, &count, buffer), eofErr);
+    EXPECT_EQ(count, 2) << "what there was is delivered";
+    EXPECT_EQ(std::string(buffer, 2), "89");
+    UInt32 actual = 9;
+    EXPECT_EQ(FSReadFork(number, fsFromStart, INT64_MAX, 4, buffer, &actual), eofErr);
+    EXPECT_EQ(actual, 0u);
+    EXPECT_EQ(FSReadFork(number, fsFromStart, 1, 2, buffer, &actual), noErr);
+    EXPECT_EQ(std::string(buffer, 2), "12");
+    EXPECT_EQ(FSCloseFork(number), noErr);
+    EXPECT_EQ(FSCloseFork(number), rfNumErr);
+    EXPECT_EQ(FSRead(number, &count, buffer), rfNumErr);
+}
+
+TEST_F(ForkCalls, ReadTheEndOfAForkOfMoreThanTwoGigabytes) {
+    put("huge");
+    std::filesystem::resize_file(at("huge"), (1ull << 31) + 4);
+    SInt16 number = 0;
+    ASSERT_EQ(open(ref("huge"), u"", fsRdPerm, number), noErr);
+    SInt32 end = 0;
+    EXPECT_EQ(GetEOF(number, &end), fileBoundsErr);
+    SInt64 size = 0;
+    EXPECT_EQ(FSGetForkSize(number, &size), noErr);
+    EXPECT_EQ(size, (1ll << 31) + 4);
+    char buffer[4] = {1, 1, 1, 1};
+    EXPECT_EQ(FSReadFork(number, fsFromLEOF, -4, 4, buffer, nullptr), noErr);
+    EXPECT_EQ(buffer[0], 0);
+    EXPECT_EQ(FSClose(number), noErr);
+}
+
+// Whatever system call fails: a status or the right answer, and nothing is left open.
+TEST_F(ForkCalls, SurviveEveryFailingSystemCall) {
+    put("d/x", "data");
+    put("d/._x", appleDouble(finderInfo(FourCC("osas"), 0), ""));
+    put("d/.rsrc/x", "fork");
+    put("d/y", "data");
+    const FSRef x = ref("d/x");
+    const FSRef y = ref("d/y");
+    const FSRef folder = ref("d");
+    const auto openAndRead = [&](std::u16string_view name, const char* wanted) {
+        SInt16 number = 0;
+        if (open(x, name, fsRdPerm, number) != noErr) return;
+        char buffer[4];
+        SInt32 count = 4;
+        if (FSRead(number, &count, buffer) == noErr) {
+            EXPECT_EQ(std::string(buffer, 4), wanted);
+        }
+        EXPECT_EQ(FSCloseFork(number), noErr);
+    };
+    struct Row {
+        const char* name;
+        std::function<void()> work;
+    };
+    const Row rows[] = {
+        {"catalog query",
+         [&] {
+             FSCatalogInfo found;
+             const auto all = kFSCatInfoGettableInfo;
+             if (FSGetCatalogInfo(&x, all, &found, nullptr, nullptr, nullptr) != noErr) return;
+             EXPECT_EQ(found.finderInfo.fdType, FourCC("osas"));
+             EXPECT_EQ(found.rsrcLogicalSize, 4u);
+         }},
+        {"data fork", [&] { openAndRead(u"", "data"); }},
+        {"resource fork", [&] { openAndRead(kResourceName, "fork"); }},
+        {"walk",
+         [&] {
+             FSIterator iterator = nullptr;
+             if (FSOpenIterator(&folder, kFSIterateFlat, &iterator) != noErr) return;
+             FSRef refs[8];
+             ItemCount count = 0;
+             const OSErr status = FSGetCatalogInfoBulk(iterator, 8, &count, nullptr, 0, nullptr,
+                                                       refs, nullptr, nullptr);
+             if (status == noErr) {
+                 EXPECT_EQ(count, 2u);
+             }
+             FSCloseIterator(iterator);
+         }},
+        {"path",
+         [&] {
+             FSRef made;
+             const std::string path = at("d/../d/x");
+             if (FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &made, nullptr) ==
+                 noErr) {
+                 EXPECT_NE(FSCompareFSRefs(&made, &x), errFSRefsDifferent);
+             }
+         }},
+    };
+    const std::size_t descriptors = openDescriptors();
+    for (const Row& row : rows) {
+        for (const bool fromThenOn : {false, true}) {
+            SCOPED_TRACE(std::string(row.name) + (fromThenOn ? ", from then on" : ", once"));
+            UInt32 nth = 0;
+            bool hasFailed = true;
+            while (hasFailed && nth < 1000) {
+                info(y, kFSCatInfoFinderInfo);  // so that nothing is remembered of the other file
+                OSAFailOperation(++nth, fromThenOn);
+                row.work();
+                hasFailed = OSAFailedOperations() > 0;
+                OSAFailOperation(0, false);
+            }
+            EXPECT_GT(nth, 1u);
+            EXPECT_EQ(OSAOpenFileCount(), 0);
+            EXPECT_EQ(openDescriptors(), descriptors);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace osa::test

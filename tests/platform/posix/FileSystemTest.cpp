@@ -1,0 +1,113 @@
+// What the system answers, as statuses; faults to order.
+#include "platform/posix/FileSystem.h"
+
+#include <CoreServices/MacErrors.h>
+#include <OSA/Diagnostics.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+
+#include "platform/posix/ErrnoStatus.h"
+
+namespace osa::posix {
+namespace {
+
+class FileSystem : public testing::Test {
+  protected:
+    FileSystem() {
+        std::string pattern = std::filesystem::temp_directory_path() / "osa-posix-XXXXXX";
+        root_ = std::filesystem::canonical(mkdtemp(pattern.data())).string() + "/";
+    }
+    ~FileSystem() override { std::filesystem::remove_all(root_); }
+    std::string root_;
+};
+
+TEST_F(FileSystem, NeverWaitsForWhatIsNoFile) {
+    ASSERT_EQ(mkfifo((root_ + "pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe", root_ + "link");
+    std::filesystem::create_symlink("circle", root_ + "circle");
+    ASSERT_TRUE(writeFile(root_ + "file", asBytes("12345")).ok());
+    struct Row {
+        const char* name;
+        Follow follow;
+        OSStatus status;
+    };
+    const Row rows[] = {
+        {"file", Follow::no, noErr},      {"pipe", Follow::yes, notAFileErr},
+        {"", Follow::yes, notAFileErr},   {"link", Follow::no, notAFileErr},
+        {"circle", Follow::yes, fnfErr},  {"none", Follow::yes, fnfErr},
+        {"file/in", Follow::yes, fnfErr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        if (std::string(row.name) == "circle") {
+            EXPECT_EQ(status(root_ + row.name, Follow::yes).status(), row.status);
+        } else {
+            EXPECT_EQ(openFile(root_ + row.name, row.follow).status(), row.status);
+        }
+    }
+    EXPECT_EQ(status(root_ + std::string("file\0x", 6), Follow::no).status(), fnfErr);
+    EXPECT_EQ(readFile(root_ + "file", 4).status(), fileBoundsErr);
+    EXPECT_EQ(readFile(root_ + "file", 5)->size(), 5u);
+    EXPECT_EQ(remove(root_ + "none").status(), fnfErr);
+    EXPECT_EQ(createFolder(root_ + "file").status(), dupFNErr);
+    ASSERT_TRUE(createFolder(root_ + "d").ok());
+    ASSERT_TRUE(rename(root_ + "file", root_ + "d/file").ok());
+    EXPECT_EQ(remove(root_ + "d").status(), fBsyErr);
+}
+
+TEST_F(FileSystem, ListsAttributesOrNone) {
+    const std::string path = root_ + "file";
+    ASSERT_TRUE(writeFile(path, {}).ok());
+    EXPECT_EQ(listAttributes(root_ + "none").status(), fnfErr);
+    EXPECT_TRUE(listAttributes("/proc/self/status").ok()) << "no attributes there";
+    EXPECT_EQ(attribute(path, "user.none").status(), fnfErr);
+    const std::string value(2000, 'v');
+    if (!setAttribute(path, "user.first", asBytes(value)).ok()) GTEST_SKIP();
+    ASSERT_TRUE(setAttribute(path, "user.second", asBytes("")).ok());
+    const auto names = listAttributes(path);
+    ASSERT_TRUE(names.ok());
+    EXPECT_EQ(std::count(names->begin(), names->end(), "user.first"), 1);
+    EXPECT_EQ(std::count(names->begin(), names->end(), "user.second"), 1);
+    EXPECT_EQ(asText(*attribute(path, "user.first")), value);
+}
+
+TEST(Fault, HitsTheOrderedOperations) {
+    struct Row {
+        UInt32 nth;
+        bool fromThenOn;
+        std::vector<bool> fails;
+    };
+    for (const Row& row :
+         {Row{0, false, {false, false, false}}, Row{2, false, {false, true, false}},
+          Row{2, true, {false, true, true}}}) {
+        OSAFailOperation(row.nth, row.fromThenOn);
+        for (const bool fails : row.fails) {
+            EXPECT_EQ(status("/", Follow::no).status(), fails ? ioErr : noErr);
+        }
+        EXPECT_EQ(OSAFailedOperations(), std::count(row.fails.begin(), row.fails.end(), true));
+        OSAFailOperation(0, false);
+    }
+}
+
+TEST(ErrnoStatus, TellsRefusalsApart) {
+    EXPECT_EQ(statusFromErrno(EACCES, Intent::read), permErr);
+    EXPECT_EQ(statusFromErrno(EACCES, Intent::write), wrPermErr);
+    EXPECT_EQ(statusFromErrno(EPERM, Intent::changeCatalog), afpAccessDenied);
+    EXPECT_EQ(statusFromErrno(0), ioErr) << "a failure never turns into success";
+}
+
+TEST(Time, IsSettledOnlyBehindTheCoarseClock) {
+    const Time date{100, 990'000'000};
+    EXPECT_FALSE(isSettled(date, {100, 990'000'000}));
+    EXPECT_FALSE(isSettled(date, {101, 9'999'999}));
+    EXPECT_TRUE(isSettled(date, {101, 10'000'000}));
+    EXPECT_TRUE(isSettled(date, {200, 0}));
+    EXPECT_FALSE(isSettled(date, {99, 0})) << "a date in the future";
+}
+
+}  // namespace
+}  // namespace osa::posix
