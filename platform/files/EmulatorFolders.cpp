@@ -35,7 +35,8 @@ class EmulatorFolders : public ForkStore {
         if (!status.ok()) return absent(path, status.status(), parts);
         parts.witnesses.push_back({path, *status});
         if (status->isRegular()) {
-            parts.resourceFork = StoredFork{nullptr, path, *status, {0, status->size}};
+            parts.resourceFork =
+                std::make_shared<StoredFork>(StoredFork{nullptr, path, *status, {0, status->size}});
         }
         return {};
     }

@@ -69,8 +69,8 @@ class ExtendedAttributes : public ForkStore {
                 value.pop_back();
             }
             if (value.empty() || parts.resourceFork) continue;
-            parts.resourceFork =
-                StoredFork{std::make_shared<MemorySource>(std::move(value)), {}, {}, {}};
+            parts.resourceFork = std::make_shared<StoredFork>(
+                StoredFork{std::make_shared<MemorySource>(std::move(value)), {}, {}, {}});
         }
         // No witness: setting an attribute changes the object's own dates.
         return parts;

@@ -98,14 +98,14 @@ Result<FinderInfoBytes> findFinderInfo(const Located& object) {
     return FinderInfoBytes{};
 }
 
-Result<std::optional<StoredFork>> findResourceFork(const Located& object) {
-    std::optional<StoredFork> found;
+Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object) {
+    std::shared_ptr<const StoredFork> found;
     if (!hasParts(object) || object.status.isFolder()) return found;
     Question question(object);
     for (std::size_t store = 0; store < kStores; ++store) {
         OSA_TRY(const StoredParts* const parts, question.ask(store));
-        if (!parts->resourceFork) continue;
-        if (!found) found = parts->resourceFork;
+        if (parts->resourceFork == nullptr) continue;
+        if (found == nullptr) found = parts->resourceFork;
         if (parts->resourceFork->size() > 0) return parts->resourceFork;
     }
     return found;
@@ -121,7 +121,7 @@ bool isSideFile(const std::string& folder, const std::string& name) {
     const auto owner = posix::status(joinPath(folder, name.substr(1)), posix::Follow::no);
     if (!owner.ok()) return false;
     const auto parts = readAppleDoubleSideFile(joinPath(folder, name), true);
-    return parts.ok() && (parts->resourceFork || !isBlank(parts->finderInfo));
+    return parts.ok() && (parts->resourceFork != nullptr || !isBlank(parts->finderInfo));
 }
 
 }  // namespace osa

@@ -12,7 +12,7 @@ namespace osa {
 /// The first non-blank Finder information; blank when nobody keeps any. A link has type and creator
 /// of its own.
 Result<FinderInfoBytes> findFinderInfo(const Located& object);
-/// The first non-empty resource fork, else an empty one that is there; none when nobody keeps any.
-Result<std::optional<StoredFork>> findResourceFork(const Located& object);
+/// The first non-empty resource fork, else an empty one that is there; null when nobody keeps any.
+Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object);
 
 }  // namespace osa

@@ -35,8 +35,8 @@ struct Witness {
 };
 
 struct StoredParts {
-    FinderInfoBytes finderInfo{};            ///< blank: none kept
-    std::optional<StoredFork> resourceFork;  ///< may be empty
+    FinderInfoBytes finderInfo{};                    ///< blank: none kept
+    std::shared_ptr<const StoredFork> resourceFork;  ///< null: none kept; may be empty
     std::vector<Witness> witnesses;
 };
 

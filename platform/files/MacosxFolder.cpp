@@ -18,7 +18,7 @@ class MacosxFolder : public ForkStore {
                     readAppleDoubleSideFile(joinPath(shadow, "._" + object.name), true));
             all.witnesses.push_back(parts.witnesses.front());
             if (isBlank(all.finderInfo)) all.finderInfo = parts.finderInfo;
-            if (!all.resourceFork) all.resourceFork = std::move(parts.resourceFork);
+            if (all.resourceFork == nullptr) all.resourceFork = std::move(parts.resourceFork);
         }
         return all;
     }

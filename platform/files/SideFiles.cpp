@@ -30,7 +30,8 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
     if (fork == nullptr) return parts;
     // A large side file is not kept open: it is opened again when the fork is.
     auto bytes = isInMemory ? parsed->content(AppleDouble::resourceFork) : nullptr;
-    parts.resourceFork = StoredFork{std::move(bytes), path, status, fork->range};
+    parts.resourceFork =
+        std::make_shared<StoredFork>(StoredFork{std::move(bytes), path, status, fork->range});
     return parts;
 }
 

@@ -146,8 +146,8 @@ TEST_F(Catalog, LeadsUpToTheRootAndEndsThere) {
     EXPECT_LT(steps, 100);
     EXPECT_EQ(pathOf(object), "/");
     const FSCatalogInfo root = info(object, kFSCatInfoNodeID | kFSCatInfoParentDirID);
-    EXPECT_EQ(root.nodeID, 2u);
-    EXPECT_EQ(root.parentDirID, 1u);
+    EXPECT_EQ(+root.nodeID, 2u);
+    EXPECT_EQ(+root.parentDirID, 1u);
 }
 
 TEST_F(Catalog, AgreesWithTheSystemAboutEveryField) {
@@ -160,20 +160,20 @@ TEST_F(Catalog, AgreesWithTheSystemAboutEveryField) {
     ASSERT_EQ(lstat(path.c_str(), &real), 0);
     EXPECT_EQ(x.nodeFlags, 0);
     EXPECT_LT(x.volume, 0);
-    EXPECT_EQ(x.nodeID, static_cast<UInt32>(real.st_ino) ^ static_cast<UInt32>(real.st_ino >> 32));
+    EXPECT_EQ(+x.nodeID, static_cast<UInt32>(real.st_ino) ^ static_cast<UInt32>(real.st_ino >> 32));
     EXPECT_EQ(x.permissions.mode, real.st_mode);
-    EXPECT_EQ(x.permissions.userID, real.st_uid);
-    EXPECT_EQ(x.dataLogicalSize, 5u);
-    EXPECT_EQ(x.rsrcLogicalSize, 4u);
-    EXPECT_EQ(x.accessDate.lowSeconds, 2082844800u - 3600);
+    EXPECT_EQ(+x.permissions.userID, real.st_uid);
+    EXPECT_EQ(+x.dataLogicalSize, 5u);
+    EXPECT_EQ(+x.rsrcLogicalSize, 4u);
+    EXPECT_EQ(+x.accessDate.lowSeconds, 2082844800u - 3600);
     EXPECT_EQ(x.contentModDate.highSeconds, 1);
-    EXPECT_EQ(x.contentModDate.lowSeconds, static_cast<UInt32>(4102444800 + 2082844800));
+    EXPECT_EQ(+x.contentModDate.lowSeconds, static_cast<UInt32>(4102444800 + 2082844800));
     EXPECT_EQ(x.contentModDate.fraction, 0x8000);
 
     const FSCatalogInfo folder = info(ref("d"), kFSCatInfoGettableInfo);
     EXPECT_EQ(folder.nodeFlags, kFSNodeIsDirectoryMask);
-    EXPECT_EQ(folder.nodeID, x.parentDirID);
-    EXPECT_EQ(folder.valence, 1u) << "the side file does not count";
+    EXPECT_EQ(+folder.nodeID, +x.parentDirID);
+    EXPECT_EQ(+folder.valence, 1u) << "the side file does not count";
     EXPECT_EQ(query(ref("d"), kFSCatInfoRsrcSizes), fnfErr) << "nothing but sizes of a folder";
     EXPECT_EQ(query(ref("d"), kFSCatInfoRsrcSizes | kFSCatInfoNodeID), noErr);
 
@@ -248,7 +248,7 @@ TEST_F(Catalog, NamesObjectsTheOldWay) {
     FSSpec missing;
     const unsigned char leaf[] = "\x04none";
     EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, spec.parID, leaf, &missing), fnfErr);
-    EXPECT_EQ(missing.parID, spec.parID) << "filled although the leaf is missing";
+    EXPECT_EQ(+missing.parID, +spec.parID) << "filled although the leaf is missing";
     EXPECT_EQ(FSpMakeFSRef(&missing, &made), fnfErr);
     EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, 0x7FFFFFF1, leaf, &missing), dirNFErr);
 

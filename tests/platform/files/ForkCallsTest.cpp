@@ -147,8 +147,8 @@ TEST_F(ForkCalls, SurviveEveryFailingSystemCall) {
              FSCatalogInfo found;
              const auto all = kFSCatInfoGettableInfo;
              if (FSGetCatalogInfo(&x, all, &found, nullptr, nullptr, nullptr) != noErr) return;
-             EXPECT_EQ(found.finderInfo.fdType, FourCC("osas"));
-             EXPECT_EQ(found.rsrcLogicalSize, 4u);
+             EXPECT_EQ(+found.finderInfo.fdType, FourCC("osas"));
+             EXPECT_EQ(+found.rsrcLogicalSize, 4u);
          }},
         {"data fork", [&] { openAndRead(u"", "data"); }},
         {"resource fork", [&] { openAndRead(kResourceName, "fork"); }},

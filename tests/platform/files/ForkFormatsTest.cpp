@@ -103,7 +103,7 @@ TEST(ForkContainer, TellsWhatAFileIs) {
         EXPECT_EQ(text(*found->resourceFork), row.fork);
         if (row.kind == Kind::plain || row.kind == Kind::resourceFork) continue;
         const FinderInfo read = basicFinderInfo(found->finderInfo, false);
-        EXPECT_EQ(read.fdType, FourCC("TEXT"));
+        EXPECT_EQ(+read.fdType, FourCC("TEXT"));
         EXPECT_EQ(read.fdFlags, row.generation == 0 ? 0 : row.generation == 1 ? 0x100 : 0x140);
         EXPECT_EQ(found->name, row.kind == Kind::appleDouble ? "" : "Hi.txt");
     }

@@ -83,8 +83,8 @@ TEST_F(ForkStores, FindPartsInEveryPlace) {
         if (!isKept) continue;
         const FSRef x = ref("d/x");
         const FSCatalogInfo found = info(x, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes);
-        EXPECT_EQ(found.finderInfo.fdType, kType);
-        EXPECT_EQ(found.rsrcLogicalSize, kFork.size());
+        EXPECT_EQ(+found.finderInfo.fdType, kType);
+        EXPECT_EQ(+found.rsrcLogicalSize, kFork.size());
         EXPECT_EQ(fork(x, ForkKind::resource), kFork);
         EXPECT_EQ(fork(x, ForkKind::data), "data");
         std::filesystem::remove_all(at("d"));
@@ -119,7 +119,7 @@ TEST_F(ForkStores, AreNoMoreThanTheyHold) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         put("._x", row.sideFile);
-        EXPECT_EQ(info(ref("x"), kFSCatInfoFinderInfo).finderInfo.fdType, row.type);
+        EXPECT_EQ(+info(ref("x"), kFSCatInfoFinderInfo).finderInfo.fdType, row.type);
         EXPECT_EQ(fork(ref("x"), ForkKind::resource), row.fork);
     }
 }
@@ -139,7 +139,7 @@ TEST_F(ForkStores, DescribeFoldersAndLinksToo) {
     FSRef link;
     const UniChar name[] = {'l', 'i', 'n', 'k'};
     ASSERT_EQ(FSMakeFSRefUnicode(&parent, 4, name, 0, &link), noErr);
-    EXPECT_EQ(info(link, kFSCatInfoFinderInfo).finderInfo.fdType, FourCC("slnk"));
+    EXPECT_EQ(+info(link, kFSCatInfoFinderInfo).finderInfo.fdType, FourCC("slnk"));
     EXPECT_EQ(fork(link, ForkKind::data), "d");
 }
 

@@ -1,0 +1,25 @@
+// Everything a side file can be asked for.
+#include <cstdlib>
+
+#include "platform/files/AppleDouble.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace osa;
+    const ByteSpan bytes(reinterpret_cast<const std::byte*>(data), size);
+    const auto parsed = AppleDouble::parse(
+        std::make_shared<MemorySource>(std::vector<std::byte>(bytes.begin(), bytes.end())));
+    if (!parsed.ok()) return 0;
+    (void)parsed->finderInfoContent();
+    (void)parsed->dates();
+    for (const auto& entry : parsed->entries()) {
+        if (!entry.range.fits(size)) std::abort();
+        const auto content = parsed->content(entry.id);
+        if (!readRange(*content, {0, content->size()}).ok()) std::abort();
+    }
+    const auto attributes = parsed->attributes();
+    if (!attributes.ok()) return 0;
+    for (const auto& attribute : *attributes) {
+        if (!attribute.range.fits(size)) std::abort();
+    }
+    return 0;
+}
