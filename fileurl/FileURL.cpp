@@ -6,6 +6,7 @@
 #include <CoreFoundation/CFString.h>
 #include <CoreServices/MacErrors.h>
 
+#include <algorithm>
 #include <new>
 #include <vector>
 
@@ -70,8 +71,11 @@ OSStatus FURLCreateFromParentAndName(CFAllocatorRef allocator, const FSRef* pare
     *url = nullptr;
     if (parent == nullptr || name == nullptr) return paramErr;
     const auto folder = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(allocator, parent));
+    // A slash in a file's name is a colon in a path.
+    HFSUniStr255 component = *name;
+    std::replace(component.unicode, component.unicode + component.length, UniChar{'/'}, UniChar{':'});
     const auto leaf = CFRef<CFStringRef>::Adopt(
-        CFStringCreateWithCharacters(allocator, name->unicode, name->length));
+        CFStringCreateWithCharacters(allocator, component.unicode, component.length));
     if (folder && leaf) {
         *url = CFURLCreateCopyAppendingPathComponent(allocator, folder.get(), leaf.get(), false);
     }

@@ -1,4 +1,5 @@
-// osa-examples: writes the example scripts of a folder of descriptions to disk in one folder.
+// osa-examples: writes the example scripts of a folder of descriptions to disk in one folder, and prints
+// the path of each.
 // Usage: osa-examples OUTPUT [DESCRIPTIONS]
 #include <algorithm>
 #include <cstdio>
@@ -19,8 +20,10 @@ void makeExamples(const fs::path& descriptions, const fs::path& output) {
     std::sort(files.begin(), files.end());
     fs::remove_all(output);
     fs::create_directories(output);
-    for (const fs::path& file : files) osa::samples::writeSample(osa::samples::readSample(file), output);
-    std::printf("%zu example scripts in %s\n", files.size(), output.c_str());
+    for (const fs::path& file : files) {
+        const fs::path item = osa::samples::writeSample(osa::samples::readSample(file), output);
+        std::printf("%s\n", item.c_str());
+    }
 }
 
 }  // namespace

@@ -53,13 +53,18 @@ TypedStream::TypedStream(ByteSpan archive)
     const std::string_view signature = in_.pascalString();
     littleEndian_ = signature == "streamtyped";
     if (!in_.ok() || (!littleEndian_ && signature != "typedstream"))
-        fail("not an archive");
+        refuse("not an archive");
     else if (version != kStreamVersion)
         fail("archive of version " + std::to_string(version));
     integer(false);
 }
 
 void TypedStream::fail(std::string_view reason) {
+    // Past the end everything reads as zeros, which then look wrong in many ways.
+    refuse(in_.ok() ? reason : "archive ends early");
+}
+
+void TypedStream::refuse(std::string_view reason) {
     if (ok_) reason_ = std::string(reason) + " at byte " + std::to_string(in_.position());
     ok_ = false;
     in_.fail();
@@ -67,7 +72,7 @@ void TypedStream::fail(std::string_view reason) {
 
 /// Whether reading may go on; turns bytes that ran out into a reason.
 bool TypedStream::good() {
-    if (ok_ && !in_.ok()) fail("archive ends early");
+    if (ok_ && !in_.ok()) fail({});
     return ok_;
 }
 

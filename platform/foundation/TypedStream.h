@@ -49,6 +49,7 @@ class TypedStream {
     };
 
     void fail(std::string_view reason);
+    void refuse(std::string_view reason);
     bool good();
     bool spend(std::size_t steps);
 

@@ -3,6 +3,8 @@
 
 #include <CoreServices/MacErrors.h>
 
+#include <algorithm>
+
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
@@ -38,6 +40,8 @@ void CAEDescReader::GetFileSpec(FSRef* ref, HFSUniStr255* name) const {
     const SCoreFoundation<CFStringRef> leaf(CFURLCopyLastPathComponent(url));
     FailNIL(leaf);
     FromCFString(leaf, *name);
+    // A colon in a path is a slash in a file's name.
+    std::replace(name->unicode, name->unicode + name->length, UniChar{':'}, UniChar{'/'});
 }
 
 CFURLRef CAEDescReader::GetCFURL() const {

@@ -6,6 +6,7 @@
 #include <OSA/Diagnostics.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 #include <type_traits>
 
@@ -106,9 +107,11 @@ TEST_F(Foundation, ReadsTextByItsMarkOrInTheSystemsEncoding) {
 
 TEST_F(Foundation, HonoursTheSystemEncodingThatAHostSets) {
     folder_.write("text", "caf\xC3\xA9");
-    ASSERT_TRUE(OSASetSystemEncoding(kCFStringEncodingUTF8));
-    EXPECT_EQ(utf8(text("text")), "café");
-    ASSERT_TRUE(OSASetSystemEncoding(kCFStringEncodingMacRoman));
+    const auto readInUTF8 = [&] {  // in a process of its own: the encoding is set once for all
+        OSASetSystemEncoding(kCFStringEncodingUTF8);
+        std::_Exit(utf8(text("text")) == "café" ? 0 : 1);
+    };
+    EXPECT_EXIT(readInUTF8(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Foundation, ReadsDocumentsAndTheirFolders) {

@@ -15,7 +15,7 @@ namespace {
 using namespace test::archive;
 
 /// The root as a property list without its XML frame; what is no property list shows as "(null)",
-/// what was refused as "!".
+/// what was refused as "!" and the reason.
 std::string unarchived(const std::string& bytes) {
     const auto data = CFRef<CFDataRef>::Adopt(CFDataCreate(
         nullptr, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
@@ -24,8 +24,7 @@ std::string unarchived(const std::string& bytes) {
         root = NSUnarchiver::unarchiveObjectWithData(data.get());
     } catch (const NSException& exception) {
         EXPECT_EQ(exception.name(), "NSArchiverArchiveInconsistency");
-        EXPECT_NE(exception.reason(), "");
-        return "!";
+        return "! " + exception.reason();
     }
     if (root == nullptr) return "(null)";
     const auto xml = CFRef<CFDataRef>::Adopt(CFPropertyListCreateXMLData(nullptr, root));
@@ -64,13 +63,10 @@ class Unarchiver : public testing::Test {
 /// {"meta-data" = {"kMDItemDescription" = "hi"; "n" = 3}} as the Mac's own archiver writes it,
 /// classes and strings shared.
 const char kShared[] =
-    "040b73747265616d747970656481e8038401408484840c4e5344696374696f6e617279008484084e534f626a656374"
-    "00"
-    "858401690192848484084e53537472696e67019484012b096d6574612d6461746186928493950292849697126b4d44"
-    "49"
-    "74656d4465736372697074696f6e86928496970268698692849697016e8692848484084e534e756d62657200848407"
-    "4e"
-    "5356616c7565009484012a84959503868686";
+    "040b73747265616d747970656481e8038401408484840c4e5344696374696f6e617279008484084e534f"
+    "626a65637400858401690192848484084e53537472696e67019484012b096d6574612d64617461869284"
+    "93950292849697126b4d444974656d4465736372697074696f6e86928496970268698692849697016e86"
+    "92848484084e534e756d626572008484074e5356616c7565009484012a84959503868686";
 
 TEST_F(Unarchiver, ReadsSharedClassesAndStringsInBothByteOrders) {
     const char* const expected =
@@ -86,7 +82,13 @@ TEST_F(Unarchiver, ReadsSharedClassesAndStringsInBothByteOrders) {
               "<string>" + longText + "</string>");
 }
 
-TEST_F(Unarchiver, KnowsThePropertyListClasses) {
+TEST_F(Unarchiver, KnowsThePropertyListClassesAndLeavesOutTheOthers) {
+    const std::string point = object({"NSValue"}, group("*", "\x84\x84" + bytes("{_NSPoint=ff}")) +
+                                                      group("{_NSPoint=ff}", "\x01\x02"));
+    const std::string font =
+        object({"NSFont", "NSObject"},
+               group("[4C]", "abcd") +
+                   group("{?=i[2{a=@#}]:*!}", "\x05" + string("x") + "\x85\x85\x85\x85\x85"));
     const std::string doubleThreeHalves("\x83\0\0\0\0\0\0\xF8\x3F", 9);
     const struct {
         const char* row;
@@ -122,25 +124,6 @@ TEST_F(Unarchiver, KnowsThePropertyListClasses) {
          dictionary({{string("k"), string("1")}, {string("k"), string("2")}}),
          "<dict><key>k</key><string>2</string></dict>"},
         {"nil as root", "\x85", "(null)"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        EXPECT_EQ(unarchived(archive(row.root)), row.text);
-    }
-}
-
-TEST_F(Unarchiver, LeavesOutWhatHasNoPlace) {
-    const std::string point = object({"NSValue"}, group("*", "\x84\x84" + bytes("{_NSPoint=ff}")) +
-                                                      group("{_NSPoint=ff}", "\x01\x02"));
-    const std::string font =
-        object({"NSFont", "NSObject"},
-               group("[4C]", "abcd") +
-                   group("{?=i[2{a=@#}]:*!}", "\x05" + string("x") + "\x85\x85\x85\x85\x85"));
-    const struct {
-        const char* row;
-        std::string root;
-        const char* text;
-    } rows[] = {
         {"an unknown class as a value",
          dictionary({{string("font"), font}, {string("k"), string("v")}}),
          "<dict><key>k</key><string>v</string></dict>"},
@@ -149,7 +132,7 @@ TEST_F(Unarchiver, LeavesOutWhatHasNoPlace) {
         {"an array in itself (object 0)",
          object({"NSArray"}, group("i", "\x02") + group("@", "\x92") + group("@", string("v"))),
          "<array><string>v</string></array>"},
-        {"an object archived before and left out", array({font, "\x94", string("v")}),
+        {"an object archived before and left out", array({font, "\x95", string("v")}),
          "<array><string>v</string></array>"},
         {"text that is no UTF-8", array({string("\xFF\xFE"), string("v")}),
          "<array><string>v</string></array>"},
@@ -165,8 +148,8 @@ TEST_F(Unarchiver, RefusesDamage) {
     // Arrays of ten references to the array before: a few hundred bytes that stand for 10^9
     // strings.
     std::string bomb = string(std::string(100, 'x'));
-    std::string levels = group("@", bomb);  // object 1; its classes are 2 and 3
-    int latest = 1;
+    std::string levels = group("@", bomb);  // object 2; its classes are 3 and 4
+    int latest = 2;
     for (int level = 0; level < 9; ++level) {
         std::string groups = group("i", integer(10));
         for (int i = 0; i < 10; ++i) groups += group("@", integer(latest - 110));
@@ -178,34 +161,43 @@ TEST_F(Unarchiver, RefusesDamage) {
     const std::string good = archive(string("x"));
     const struct {
         const char* row;
+        std::string reason;
         std::string bytes;
     } rows[] = {
-        {"nothing", ""},
-        {"another kind of archive", "bplist00"},
-        {"an older version", "\x03" + good.substr(1)},
-        {"no root", good.substr(0, 16)},
-        {"a root that is no object", "\x04\x0Bstreamtyped\x81\xE8\x03" + group("i", "\x01")},
-        {"an end in the middle", good.substr(0, good.size() - 5)},
-        {"a reference to nothing", archive("\x99")},
-        {"a reference to a class as an object", archive(array({"\x93"}))},
-        {"an object without class", archive("\x84\x85\x86")},
-        {"a class that is its own parent", archive("\x84\x84\x84\x01X\x01\x93\x86")},
-        {"a reserved head where an integer is due", archive(object({"X"}, group("i", "\x90")))},
-        {"an unknown type", archive(object({"X"}, group("?", "\x01")))},
-        {"unmatched brackets", archive(object({"X"}, group("{a=i", "\x01")))},
-        {"an array longer than the archive", archive(object({"X"}, group("[999999999999!]", "")))},
-        {"an array of nothing, over and over",
+        {"nothing", "not an archive", ""},
+        {"another kind of archive", "not an archive", "bplist00"},
+        {"an older version", "archive of version 3", "\x03" + good.substr(1)},
+        {"no root", "archive ends early", good.substr(0, 16)},
+        {"a root that is no object", "no root object",
+         "\x04\x0Bstreamtyped\x81\xE8\x03" + group("i", "\x01")},
+        {"an end in the middle", "archive ends early", good.substr(0, good.size() - 5)},
+        {"a reference to nothing", "reference to what", archive("\x99")},
+        {"a reference to a class as an object", "reference to what", archive(array({"\x93"}))},
+        {"an object without class", "object without a class", archive("\x84\x85\x86")},
+        {"a class that is its own parent", "reference to what",
+         archive("\x84\x84\x84\x01X\x01\x93\x86")},
+        {"a reserved head where an integer is due", "no integer",
+         archive(object({"X"}, group("i", "\x90")))},
+        {"an unknown type", "unknown type", archive(object({"X"}, group("?", "\x01")))},
+        {"unmatched brackets", "malformed type", archive(object({"X"}, group("{a=i", "\x01")))},
+        {"an array longer than the archive", "array longer",
+         archive(object({"X"}, group("[999999999999!]", "")))},
+        {"an array of nothing, over and over", "archive asks for too much",
          archive(object({"X"}, group("[9[9[9[9[9[9{a=!!!!!!}]]]]]]", std::string(20, 'x'))))},
-        {"text longer than the archive",
+        {"text longer than the archive", "archive ends early",
          archive(object({"NSString"}, group("+", "\x82\xFF\xFF\xFF\x7F")))},
-        {"fewer entries than counted", archive(object({"NSDictionary"}, group("i", "\x05")))},
-        {"fewer than no elements", archive(object({"NSArray"}, group("i", "\xFB")))},
-        {"nested without end", archive(nested)},
-        {"a bomb", archive(object({"NSArray"}, group("i", integer(10)) + levels))},
+        {"fewer entries than counted", "object with fewer",
+         archive(object({"NSDictionary"}, group("i", "\x05")))},
+        {"fewer than no elements", "object with fewer",
+         archive(object({"NSArray"}, group("i", "\xFB")))},
+        {"nested without end", "archive is nested", archive(nested)},
+        {"a bomb", "objects are too large",
+         archive(object({"NSArray"}, group("i", integer(10)) + levels))},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.row);
-        EXPECT_EQ(unarchived(row.bytes), "!");
+        const std::string result = unarchived(row.bytes);
+        EXPECT_EQ(result.substr(0, row.reason.size() + 2), "! " + row.reason);
     }
     EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(nullptr), nullptr);
 }

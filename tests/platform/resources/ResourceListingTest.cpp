@@ -10,13 +10,6 @@
 namespace osa {
 namespace {
 
-std::string wrapped(std::uint32_t magic, std::string_view fork) {
-    ByteWriter writer;
-    writer.u32(magic).u32(0x00020000).fill(16).u16(1);
-    writer.u32(2).u32(38).u32(static_cast<std::uint32_t>(fork.size())).text(fork);
-    return writer.takeText();
-}
-
 std::string dataAt(OSAResourceListRef list, CFIndex index, bool expand) {
     CFRef<CFDataRef> data;
     const OSStatus status = OSAResourceListCopyData(list, index, expand, data.out());
@@ -35,7 +28,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
                                  .text();
 
     const test::TemporaryFolder folder;
-    folder.write("._side", wrapped(0x00051607, fork));
+    folder.write("._side", test::wrappedFork(fork));
     const struct {
         const char* row;
         std::string path;
@@ -43,7 +36,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
     } rows[] = {
         {"a file with a side file", folder.write("side", "text"), noErr},
         {"the side file itself", folder.path("._side"), noErr},
-        {"AppleSingle", folder.write("single", wrapped(0x00051600, fork)), noErr},
+        {"AppleSingle", folder.write("single", test::wrappedFork(fork, 0x00051600)), noErr},
         {"a bare fork", folder.write("a.rsrc", fork), noErr},
         {"no resources", folder.write("a.txt", "just text"), eofErr},
         {"nothing", folder.path("none"), fnfErr},

@@ -16,14 +16,6 @@ namespace {
 
 using test::ResourceForkBuilder;
 
-/// The side file that holds `fork` as AppleDouble's resource entry.
-std::string sideFile(std::string_view fork) {
-    ByteWriter writer;
-    writer.u32(0x00051607).u32(0x00020000).fill(16).u16(1);
-    writer.u32(2).u32(38).u32(static_cast<std::uint32_t>(fork.size())).text(fork);
-    return writer.takeText();
-}
-
 ResourceForkBuilder sample(const std::string& text) {
     ResourceForkBuilder builder;
     // Compressed: two literal bytes and the end mark, with its 18 bytes of header.
@@ -47,7 +39,7 @@ class ResourceManager : public testing::Test {
     }
     /// A file with the given resource fork.
     FSRef file(const std::string& name, std::string_view fork) const {
-        folder_.write("._" + name, sideFile(fork));
+        folder_.write("._" + name, test::wrappedFork(fork));
         return ref(folder_.write(name, "data"));
     }
     static std::string content(Handle handle) {
@@ -162,55 +154,38 @@ TEST_F(ResourceManager, GivesTheSameHandleUntilItIsReleasedOrDetached) {
 TEST_F(ResourceManager, EverySuccessClearsTheError) {
     const FSRef script = file("script", sample("x").text());
     const SInt16 number = FSOpenResFile(&script, fsRdPerm);
-    const auto fails = [] {
-        EXPECT_EQ(Get1Resource(FourCC("none"), 1), nullptr);
-        EXPECT_EQ(ResError(), resNotFound);
-    };
+    ResType type = 0;
     const std::function<void()> calls[] = {
         [] { Get1Resource(FourCC("TEXT"), 1128); },
         [] { CurResFile(); },
         [] { SetResLoad(true); },
-        [=] { UseResFile(number); },
         [] { EXPECT_EQ(Count1Types(), 2); },
         [] { EXPECT_EQ(Count1Resources(FourCC("CODE")), 3); },
-        [] { EXPECT_EQ(Count1Resources(FourCC("none")), 0); },
-        [] {
-            ResType type = 0;
-            Get1IndType(&type, 2);
-            EXPECT_EQ(type, FourCC("CODE"));
-        },
+        [&] { Get1IndType(&type, 2); },
+        [=] { UseResFile(number); },
         [] { UseResFile(0); },
+        [=] { CloseResFile(number); },
     };
     for (const auto& call : calls) {
-        fails();
+        EXPECT_EQ(Get1Resource(FourCC("none"), 1), nullptr);
+        EXPECT_EQ(ResError(), resNotFound);
         call();
         EXPECT_EQ(ResError(), noErr);
     }
-    fails();
-    CloseResFile(number);
-    EXPECT_EQ(ResError(), noErr);
+    EXPECT_EQ(type, FourCC("CODE"));
 }
 
-TEST_F(ResourceManager, LoadingCanBeSwitchedOff) {
+TEST_F(ResourceManager, LoadsWhenAskedToAndExpandsWhatIsCompressed) {
     const FSRef script = file("script", sample("text").text());
     const SInt16 number = FSOpenResFile(&script, fsRdPerm);
     SetResLoad(false);
-    const Handle empty = Get1Resource(FourCC("TEXT"), 1128);
-    EXPECT_EQ(content(empty), "(empty)");
+    const Handle text = Get1Resource(FourCC("TEXT"), 1128);
+    EXPECT_EQ(content(text), "(empty)");
+    LoadResource(Get1Resource(FourCC("CODE"), 2));
+    EXPECT_EQ(content(Get1Resource(FourCC("CODE"), 2)), "plain in spite of its bit");
     SetResLoad(true);
-    EXPECT_EQ(Get1Resource(FourCC("TEXT"), 1128), empty);
-    EXPECT_EQ(content(empty), "text");
-    SetResLoad(false);
-    const Handle other = Get1Resource(FourCC("CODE"), 2);
-    LoadResource(other);
-    EXPECT_EQ(content(other), "plain in spite of its bit");
-    SetResLoad(true);
-    CloseResFile(number);
-}
-
-TEST_F(ResourceManager, ExpandsWhatIsCompressed) {
-    const FSRef script = file("script", sample("text").text());
-    const SInt16 number = FSOpenResFile(&script, fsRdPerm);
+    EXPECT_EQ(Get1Resource(FourCC("TEXT"), 1128), text);
+    EXPECT_EQ(content(text), "text");
     EXPECT_EQ(content(Get1Resource(FourCC("CODE"), 0)), "zz");
     EXPECT_EQ(Get1Resource(FourCC("CODE"), 1), nullptr);
     EXPECT_EQ(ResError(), CantDecompress);
