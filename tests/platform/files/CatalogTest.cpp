@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <set>
+#include <thread>
 
 #include "platform/files/Catalog.h"
 #include "platform/files/Names.h"
@@ -51,6 +52,11 @@ TEST_F(Catalog, KnowsDeadReferencesFromBadOnes) {
     EXPECT_EQ(query(a), fnfErr) << "another object has the place";
     EXPECT_EQ(fork(a, ForkKind::data), "status -43");
     EXPECT_EQ(query(ref("a")), noErr);
+    const FSRef reborn = ref("a");
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::filesystem::remove(at("a"));
+    put("a");
+    EXPECT_EQ(query(reborn), fnfErr) << "even where the new object got the old one's inode";
     EXPECT_EQ(FSGetCatalogInfo(nullptr, 0, nullptr, nullptr, nullptr, nullptr), paramErr);
 }
 
