@@ -233,11 +233,6 @@ TEST_F(Catalog, GoesFromUrlsToReferencesAndBack) {
     EXPECT_FALSE(CFURLGetFSRef(nullptr, nullptr));
 }
 
-TEST_F(Catalog, FoldsLargeInodeNumbers) {
-    EXPECT_EQ(nodeIDFromInode(0xFFFFFFFF), 0xFFFFFFFFu);
-    EXPECT_EQ(nodeIDFromInode(0x0000000100000001), 0u);
-}
-
 TEST_F(Catalog, WalksAFolderWithoutItsSideFiles) {
     std::set<std::string> wanted{"a", "b:c", "%percent", "sub"};
     for (const std::string& name : wanted) {
