@@ -1,0 +1,129 @@
+// The program as scripts use it: output, error lines and exit statuses.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tools/samples/AppleDoubleBuilder.h"
+#include "tools/samples/ResourceForkBuilder.h"
+#include "tools/samples/Sample.h"
+
+namespace osa::test {
+namespace {
+
+using samples::Json;
+
+struct Outcome {
+    int exitStatus;
+    std::string output;
+};
+
+/// Runs the program; both streams are caught in the order they are written.
+Outcome run(const std::string& arguments, const std::string& errors = "2>&1") {
+    const std::string command =
+        std::string(std::getenv("OSA_PROGRAM")) + " " + arguments + " " + errors;
+    FILE* const pipe = popen(command.c_str(), "r");
+    std::string output;
+    char buffer[4096];
+    for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, n);
+    const int status = pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+std::string quoted(const std::string& path) {
+    return "'" + path + "'";
+}
+
+class Command : public testing::Test {
+  protected:
+    std::string sample(const Json& description) {
+        return samples::writeSample(description, folder_.path());
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(Command, ShowsEveryFileOfACallAndNamesThoseThatItCannot) {
+    const std::string script =
+        sample({{"name", "Script"},
+                {"type", "osas"},
+                {"creator", "ToyS"},
+                {"resources", {{{"type", "TEXT"}, {"id", 1128}, {"text", "Text é"}}}}});
+    const std::string notUTF8 = folder_.write("bad\xFFname", "");
+    folder_.write("Folder/x", "");
+    const std::string missing = folder_.path("missing");
+    const std::string files = quoted(missing) + " " + quoted(folder_.path("Folder")) + " " +
+                              quoted(notUTF8) + " " + quoted(script);
+    const Outcome json = run("show --json " + files, "2>/dev/null");
+    EXPECT_EQ(json.exitStatus, 1);
+    std::istringstream lines(json.output);
+    std::vector<Json> records;
+    for (std::string line; std::getline(lines, line);) records.push_back(Json::parse(line));
+    ASSERT_EQ(records.size(), 4U);
+    EXPECT_EQ(records[0].at("error"), "no such file");
+    EXPECT_FALSE(records[0].contains("kind"));
+    EXPECT_EQ(records[1].at("error"), "is a folder, but no bundle");
+    EXPECT_TRUE(records[2].contains("error"));
+    EXPECT_EQ(records[3].at("attributes").at("kMDItemDescription"), "Text é");
+    const Outcome errors = run("show --json " + files, "2>&1 >/dev/null");
+    EXPECT_TRUE(errors.output.starts_with("osa: " + missing + ": no such file\n")) << errors.output;
+    EXPECT_EQ(run("show " + quoted(script)).exitStatus, 0);
+    const Outcome list = run("show --plist " + quoted(script));
+    EXPECT_NE(list.output.find("<key>kMDItemDescription</key>"), std::string::npos) << list.output;
+}
+
+TEST_F(Command, RefusesWrongUsageWithStatusTwo) {
+    const std::string file = quoted(folder_.write("file", ""));
+    for (const std::string& arguments :
+         {std::string(), std::string("show"), std::string("nonsense"),
+          "show --json --plist " + file, "resources --raw " + file,
+          "resources --only TOOLONG:1 " + file, "resources --only :1 " + file}) {
+        EXPECT_EQ(run(arguments).exitStatus, 2) << arguments;
+    }
+    EXPECT_EQ(run("--help").exitStatus, 0);
+    EXPECT_EQ(run("show --importer " + file + " " + file).exitStatus, 1) << "a file is no plug-in";
+}
+
+TEST_F(Command, ExtractsTheSameBytesFromEveryContainer) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+    const std::string fork = samples::ResourceForkBuilder()
+                                 .add('TEXT', -7, bytes, "N\x8Ame")
+                                 .add(0xA9202020, 1, "")
+                                 .add('TEXT', 128, "other")
+                                 .text();
+    const std::string sideFile =
+        samples::appleDouble(samples::finderInfoBytes('osas', 'ToyS', 0), fork);
+    folder_.write("beside", "data");
+    folder_.write("._beside", sideFile);
+    folder_.write("flat.rsrc", fork);
+    folder_.write("handed over", sideFile);
+    for (const char* const name : {"beside", "._beside", "flat.rsrc", "handed over"}) {
+        SCOPED_TRACE(name);
+        const std::string file = quoted(folder_.path(name));
+        const Outcome raw = run("resources --only TEXT:-7 --raw " + file);
+        EXPECT_EQ(raw.exitStatus, 0);
+        EXPECT_EQ(raw.output, bytes);
+        const Outcome list = run("resources " + file);
+        EXPECT_NE(list.output.find("'TEXT'     -7        256 bytes  \"N\xC3\xA4me\""),
+                  std::string::npos)
+            << list.output;
+        EXPECT_NE(list.output.find("'\xC2\xA9   '      1          0 bytes"), std::string::npos);
+        EXPECT_EQ(run("resources --only '\xC2\xA9:1' --raw " + file).output, "");
+        EXPECT_EQ(run("resources --only TEXT --raw " + file).exitStatus, 1) << "two are meant";
+        EXPECT_EQ(run("resources --only none:1 --raw " + file).exitStatus, 1);
+    }
+    const Outcome plain = run("resources " + quoted(folder_.write("plain", "text")) + " " +
+                              quoted(folder_.path("flat.rsrc")));
+    EXPECT_EQ(plain.exitStatus, 1);
+    EXPECT_NE(plain.output.find("plain: has no resources\n"), std::string::npos) << plain.output;
+    EXPECT_NE(plain.output.find("'TEXT'    128"), std::string::npos)
+        << "the other file is still listed";
+}
+
+}  // namespace
+}  // namespace osa::test

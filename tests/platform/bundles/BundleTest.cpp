@@ -1,0 +1,169 @@
+// Bundles: layouts, package information, localised resources and values, and what leads out of
+// them.
+#include <CoreFoundation/CFBundle.h>
+#include <CoreFoundation/CFPlugIn.h>
+#include <CoreFoundation/CFRef.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "platform/cf/StringObject.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa::test {
+namespace {
+
+CFRef<CFURLRef> urlOf(const std::string& path) {
+    return CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
+        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
+        static_cast<CFIndex>(path.size()), true));
+}
+
+CFRef<CFBundleRef> bundleAt(const std::string& path) {
+    return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, urlOf(path).get()));
+}
+
+std::string pathOf(CFURLRef owned) {
+    const auto url = CFRef<CFURLRef>::Adopt(owned);
+    char path[4096];
+    if (!url) return "(none)";
+    CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(path), sizeof path);
+    return path;
+}
+
+std::string text(CFStringRef owned) {
+    return utf8Of(CFRef<CFStringRef>::Adopt(owned).get());
+}
+
+TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
+    struct Row {
+        const char* file;
+        const char* bundle;
+        const char* resources;
+    };
+    const Row rows[] = {
+        {"a/Contents/x", "a", "a/Contents/Resources"},
+        {"a/Support Files/x", "a", "a/Support Files/Resources"},
+        {"a/Info.plist", "a", "a"},
+        {"a/PkgInfo", "a", "a"},
+        {"a/Resources/Info.plist", "a", "a/Resources"},
+        {"a.scptd/x", "a.scptd", "a.scptd"},
+        {"a.app/Resources/x", "a.app", "a.app/Resources"},
+        {"a/Resources/x", "a", nullptr},
+        {"a.rtfd/TXT.rtf", "a.rtfd", nullptr},
+        {"a.app", "a.app", nullptr},
+        {"x", "missing.app", nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.file);
+        const TemporaryFolder folder;
+        folder.write(row.file, "");
+        const auto bundle = bundleAt(folder.path(row.bundle));
+        ASSERT_EQ(static_cast<bool>(bundle), row.resources != nullptr);
+        if (!bundle) continue;
+        EXPECT_EQ(pathOf(CFBundleCopyResourcesDirectoryURL(bundle.get())),
+                  folder.path(row.resources));
+        EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(row.bundle));
+    }
+}
+
+TEST(Bundle, TakesPackageInformationFromTheFirstPlaceThatHasIt) {
+    struct Row {
+        const char* name;
+        const char* packageInfo;
+        const char* information;
+        UInt32 type;
+        UInt32 creator;
+    };
+    const char* const plist =
+        "{ CFBundlePackageType = \"osas\"; CFBundleSignature = \"T\\U00f6yS\"; }";
+    const Row rows[] = {
+        {"a.app", "APPLaplt and more", plist, 'APPL', 'aplt'},
+        {"a.app", "APPLapl", plist, 'osas', 0x549A7953},
+        {"a.app", nullptr, "{ CFBundlePackageType = toolong; }", 'APPL', 0x3F3F3F3F},
+        {"a.framework", nullptr, nullptr, 'FMWK', 0x3F3F3F3F},
+        {"a.scptd", nullptr, "( not, a, dictionary )", 'BNDL', 0x3F3F3F3F},
+    };
+    for (const Row& row : rows) {
+        const TemporaryFolder folder;
+        const std::string contents = std::string(row.name) + "/Contents/";
+        folder.write(contents + "x", "");
+        if (row.packageInfo != nullptr) folder.write(contents + "PkgInfo", row.packageInfo);
+        if (row.information != nullptr) folder.write(contents + "Info.plist", row.information);
+        UInt32 type = 0;
+        UInt32 creator = 0;
+        CFBundleGetPackageInfo(bundleAt(folder.path(row.name)).get(), &type, &creator);
+        EXPECT_EQ(type, row.type) << row.name;
+        EXPECT_EQ(creator, row.creator) << row.name;
+    }
+}
+
+TEST(Bundle, PrefersTheUsersLanguageThenTheRegionAndNeverLeavesItself) {
+    const TemporaryFolder folder;
+    const std::string resources = "b.app/Contents/Resources/";
+    folder.write("secret.rtf", "");
+    folder.write("b.app/Contents/Info.plist",
+                 "{ CFBundleName = Plain; CFBundleDevelopmentRegion = French; Other = here; }");
+    folder.write(resources + "everywhere.rtf", "");
+    for (const char* const language : {"de", "French", "English"}) {
+        const std::string lproj = resources + language + ".lproj/";
+        folder.write(lproj + "everywhere.rtf", "");
+        folder.write(lproj + "InfoPlist.strings",
+                     std::string("CFBundleName = \"") + language + "\";");
+        folder.write(lproj + "Localizable.strings",
+                     std::string("greeting = \"") + language + "\";");
+    }
+    folder.write(resources + "French.lproj/only.rtf", "");
+    setenv("LANGUAGE", "tlh:de_AT.UTF-8", 1);
+    const auto bundle = bundleAt(folder.path("b.app"));
+    const auto find = [&](CFStringRef name) {
+        return pathOf(CFBundleCopyResourceURL(bundle.get(), name, CFSTR("rtf"), nullptr));
+    };
+    EXPECT_EQ(find(CFSTR("everywhere")), folder.path(resources + "everywhere.rtf"));
+    EXPECT_EQ(find(CFSTR("only")), folder.path(resources + "French.lproj/only.rtf"));
+    EXPECT_EQ(find(CFSTR("../../../secret")), "(none)");
+    EXPECT_TRUE(
+        CFEqual(CFBundleGetValueForInfoDictionaryKey(bundle.get(), kCFBundleNameKey), CFSTR("de")));
+    EXPECT_TRUE(
+        CFEqual(CFBundleGetValueForInfoDictionaryKey(bundle.get(), CFSTR("Other")), CFSTR("here")));
+    const auto localized = [&](CFStringRef key, CFStringRef value, CFStringRef table) {
+        return text(CFBundleCopyLocalizedString(bundle.get(), key, value, table));
+    };
+    EXPECT_EQ(localized(CFSTR("greeting"), nullptr, nullptr), "de");
+    EXPECT_EQ(localized(CFSTR("missing"), CFSTR("value"), nullptr), "value");
+    EXPECT_EQ(localized(CFSTR("missing"), nullptr, CFSTR("NoTable")), "missing");
+    unsetenv("LANGUAGE");
+}
+
+TEST(PlugIn, RegistersItsFactoriesForAsLongAsItLives) {
+    const TemporaryFolder folder;
+    const std::string contents = "p.bundle/Contents/";
+    folder.write(contents + "Info.plist",
+                 "{ CFBundleExecutable = none; CFPlugInFactories = {"
+                 "\"00000000-0000-0000-0000-000000000001\" = make; nonsense = make; };"
+                 "CFPlugInTypes = { \"00000000-0000-0000-0000-00000000000A\" ="
+                 "( \"00000000-0000-0000-0000-000000000001\", nonsense ); }; }");
+    folder.write("plain.bundle/Contents/Info.plist", "{}");
+    EXPECT_EQ(CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("plain.bundle")).get()),
+              nullptr);
+    const auto plugIn = CFRef<CFPlugInRef>::Adopt(
+        CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("p.bundle")).get()));
+    ASSERT_TRUE(plugIn);
+    const auto type = CFRef<CFUUIDRef>::Adopt(
+        CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("00000000-0000-0000-0000-00000000000a")));
+    const auto factories = CFRef<CFArrayRef>::Adopt(
+        CFPlugInFindFactoriesForPlugInTypeInPlugIn(type.get(), plugIn.get()));
+    ASSERT_EQ(CFArrayGetCount(factories.get()), 1);
+    const auto factory = static_cast<CFUUIDRef>(CFArrayGetValueAtIndex(factories.get(), 0));
+    EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, factory, type.get()), nullptr)
+        << "its program is not there";
+    const CFIndex before = CFGetRetainCount(plugIn.get());
+    CFPlugInAddInstanceForFactory(factory);
+    EXPECT_EQ(CFGetRetainCount(plugIn.get()), before + 1);
+    CFPlugInRemoveInstanceForFactory(factory);
+    CFPlugInRemoveInstanceForFactory(type.get());
+    EXPECT_EQ(CFGetRetainCount(plugIn.get()), before);
+}
+
+}  // namespace
+}  // namespace osa::test
