@@ -4,8 +4,8 @@
 #include <OSA/ResourceListing.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/ResourceForkBuilder.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa {
 namespace {
@@ -22,7 +22,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
     ByteWriter compressed;
     compressed.u32(0xA89F6572).u16(18).u16(0x0801).u32(3).u32(0).u16(0).text("\x02zzz!\xFF");
     const std::string packed = compressed.takeText();
-    test::ResourceForkBuilder builder;
+    test::samples::ResourceForkBuilder builder;
     const std::string fork = builder.add(FourCC("TEXT"), -5, "hello", "Name")
                                  .add(FourCC("CODE"), 7, packed, nullptr, 1)
                                  .text();
