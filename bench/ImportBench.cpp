@@ -1,7 +1,6 @@
-// Imports 2,000 pairs of a small script and its side file through the plug-in in one process, against a loop
-// that only opens, asks, reads and closes both files of each pair; prints CPU time as a ratio, and the
-// system calls a file that each makes.
-// Usage: osa-bench-import [PAIRS]
+// Imports 2,000 pairs of a small script and its side file through the plug-in in one process,
+// against a loop that only opens, asks, reads and closes both files of each pair; prints CPU time
+// as a ratio, and the system calls a file that each makes. Usage: osa-bench-import [PAIRS]
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFRef.h>
 #include <fcntl.h>
@@ -69,7 +68,8 @@ void floorLoop(const std::vector<Pair>& pairs, std::size_t count) {
     }
 }
 
-void importLoop(osa::service::ImporterHost& host, const std::vector<Pair>& pairs, std::size_t count) {
+void importLoop(osa::service::ImporterHost& host, const std::vector<Pair>& pairs,
+                std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         const auto attributes = osa::service::ImporterHost::makeAttributes();
         if (!host.callImporter(pairs[i].file, attributes.get())) std::abort();
@@ -100,8 +100,8 @@ long countSystemCalls(const std::function<void()>& work) {
     waitpid(child, &status, 0);
     if (!WIFSTOPPED(status)) return -1;
     long stops = 0;
-    while (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) == 0 && waitpid(child, &status, 0) == child &&
-           WIFSTOPPED(status)) {
+    while (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) == 0 &&
+           waitpid(child, &status, 0) == child && WIFSTOPPED(status)) {
         ++stops;
     }
     return stops / 2;  // a stop when a call begins and one when it ends
@@ -130,14 +130,15 @@ int main(int argc, char** argv) {
     double import = 1e9;
     for (int round = 0; round < kRounds; ++round) {
         floor = std::min(floor, cpuSeconds([&] { floorLoop(pairs, pairs.size()); }));
-        import = std::min(import, cpuSeconds([&] { importLoop(*host, pairs, pairs.size()); }));
-    }
-    std::printf("%d pairs, best of %d rounds, CPU time a file: floor %.2f us, import %.2f us\n", count,
-                kRounds, floor / count * 1e6, import / count * 1e6);
-    std::printf("ratio: %.2f\n", import / floor);
-    std::printf("system calls a file: floor %.1f, import %.1f\n",
-                callsPerFile([&](std::size_t files) { floorLoop(pairs, files); }),
-                callsPerFile([&](std::size_t files) { importLoop(*host, pairs, files); }));
-    fs::remove_all(folder);
-    return 0;
+        import = std::min(import, cpuSeconds([&] { importLoop(*host, pairs, pairs.size());
+    }));
+}
+std::printf("%d pairs, best of %d rounds, CPU time a file: floor %.2f us, import %.2f us\n", count,
+            kRounds, floor / count * 1e6, import / count * 1e6);
+std::printf("ratio: %.2f\n", import / floor);
+std::printf("system calls a file: floor %.1f, import %.1f\n",
+            callsPerFile([&](std::size_t files) { floorLoop(pairs, files); }),
+            callsPerFile([&](std::size_t files) { importLoop(*host, pairs, files); }));
+fs::remove_all(folder);
+return 0;
 }

@@ -99,9 +99,12 @@ Json dictionaryValue(CFTypeRef value) {
 Json jsonValue(CFTypeRef value) {
     if (value == nullptr) return nullptr;
     static const std::map<CFTypeID, Json (*)(CFTypeRef)> conversions = {
-        {CFStringGetTypeID(), stringValue},   {CFBooleanGetTypeID(), booleanValue},
-        {CFNumberGetTypeID(), numberValue},   {CFDateGetTypeID(), dateValue},
-        {CFDataGetTypeID(), dataValue},       {CFArrayGetTypeID(), arrayValue},
+        {CFStringGetTypeID(), stringValue},
+        {CFBooleanGetTypeID(), booleanValue},
+        {CFNumberGetTypeID(), numberValue},
+        {CFDateGetTypeID(), dateValue},
+        {CFDataGetTypeID(), dataValue},
+        {CFArrayGetTypeID(), arrayValue},
         {CFDictionaryGetTypeID(), dictionaryValue},
     };
     const auto conversion = conversions.find(CFGetTypeID(value));

@@ -41,8 +41,8 @@ std::string quoted(const std::string& text) {
 std::vector<Line> recordLines(const service::ImportRecord& record) {
     std::vector<Line> lines;
     if (record.kind) {
-        lines.push_back({"kind", std::to_string(*record.kind) + " (" +
-                                     service::kindName(*record.kind) + ")"});
+        lines.push_back(
+            {"kind", std::to_string(*record.kind) + " (" + service::kindName(*record.kind) + ")"});
     }
     if (!record.error.empty()) {
         lines.push_back({"error", record.error});
@@ -56,9 +56,9 @@ std::vector<Line> recordLines(const service::ImportRecord& record) {
 }
 
 CFRef<CFTypeRef> makeString(const std::string& utf8) {
-    return CFRef<CFTypeRef>::Adopt(CFStringCreateWithBytes(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-        static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
+    return CFRef<CFTypeRef>::Adopt(
+        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
+                                static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
 }
 
 void setValue(CFMutableDictionaryRef dictionary, CFStringRef key, const CFRef<CFTypeRef>& value) {
@@ -78,8 +78,8 @@ std::string recordAsText(const service::ImportRecord& record) {
     std::ostringstream text;
     text << toValidUTF8(record.path) << '\n';
     for (const Line& line : lines) {
-        text << "    " << line.key << std::string(width - line.key.size(), ' ') << " = " << line.value
-             << '\n';
+        text << "    " << line.key << std::string(width - line.key.size(), ' ') << " = "
+             << line.value << '\n';
     }
     return text.str();
 }

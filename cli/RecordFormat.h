@@ -16,8 +16,8 @@ std::string toUTF8(CFStringRef string);
 /// `bytes` with whatever is not UTF-8 replaced by U+FFFD.
 std::string toValidUTF8(const std::string& bytes);
 
-/// One line of JSON without its newline: path, kind, kindName, imported, attributes, log, error. Data is
-/// base64, dates are ISO 8601 in UTC.
+/// One line of JSON without its newline: path, kind, kindName, imported, attributes, log, error.
+/// Data is base64, dates are ISO 8601 in UTC.
 std::string recordAsJson(const service::ImportRecord& record);
 
 /// Aligned "key = value" lines for people.

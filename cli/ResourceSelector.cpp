@@ -20,9 +20,9 @@ std::optional<SInt16> parseID(std::string_view text) {
 }
 
 std::optional<ResType> parseType(std::string_view utf8) {
-    const auto string = CFRef<CFStringRef>::Adopt(CFStringCreateWithBytes(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-        static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
+    const auto string = CFRef<CFStringRef>::Adopt(
+        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
+                                static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
     std::array<unsigned char, 6> pascal{};
     if (!string || !CFStringGetPascalString(string.get(), pascal.data(), pascal.size(),
                                             kCFStringEncodingMacRoman)) {

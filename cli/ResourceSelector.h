@@ -18,9 +18,9 @@ struct ResourceSelector {
     }
 };
 
-/// A type of up to four Mac Roman characters (in UTF-8, padded with blanks) and perhaps ":" and a number.
-/// A type may hold a colon itself: what follows the last one counts as an id when it is a number. Nothing
-/// when the text is neither.
+/// A type of up to four Mac Roman characters (in UTF-8, padded with blanks) and perhaps ":" and a
+/// number. A type may hold a colon itself: what follows the last one counts as an id when it is a
+/// number. Nothing when the text is neither.
 std::optional<ResourceSelector> parseResourceSelector(std::string_view text);
 
 /// The four Mac Roman characters of a type in UTF-8, controls as dots.

@@ -64,7 +64,8 @@ std::string attributeNames(UInt8 attributes) {
                                                    {0x01, "compressed"}}};
     std::string text;
     for (const Name& each : names) {
-        if ((attributes & each.bit) != 0) text += (text.empty() ? "" : ", ") + std::string(each.name);
+        if ((attributes & each.bit) != 0)
+            text += (text.empty() ? "" : ", ") + std::string(each.name);
     }
     return text;
 }
@@ -141,7 +142,8 @@ int resources(const ResourcesOptions& options) {
 void addResourcesCommand(CLI::App& program, int& exitStatus) {
     auto options = std::make_shared<ResourcesOptions>();
     CLI::App* const command = program.add_subcommand(
-        "resources", "List the resources of files, also of forks and containers handed over directly");
+        "resources",
+        "List the resources of files, also of forks and containers handed over directly");
     CLI::Option* const only =
         command->add_option("--only", options->only, "Only this type, or this resource of it");
     only->type_name("TYPE[:ID]");

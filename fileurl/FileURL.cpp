@@ -20,9 +20,9 @@ std::vector<UInt8> DescData(const AEDesc* desc) {
 }
 
 CFURLRef CreateFromURLText(CFAllocatorRef allocator, const std::vector<UInt8>& units) {
-    const auto text = CFRef<CFStringRef>::Adopt(CFStringCreateWithCharacters(
-        allocator, reinterpret_cast<const UniChar*>(units.data()),
-        static_cast<CFIndex>(units.size() / sizeof(UniChar))));
+    const auto text = CFRef<CFStringRef>::Adopt(
+        CFStringCreateWithCharacters(allocator, reinterpret_cast<const UniChar*>(units.data()),
+                                     static_cast<CFIndex>(units.size() / sizeof(UniChar))));
     if (!text) return nullptr;
     if (const CFURLRef url = CFURLCreateWithString(allocator, text.get(), nullptr)) return url;
     const auto escaped = CFRef<CFStringRef>::Adopt(CFURLCreateStringByAddingPercentEscapes(
@@ -73,7 +73,8 @@ OSStatus FURLCreateFromParentAndName(CFAllocatorRef allocator, const FSRef* pare
     const auto folder = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(allocator, parent));
     // A slash in a file's name is a colon in a path.
     HFSUniStr255 component = *name;
-    std::replace(component.unicode, component.unicode + component.length, UniChar{'/'}, UniChar{':'});
+    std::replace(component.unicode, component.unicode + component.length, UniChar{'/'},
+                 UniChar{':'});
     const auto leaf = CFRef<CFStringRef>::Adopt(
         CFStringCreateWithCharacters(allocator, component.unicode, component.length));
     if (folder && leaf) {

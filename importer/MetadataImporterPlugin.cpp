@@ -28,8 +28,8 @@ MetadataImporterPluginType* AsInstance(void* instance) {
 }  // namespace
 
 MetadataImporterPluginType* AllocMetadataImporterPluginType(CFUUIDRef factoryID) {
-    auto* const instance = static_cast<MetadataImporterPluginType*>(
-        std::malloc(sizeof(MetadataImporterPluginType)));
+    auto* const instance =
+        static_cast<MetadataImporterPluginType*>(std::malloc(sizeof(MetadataImporterPluginType)));
     if (instance == nullptr) return nullptr;
     *instance = {&testInterfaceFtbl, nullptr, 0};
     if (factoryID != nullptr) {

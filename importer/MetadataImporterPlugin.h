@@ -7,9 +7,9 @@
 
 #include "importer/MetadataImporter.h"
 
-/// One instance; a pointer to it is the interface pointer that is handed out. Made with malloc, freed by
-/// its last Release. The count is a plain number: the service takes and drops references on one thread at
-/// a time.
+/// One instance; a pointer to it is the interface pointer that is handed out. Made with malloc,
+/// freed by its last Release. The count is a plain number: the service takes and drops references
+/// on one thread at a time.
 struct MetadataImporterPluginType {
     const MDImporterInterfaceStruct* conduitInterface;
     CFUUIDRef factoryID;  ///< retained, may be null
@@ -20,7 +20,8 @@ struct MetadataImporterPluginType {
 /// kMDImporterTypeID.
 OSA_IMPORTER_EXPORT void* MetadataImporterPluginFactory(CFAllocatorRef allocator, CFUUIDRef typeID);
 /// A new instance with one reference; retains `factoryID` and registers with it unless it is null.
-OSA_IMPORTER_EXPORT MetadataImporterPluginType* AllocMetadataImporterPluginType(CFUUIDRef factoryID);
+OSA_IMPORTER_EXPORT MetadataImporterPluginType* AllocMetadataImporterPluginType(
+    CFUUIDRef factoryID);
 /// Frees the instance, then unregisters it.
 OSA_IMPORTER_EXPORT void DeallocMetadataImporterPluginType(MetadataImporterPluginType* instance);
 /// The importer interface and IUnknown are the same pointer. E_NOINTERFACE and null for any other.

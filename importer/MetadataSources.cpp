@@ -19,8 +19,8 @@ constexpr SInt16 kArchiveID = 128;
 
 /// Sets `key` to the text of a 'TEXT' resource, which is Mac Roman whatever the system's encoding.
 void SetText(CFMutableDictionaryRef attributes, CFStringRef key, Handle text) {
-    const SCoreFoundation<CFStringRef> string(ToCFString(
-        *text, static_cast<UInt32>(GetHandleSize(text)), kCFStringEncodingMacRoman));
+    const SCoreFoundation<CFStringRef> string(
+        ToCFString(*text, static_cast<UInt32>(GetHandleSize(text)), kCFStringEncodingMacRoman));
     CFDictionarySetValue(attributes, key, string);
 }
 

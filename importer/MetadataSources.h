@@ -7,12 +7,12 @@
 
 #include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
 
-/// Compiled scripts and applets: resources 'TEXT' 1128 and 2000, and the archive 'CWst' 128, which goes
-/// before both.
+/// Compiled scripts and applets: resources 'TEXT' 1128 and 2000, and the archive 'CWst' 128, which
+/// goes before both.
 void ImportResourceScript(const CFileSpec& spec, CFMutableDictionaryRef attributes);
 
-/// Script bundles and bundle applets: the rich-text description, the saved copy of the source and the
-/// editor's list file, which goes before both.
+/// Script bundles and bundle applets: the rich-text description, the saved copy of the source and
+/// the editor's list file, which goes before both.
 void ImportBundleScript(CFURLRef itemURL, CFMutableDictionaryRef attributes);
 
 /// Text scripts: resource 'TEXT' 1128 and the editor's list file.

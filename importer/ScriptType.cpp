@@ -49,7 +49,9 @@ bool EndsInTrailer(const FSRef& ref) {
 
 bool HoldsMainScript(const CFileSpec& spec) {
     const SCoreFoundation<CFBundleRef> bundle = spec.GetBundle();
-    FailNIL(bundle);
+    // Most scripts are files: an answer, where throwing it would cost as much as the rest of the
+    // import.
+    if (bundle == nullptr) return false;
     const SCoreFoundation<CFURLRef> resources(CFBundleCopyResourcesDirectoryURL(bundle));
     FailNIL(resources);
     const SCoreFoundation<CFURLRef> script(CFURLCreateWithFileSystemPathRelativeToBase(
@@ -61,8 +63,8 @@ bool HoldsMainScript(const CFileSpec& spec) {
 bool HoldsAppletSettings(const CFileSpec& spec) {
     CScriptResFile file(spec);
     file.Open(fsRdPerm);
-    // The script is asked for and its answer dropped: an applet whose resources cannot be looked up at all
-    // is no Carbon applet, whatever 'plst' would say.
+    // The script is asked for and its answer dropped: an applet whose resources cannot be looked up
+    // at all is no Carbon applet, whatever 'plst' would say.
     if (!file.ResourceExists('scpt', kOldScriptID)) {
         static_cast<void>(file.ResourceExists('scpt', kScriptID));
     }
@@ -114,7 +116,8 @@ ScriptType GetScriptType(const CFileSpec& spec) {
 }
 
 bool IsDataForkScript(const CFileSpec& spec) {
-    return FalseOnFailure([](const CFileSpec& item) { return EndsInTrailer(item.GetFSRef()); }, spec);
+    return FalseOnFailure([](const CFileSpec& item) { return EndsInTrailer(item.GetFSRef()); },
+                          spec);
 }
 
 bool IsBundleScript(const CFileSpec& spec) {

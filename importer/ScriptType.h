@@ -21,8 +21,8 @@ enum : ScriptType {
 };
 // clang-format on
 
-/// The kind. Throws the status of reading the item's type and creator: fnfErr for a missing item and for a
-/// folder that is no bundle.
+/// The kind. Throws the status of reading the item's type and creator: fnfErr for a missing item
+/// and for a folder that is no bundle.
 ScriptType GetScriptType(const CFileSpec& spec);
 
 // The tests behind it. None throws: what cannot be looked at answers false.

@@ -17,9 +17,9 @@ namespace {
 constexpr char kBundleName[] = "OSAImporter.mdimporter";
 
 CFRef<CFStringRef> makeString(const std::string& utf8) {
-    return CFRef<CFStringRef>::Adopt(CFStringCreateWithBytes(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-        static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
+    return CFRef<CFStringRef>::Adopt(
+        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
+                                static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
 }
 
 CFRef<CFURLRef> makeURL(CFStringRef path) {
@@ -67,17 +67,18 @@ void classify(CFURLRef url, ImportRecord& record) {
 
 const char* kindName(std::uint32_t kind) {
     static constexpr const char* names[] = {
-        "kScriptTypeText",         "kScriptTypeDataForkScript", "kScriptTypeResourceScript",
-        "kScriptTypeBundleScript", "kScriptTypeCarbonApplet",   "kScriptTypeBundleApplet",
-        "kScriptTypeClassicApplet", "kScriptTypeExcluded",      "kScriptTypeUnknown"};
+        "kScriptTypeText",          "kScriptTypeDataForkScript", "kScriptTypeResourceScript",
+        "kScriptTypeBundleScript",  "kScriptTypeCarbonApplet",   "kScriptTypeBundleApplet",
+        "kScriptTypeClassicApplet", "kScriptTypeExcluded",       "kScriptTypeUnknown"};
     return kind >= 1 && kind <= std::size(names) ? names[kind - 1] : "";
 }
 
-std::unique_ptr<ImporterHost> ImporterHost::load(const std::string& bundlePath, std::string& reason) {
+std::unique_ptr<ImporterHost> ImporterHost::load(const std::string& bundlePath,
+                                                 std::string& reason) {
     const auto path = makeString(bundlePath);
     const auto url = path ? makeURL(path.get()) : CFRef<CFURLRef>();
-    auto plugIn = CFRef<CFPlugInRef>::Adopt(
-        url ? CFPlugInCreate(kCFAllocatorDefault, url.get()) : nullptr);
+    auto plugIn =
+        CFRef<CFPlugInRef>::Adopt(url ? CFPlugInCreate(kCFAllocatorDefault, url.get()) : nullptr);
     if (!plugIn) {
         reason = "is no plug-in bundle";
         return nullptr;
@@ -101,8 +102,8 @@ CFRef<CFMutableDictionaryRef> ImporterHost::makeAttributes() {
 
 bool ImporterHost::callImporter(const std::string& path, CFMutableDictionaryRef attributes) const {
     const auto pathString = makeString(path);
-    return pathString && (*importer_)->ImporterImportData(importer_, attributes, nullptr,
-                                                          pathString.get()) != 0;
+    return pathString &&
+           (*importer_)->ImporterImportData(importer_, attributes, nullptr, pathString.get()) != 0;
 }
 
 ImportRecord ImporterHost::import(const std::string& path) {

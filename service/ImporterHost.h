@@ -32,7 +32,8 @@ struct ImportRecord {
 /// The published name of a kind, for example "kScriptTypeText".
 const char* kindName(std::uint32_t kind);
 
-/// One loaded plug-in. Not for several threads at once: what the importer logs is told apart by time.
+/// One loaded plug-in. Not for several threads at once: what the importer logs is told apart by
+/// time.
 class ImporterHost {
   public:
     /// Loads the bundle at `bundlePath`; null with a reason when it is no importer plug-in.
@@ -43,8 +44,9 @@ class ImporterHost {
 
     ImportRecord import(const std::string& path);
 
-    /// The bare call of the importer: its result, false for a path that is not UTF-8 too. What it logs goes
-    /// to the standard error stream. May be called on several threads at once for different files.
+    /// The bare call of the importer: its result, false for a path that is not UTF-8 too. What it
+    /// logs goes to the standard error stream. May be called on several threads at once for
+    /// different files.
     bool callImporter(const std::string& path, CFMutableDictionaryRef attributes) const;
     /// An empty dictionary to be filled.
     static CFRef<CFMutableDictionaryRef> makeAttributes();

@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t kMaxCaught = 64 * 1024;
 
-/// One file for the whole process, rewound for each capture: making one a call would cost more than reading
-/// the file that it is about.
+/// One file for the whole process, rewound for each capture: making one a call would cost more than
+/// reading the file that it is about.
 int captureFile() {
     static const int file = memfd_create("osa-log", MFD_CLOEXEC);
     return file;

@@ -8,13 +8,15 @@ namespace osa::service {
 
 class StderrCapture {
   public:
-    /// Without effect when the system gives no file to catch into: output then goes where it always went.
+    /// Without effect when the system gives no file to catch into: output then goes where it always
+    /// went.
     StderrCapture();
     StderrCapture(const StderrCapture&) = delete;
     StderrCapture& operator=(const StderrCapture&) = delete;
     ~StderrCapture();
 
-    /// Ends the capture and gives the lines caught, without their newlines; at most the first 64 KiB.
+    /// Ends the capture and gives the lines caught, without their newlines; at most the first 64
+    /// KiB.
     std::vector<std::string> finish();
 
   private:

@@ -1,6 +1,5 @@
-// osa-examples: writes the example scripts of a folder of descriptions to disk in one folder, and prints
-// the path of each.
-// Usage: osa-examples OUTPUT [DESCRIPTIONS]
+// osa-examples: writes the example scripts of a folder of descriptions to disk in one folder, and
+// prints the path of each. Usage: osa-examples OUTPUT [DESCRIPTIONS]
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// CFile: the base of the file objects. It names one file, which may or may not exist yet, and answers and
-// does what needs no open file.
+// CFile: the base of the file objects. It names one file, which may or may not exist yet, and
+// answers and does what needs no open file.
 #pragma once
 
 #include <CoreServices/Aliases.h>
@@ -13,8 +13,9 @@
 #include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 
-/// The identity is a descriptor: empty, 'fsrf' (an existing object) or 'furl' (a folder and a leaf name,
-/// for a file that need not exist). Misuse is asserted, platform failures are thrown as OSStatus.
+/// The identity is a descriptor: empty, 'fsrf' (an existing object) or 'furl' (a folder and a leaf
+/// name, for a file that need not exist). Misuse is asserted, platform failures are thrown as
+/// OSStatus.
 ///
 /// The virtual operations stand in slot order, destructor first: derived classes and callers from
 /// elsewhere depend on it.
@@ -37,12 +38,12 @@ class CFile {
     virtual void Specify(const CFileSpec& folder, CFStringRef theName, bool interactive);
     virtual void Specify(const CFileSpec& folder, const HFSUniStr255& name, bool interactive);
     virtual void Specify(const CFileSpec& folder, const TCLString& name, bool interactive);
-    /// A copy of a descriptor of any type. Alias resolution may interact afterwards, whatever the Boolean
-    /// says.
+    /// A copy of a descriptor of any type. Alias resolution may interact afterwards, whatever the
+    /// Boolean says.
     virtual void Specify(const CAEDescReader& desc, bool interactive);
     /// In a folder of the Folder Manager, which is made when it is missing.
-    virtual void SpecifyInKnownFolder(FSVolumeRefNum vRefNum, OSType folderType, const TCLString& name,
-                                      bool interactive);
+    virtual void SpecifyInKnownFolder(FSVolumeRefNum vRefNum, OSType folderType,
+                                      const TCLString& name, bool interactive);
     virtual void SpecifyInKnownFolder(FSVolumeRefNum vRefNum, OSType folderType,
                                       const HFSUniStr255& name, bool interactive);
     virtual void SpecifyInKnownFolder(FSVolumeRefNum vRefNum, OSType folderType, CFStringRef name,
@@ -52,8 +53,9 @@ class CFile {
     virtual void SpecifyTempFile(FSVolumeRefNum vRefNum, const HFSUniStr255& name);
     virtual void SpecifyTempFile(FSVolumeRefNum vRefNum, CFStringRef name);
 
-    /// Follows a Finder alias or symbolic link, once for an identity, and takes the target as identity.
-    /// paramErr when that is a folder: the identity has moved to it then, but stays unresolved.
+    /// Follows a Finder alias or symbolic link, once for an identity, and takes the target as
+    /// identity. paramErr when that is a folder: the identity has moved to it then, but stays
+    /// unresolved.
     virtual void ResolveFileAlias();
     virtual void ResolveFileAlias(bool interactive);
 
@@ -96,8 +98,9 @@ class CFile {
     virtual UTCDateTime GetModificationDate() const;
     virtual UTCDateTime GetCreationDate() const;
 
-    // --- Changing the file. The File Manager underneath reads only in this version: the next five throw
-    // unimpErr after their assertions, and so does SetMacFileInfo when it would change something.
+    // --- Changing the file. The File Manager underneath reads only in this version: the next five
+    // throw unimpErr after their assertions, and so does SetMacFileInfo when it would change
+    // something.
 
     virtual void CreateNew(OSType creator, OSType fileType);
     virtual void ThrowOut();

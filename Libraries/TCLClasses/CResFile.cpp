@@ -20,8 +20,7 @@ ResFileRefNum OpenDataFork(const FSRef& ref) {
     HFSUniStr255 name;
     FailOSErr(FSGetDataForkName(&name));
     ResFileRefNum refNum = kNotOpened;
-    const OSErr status =
-        FSOpenResourceFile(&ref, name.length, name.unicode, fsRdPerm, &refNum);
+    const OSErr status = FSOpenResourceFile(&ref, name.length, name.unicode, fsRdPerm, &refNum);
     return status == noErr ? refNum : kNotOpened;
 }
 
@@ -92,8 +91,8 @@ bool CResFile::HasResFork() {
     if (!ExistsOnDisk()) return false;
     const CFileSpec spec = GetFileSpec();
     FSCatalogInfo info;
-    const OSStatus status = FSGetCatalogInfo(&spec.GetFSRef(), kFSCatInfoRsrcSizes, &info, nullptr,
-                                             nullptr, nullptr);
+    const OSStatus status =
+        FSGetCatalogInfo(&spec.GetFSRef(), kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr);
     if (status != fnfErr) {
         FailOSErr(status);
         return info.rsrcLogicalSize != 0;

@@ -1,5 +1,5 @@
-// CResFile: the file object for resources, wherever a file keeps them: in the resource fork, in a map in
-// the data fork, or in the resource map of a bundle.
+// CResFile: the file object for resources, wherever a file keeps them: in the resource fork, in a
+// map in the data fork, or in the resource map of a bundle.
 #pragma once
 
 #include <CoreFoundation/CFBundle.h>
@@ -7,10 +7,10 @@
 
 #include "Libraries/TCLClasses/CFile.h"
 
-/// Every resource operation makes the file the thread's current resource file for its own duration and
-/// puts the caller's back, also when it throws; it looks in this file alone. All of them assert
-/// "IsOpen()". A missing resource is answered with null or false; any other error of the Resource Manager
-/// is thrown.
+/// Every resource operation makes the file the thread's current resource file for its own duration
+/// and puts the caller's back, also when it throws; it looks in this file alone. All of them assert
+/// "IsOpen()". A missing resource is answered with null or false; any other error of the Resource
+/// Manager is thrown.
 class CResFile : public CFile {
   public:
     CResFile();
@@ -18,8 +18,9 @@ class CResFile : public CFile {
 
     using CFile::CreateNew;
 
-    /// Asserts "!IsOpen()" and "!mFileDesc.Empty()". Follows an alias where it can. fnfErr when the file has
-    /// resources nowhere. A map in the data fork is opened read-only whatever `permission` asks.
+    /// Asserts "!IsOpen()" and "!mFileDesc.Empty()". Follows an alias where it can. fnfErr when the
+    /// file has resources nowhere. A map in the data fork is opened read-only whatever `permission`
+    /// asks.
     void Open(SInt8 permission) override;
     void Close() override;
     bool IsOpen() const override;
@@ -32,8 +33,8 @@ class CResFile : public CFile {
     virtual bool HasResFork();
     virtual void CreateNewDataFork(OSType creator, OSType fileType);
 
-    // --- Writing. The Resource Manager underneath reads only in this version: these five, CreateNew and
-    // CreateNewDataFork throw unimpErr after their assertions.
+    // --- Writing. The Resource Manager underneath reads only in this version: these five,
+    // CreateNew and CreateNewDataFork throw unimpErr after their assertions.
 
     virtual void Update();
     virtual void StoreData(ResType type, SInt16 id, const char* data, Size size,
@@ -55,10 +56,12 @@ class CResFile : public CFile {
     virtual void RetrieveData(ResType type, unsigned char* name, char* data, Size size, SInt16* id,
                               SInt32* attributes);
     /// A handle that the caller owns and gives back with DisposeAHandle; null when missing.
-    virtual Handle RetrieveResource(ResType type, SInt16 id, unsigned char* name, SInt16* attributes);
-    virtual Handle RetrieveResource(ResType type, unsigned char* name, SInt16* id, SInt16* attributes);
-    /// The Resource Manager's own handle, not loaded: it dies with the file, and a later ResourceExists for
-    /// the same resource releases it.
+    virtual Handle RetrieveResource(ResType type, SInt16 id, unsigned char* name,
+                                    SInt16* attributes);
+    virtual Handle RetrieveResource(ResType type, unsigned char* name, SInt16* id,
+                                    SInt16* attributes);
+    /// The Resource Manager's own handle, not loaded: it dies with the file, and a later
+    /// ResourceExists for the same resource releases it.
     virtual Handle RetrieveEmptyResource(ResType type, SInt16 id);
     virtual Handle RetrieveEmptyResource(ResType type, unsigned char* name);
 

@@ -129,11 +129,13 @@ void CResFile::RetrieveData(ResType type, unsigned char* name, char* data, Size 
     RetrieveInto(*this, type, name, data, size, {nullptr, id, attributes});
 }
 
-Handle CResFile::RetrieveResource(ResType type, SInt16 id, unsigned char* name, SInt16* attributes) {
+Handle CResFile::RetrieveResource(ResType type, SInt16 id, unsigned char* name,
+                                  SInt16* attributes) {
     return Retrieve(*this, type, id, {name, nullptr, attributes});
 }
 
-Handle CResFile::RetrieveResource(ResType type, unsigned char* name, SInt16* id, SInt16* attributes) {
+Handle CResFile::RetrieveResource(ResType type, unsigned char* name, SInt16* id,
+                                  SInt16* attributes) {
     return Retrieve(*this, type, name, {nullptr, id, attributes});
 }
 

@@ -1,5 +1,5 @@
-// What the parts of CResFile share: the unit's name in assertions, and the two states that every operation
-// puts back.
+// What the parts of CResFile share: the unit's name in assertions, and the two states that every
+// operation puts back.
 #pragma once
 
 #include <CoreServices/Resources.h>

@@ -12,8 +12,8 @@ constexpr const char* kUnit = kCResFileUnit;
 
 }  // namespace
 
-// The platform's Resource Manager writes nothing in this version: each operation checks its arguments as it
-// will, then says so.
+// The platform's Resource Manager writes nothing in this version: each operation checks its
+// arguments as it will, then says so.
 
 void CResFile::CreateNew(OSType /*creator*/, OSType /*fileType*/) {
     TB_ASSERT(kUnit, !IsOpen());

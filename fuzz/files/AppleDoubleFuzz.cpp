@@ -1,7 +1,7 @@
 // Everything a side file can be asked for.
 #include <cstdlib>
 
-#include "platform/files/AppleDouble.h"
+#include "platform/files/formats/AppleDouble.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace osa;

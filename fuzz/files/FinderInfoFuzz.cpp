@@ -1,6 +1,6 @@
 // Finder information as servers keep it in attributes: records of their own, or a whole header.
-#include "platform/files/AfpInfo.h"
-#include "platform/files/AppleDouble.h"
+#include "platform/files/formats/AfpInfo.h"
+#include "platform/files/formats/AppleDouble.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace osa;

@@ -6,7 +6,7 @@
 
 #include "platform/aliases/AliasTarget.h"
 #include "platform/base/FourCC.h"
-#include "platform/files/ForkProbe.h"
+#include "platform/files/stores/ForkProbe.h"
 #include "platform/resources/ResourceFork.h"
 
 namespace osa {

@@ -1,9 +1,9 @@
 // The one bounds-checked reader through which every parser of outside bytes goes.
 //
-// A reader is a view; it owns nothing and must not outlive the bytes. Failure is sticky: once a read
-// does not fit, that read and every later one give zeros or empty runs and ok() stays false, so the
-// fields of a record can be read in a row and asked about once. Integers are big-endian unless the
-// name says otherwise.
+// A reader is a view; it owns nothing and must not outlive the bytes. Failure is sticky: once a
+// read does not fit, that read and every later one give zeros or empty runs and ok() stays false,
+// so the fields of a record can be read in a row and asked about once. Integers are big-endian
+// unless the name says otherwise.
 #pragma once
 
 #include <CoreFoundation/CFBase.h>

@@ -9,7 +9,8 @@ namespace osa {
 
 Result<void> MemorySource::readExactly(std::uint64_t offset, std::span<std::byte> target) const {
     if (!CheckedRange{offset, target.size()}.fits(bytes_.size())) return Failure(eofErr);
-    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), target.size(), target.begin());
+    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), target.size(),
+                target.begin());
     return {};
 }
 

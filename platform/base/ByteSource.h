@@ -16,8 +16,8 @@ class ByteSource {
   public:
     virtual ~ByteSource() = default;
     virtual std::uint64_t size() const = 0;
-    /// Fills `target` from `offset`, all of it or a failure: eofErr when the source ends before, ioErr
-    /// and the like when the system refuses.
+    /// Fills `target` from `offset`, all of it or a failure: eofErr when the source ends before,
+    /// ioErr and the like when the system refuses.
     virtual Result<void> readExactly(std::uint64_t offset, std::span<std::byte> target) const = 0;
     /// The whole content when it is in memory anyway, else an empty span.
     virtual ByteSpan inMemory() const { return {}; }
@@ -38,7 +38,8 @@ class MemorySource : public ByteSource {
 /// A part of another source, which is kept alive.
 class SubSource : public ByteSource {
   public:
-    /// A range that does not fit is cut to what is there: side files often promise more than they hold.
+    /// A range that does not fit is cut to what is there: side files often promise more than they
+    /// hold.
     SubSource(std::shared_ptr<const ByteSource> whole, CheckedRange range)
         : whole_(std::move(whole)), range_(range.clamped(whole_->size())) {}
     std::uint64_t size() const override { return range_.length; }

@@ -13,7 +13,8 @@ ByteWriter& ByteWriter::bigEndian(std::uint64_t value, std::size_t width) {
 }
 
 ByteWriter& ByteWriter::littleEndian(std::uint64_t value, std::size_t width) {
-    for (std::size_t i = 0; i < width; ++i) bytes_.push_back(static_cast<std::byte>(value >> 8 * i));
+    for (std::size_t i = 0; i < width; ++i)
+        bytes_.push_back(static_cast<std::byte>(value >> 8 * i));
     return *this;
 }
 

@@ -23,8 +23,8 @@ class [[nodiscard]] Failure {
 template <typename T>
 class [[nodiscard]] Result {
   public:
-    Result(T value) : value_(std::move(value)) {}               // NOLINT: implicit by design
-    Result(Failure failure) : status_(failure.status()) {}      // NOLINT: implicit by design
+    Result(T value) : value_(std::move(value)) {}           // NOLINT: implicit by design
+    Result(Failure failure) : status_(failure.status()) {}  // NOLINT: implicit by design
 
     bool ok() const { return status_ == 0; }
     explicit operator bool() const { return ok(); }
@@ -48,7 +48,7 @@ template <>
 class [[nodiscard]] Result<void> {
   public:
     Result() = default;
-    Result(Failure failure) : status_(failure.status()) {}      // NOLINT: implicit by design
+    Result(Failure failure) : status_(failure.status()) {}  // NOLINT: implicit by design
 
     bool ok() const { return status_ == 0; }
     explicit operator bool() const { return ok(); }
@@ -66,12 +66,11 @@ class [[nodiscard]] Result<void> {
 /// OSA_TRY(target, expression): leaves the function with the expression's failure, else assigns
 /// its value to `target` (a declaration or an lvalue).
 #define OSA_TRY(target, expression) OSA_TRY_(OSA_CONCAT(osaResult, __LINE__), target, expression)
-#define OSA_TRY_(result, target, expression)                       \
-    auto result = (expression);                                    \
-    if (!result.ok()) return ::osa::Failure(result.status());      \
+#define OSA_TRY_(result, target, expression)                  \
+    auto result = (expression);                               \
+    if (!result.ok()) return ::osa::Failure(result.status()); \
     target = *std::move(result)
 
 /// OSA_CHECK(expression): the same for a Result<void>.
-#define OSA_CHECK(expression)                                                       \
-    if (auto osaChecked = (expression); !osaChecked.ok())                           \
-    return ::osa::Failure(osaChecked.status())
+#define OSA_CHECK(expression) \
+    if (auto osaChecked = (expression); !osaChecked.ok()) return ::osa::Failure(osaChecked.status())

@@ -36,7 +36,8 @@ struct __CFBundle : osa::CFObject {
 
 namespace osa {
 
-/// A property list file that holds a dictionary; null when it is missing, too long or anything else.
+/// A property list file that holds a dictionary; null when it is missing, too long or anything
+/// else.
 CFRef<CFDictionaryRef> readDictionaryFile(const std::string& path);
 
 /// The localised folders of a bundle, the user's languages first, then its development region.

@@ -10,8 +10,8 @@
 namespace osa {
 namespace {
 
-constexpr std::array<std::string_view, 5> kBundleExtensions = {"app", "bundle", "scptd", "framework",
-                                                               "plugin"};
+constexpr std::array<std::string_view, 5> kBundleExtensions = {"app", "bundle", "scptd",
+                                                               "framework", "plugin"};
 
 bool exists(const std::string& path) {
     return posix::status(path, posix::Follow::yes).ok();
@@ -48,7 +48,9 @@ std::optional<BundleLayout> findBundleLayout(const std::string& path) {
     const bool isBundle = hasBundleExtension(path) || holdsInformation(path) ||
                           (hasResources && holdsInformation(resources));
     if (!isBundle) return std::nullopt;
-    return BundleLayout{path, {path, resources}, hasResources ? resources : path,
+    return BundleLayout{path,
+                        {path, resources},
+                        hasResources ? resources : path,
                         {path + "/Linux", path + "/MacOS", path}};
 }
 

@@ -19,7 +19,8 @@ struct BundleLayout {
     std::vector<std::string> programFolders;
 };
 
-/// The layout of the folder at `path`, or nothing when it is no bundle (CFBundle.h says when it is one).
+/// The layout of the folder at `path`, or nothing when it is no bundle (CFBundle.h says when it is
+/// one).
 std::optional<BundleLayout> findBundleLayout(const std::string& path);
 
 /// The last component of a path, and what follows its last dot (empty when nothing does).

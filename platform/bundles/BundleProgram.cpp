@@ -21,17 +21,15 @@ CFBundleRef makeMainBundle() {
             return makeObject<__CFBundle>(std::move(*layout));
         }
     }
-    auto* const bundle =
-        makeObject<__CFBundle>(BundleLayout{folder, {}, folder, {folder}});
+    auto* const bundle = makeObject<__CFBundle>(BundleLayout{folder, {}, folder, {folder}});
     if (bundle == nullptr) return nullptr;
     const auto name = CFRef<CFStringRef>::Adopt(createString(leafName(*program)));
     const void* const key = kCFBundleExecutableKey;
     const void* const value = name.get();
     std::call_once(bundle->informationRead, [&] {
-        bundle->informationDictionary = CFRef<CFDictionaryRef>::Adopt(
-            CFDictionaryCreate(kCFAllocatorDefault, const_cast<const void**>(&key),
-                               const_cast<const void**>(&value), name ? 1 : 0,
-                               &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+        bundle->informationDictionary = CFRef<CFDictionaryRef>::Adopt(CFDictionaryCreate(
+            kCFAllocatorDefault, const_cast<const void**>(&key), const_cast<const void**>(&value),
+            name ? 1 : 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     });
     return bundle;
 }
@@ -42,7 +40,8 @@ std::string findProgram(CFBundleRef bundle) {
     std::string name = bundle->informationText(kCFBundleExecutableKey);
     if (name.empty()) {
         name = leafName(bundle->layout.root);
-        name.resize(name.size() - (nameExtension(name).empty() ? 0 : nameExtension(name).size() + 1));
+        name.resize(name.size() -
+                    (nameExtension(name).empty() ? 0 : nameExtension(name).size() + 1));
     }
     if (name.empty() || name.find('/') != std::string::npos) return {};
     for (const std::string& folder : bundle->layout.programFolders) {

@@ -76,8 +76,8 @@ std::string utf8OrEmpty(CFStringRef string) {
 
 /// An entry of a strings table in the resources folder or a localised one.
 CFRef<CFStringRef> localizedEntry(CFBundleRef bundle, CFStringRef key, CFStringRef table) {
-    const auto url = CFRef<CFURLRef>::Adopt(
-        CFBundleCopyResourceURL(bundle, table, CFSTR("strings"), nullptr));
+    const auto url =
+        CFRef<CFURLRef>::Adopt(CFBundleCopyResourceURL(bundle, table, CFSTR("strings"), nullptr));
     char path[4096];
     if (!url || !CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(path),
                                                   sizeof path)) {

@@ -24,9 +24,9 @@ constinit const __CFString kPackageTypeKey{"CFBundlePackageType"};
 constinit const __CFString kSignatureKey{"CFBundleSignature"};
 
 CFRef<CFDictionaryRef> emptyDictionary() {
-    return CFRef<CFDictionaryRef>::Adopt(
-        CFDictionaryCreate(kCFAllocatorDefault, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
-                           &kCFTypeDictionaryValueCallBacks));
+    return CFRef<CFDictionaryRef>::Adopt(CFDictionaryCreate(kCFAllocatorDefault, nullptr, nullptr,
+                                                            0, &kCFTypeDictionaryKeyCallBacks,
+                                                            &kCFTypeDictionaryValueCallBacks));
 }
 
 void finalizeBundle(CFObject* object) {
@@ -82,8 +82,8 @@ CFRef<CFDictionaryRef> readDictionaryFile(const std::string& path) {
         CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes->data()),
                      static_cast<CFIndex>(bytes->size())));
     if (!data) return {};
-    const CFTypeRef list = CFPropertyListCreateWithData(
-        kCFAllocatorDefault, data.get(), kCFPropertyListImmutable, nullptr, nullptr);
+    const CFTypeRef list = CFPropertyListCreateWithData(kCFAllocatorDefault, data.get(),
+                                                        kCFPropertyListImmutable, nullptr, nullptr);
     if (list == nullptr) return {};
     if (CFGetTypeID(list) == CFDictionaryGetTypeID()) {
         return CFRef<CFDictionaryRef>::Adopt(static_cast<CFDictionaryRef>(list));
@@ -142,8 +142,8 @@ void CFBundleGetPackageInfo(CFBundleRef bundle, UInt32* packageType, UInt32* pac
     UInt32 type = 0;
     UInt32 creator = 0;
     if (!osa::readPackageInfo(bundle->layout, type, creator)) {
-        type = osa::codeOf(bundle, &osa::kPackageTypeKey,
-                           osa::packageTypeByName(bundle->layout.root));
+        type =
+            osa::codeOf(bundle, &osa::kPackageTypeKey, osa::packageTypeByName(bundle->layout.root));
         creator = osa::codeOf(bundle, &osa::kSignatureKey, osa::kUnknownCode);
     }
     if (packageType != nullptr) *packageType = type;

@@ -23,7 +23,8 @@ constexpr double kSecondsPerDay = 86400;
 /// last.
 constexpr std::int64_t kDaysToEpoch = 730791;
 constexpr std::int64_t kDaysPer400Years = 146097;
-constexpr double kLastDay = 1e8 * 365.2425;
+/// Keeps the year below 100000000 on both sides.
+constexpr double kLastDay = (1e8 - 2002) * 365.2425;
 
 bool equalDates(const osa::CFObject* first, const osa::CFObject* second) {
     return static_cast<const __CFDate*>(first)->time == static_cast<const __CFDate*>(second)->time;

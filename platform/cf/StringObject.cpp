@@ -2,8 +2,8 @@
 #include "platform/cf/StringObject.h"
 
 #include <cstring>
+#include <map>
 #include <mutex>
-#include <unordered_map>
 
 #include "platform/text/TextConverter.h"
 
@@ -117,15 +117,14 @@ constinit const osa::ClassRecord __CFString::kClass{
 CFStringRef OSAConstantString(const char* text) {
     static std::mutex mutex;
     // Never destroyed: constants are used until the very end of the process.
-    static auto& constants = *new std::unordered_map<std::string_view, CFStringRef>;
+    static auto& constants = *new std::map<std::string, CFStringRef, std::less<>>;
     const std::lock_guard lock(mutex);
-    const auto found = constants.find(text);
+    const auto found = constants.find(std::string_view(text));
     if (found != constants.end()) return found->second;
     const CFStringRef string = osa::createString(std::string_view(text));
     if (string == nullptr) return nullptr;
     string->count = osa::CFObject::kImmortal;
     osa::noteObjectGone();
-    // The key must outlive a plug-in that is unloaded.
-    constants.emplace(*new std::string(text), string);
+    constants.emplace(text, string);
     return string;
 }

@@ -25,9 +25,9 @@ OSErr fileReferenceToURL(const AEDesc* desc, AEDesc* result) {
 
 OSErr urlToFileReference(const AEDesc* desc, AEDesc* result) {
     if (desc->dataHandle == nullptr) return errAECoercionFail;
-    const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateWithBytes(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(*desc->dataHandle),
-        AEGetDescDataSize(desc), kCFStringEncodingUTF8, nullptr));
+    const auto url = CFRef<CFURLRef>::Adopt(
+        CFURLCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(*desc->dataHandle),
+                             AEGetDescDataSize(desc), kCFStringEncodingUTF8, nullptr));
     FSRef ref{};
     if (!url || !CFURLGetFSRef(url.get(), &ref)) return fnfErr;
     return AECreateDesc(typeFSRef, &ref, sizeof ref, result);
@@ -49,7 +49,8 @@ constexpr Coercion kCoercions[] = {
 
 OSErr AECoerceDesc(const AEDesc* desc, DescType toType, AEDesc* result) {
     if (desc == nullptr || result == nullptr) return paramErr;
-    if (toType == desc->descriptorType || toType == typeWildCard) return AEDuplicateDesc(desc, result);
+    if (toType == desc->descriptorType || toType == typeWildCard)
+        return AEDuplicateDesc(desc, result);
     *result = {typeNull, nullptr};
     for (const osa::Coercion& coercion : osa::kCoercions) {
         if (coercion.from == desc->descriptorType && coercion.to == toType) {

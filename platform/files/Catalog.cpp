@@ -6,9 +6,9 @@
 #include <algorithm>
 
 #include "platform/files/FileSpecs.h"
-#include "platform/files/ForkProbe.h"
 #include "platform/files/Names.h"
 #include "platform/files/Volumes.h"
+#include "platform/files/stores/ForkProbe.h"
 
 namespace osa {
 namespace {
@@ -150,7 +150,7 @@ Result<void> fillCatalog(const Located& object, FSCatalogInfoBitmap which,
                          const CatalogTargets& targets) {
     if (which != 0) OSA_CHECK(CatalogFiller(object, which).fill(*targets.info));
     if (targets.name != nullptr) {
-        OSA_TRY(*targets.name, unicodeFromLeaf(object.isRoot() ? "Linux" : object.name));
+        OSA_TRY(*targets.name, unicodeFromLeaf(object.isRoot() ? bootVolumeName() : object.name));
     }
     if (targets.spec != nullptr) {
         OSA_TRY(const Volume volume, volumeOf(object.status.device, object.path()));

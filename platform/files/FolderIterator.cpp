@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "platform/files/Catalog.h"
-#include "platform/files/ForkStore.h"
+#include "platform/files/stores/ForkStore.h"
 
 struct OpaqueFSIterator {
     std::string folder;
@@ -50,7 +50,7 @@ Result<bool> fillPlace(const OpaqueFSIterator& iterator, const std::string& name
     }
     const CatalogTargets one{at(targets.infos, place), at(targets.names, place),
                              at(targets.specs, place), nullptr};
-    const auto filled = fillCatalog({iterator.folder, name, *status}, which, one);
+    const auto filled = fillCatalog({iterator.folder, name, *status, status->birth()}, which, one);
     if (!filled.ok()) {
         if (filled.status() == fnfErr || filled.status() == bdNamErr) return false;
         return Failure(filled.status());

@@ -6,9 +6,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "platform/files/ForkProbe.h"
 #include "platform/files/Forks.h"
 #include "platform/files/ReferenceNumbers.h"
+#include "platform/files/stores/ForkProbe.h"
 
 namespace osa {
 namespace {
@@ -26,7 +26,7 @@ Result<std::shared_ptr<const ByteSource>> openDataFork(const FSRef& ref) {
     OSA_TRY(const Located named, describeReference(&ref));
     const auto file = posix::openFile(named.path(), posix::Follow::no);
     if (file.ok()) {
-        if (!(*file)->status().isSameObject(named.status)) return Failure(fnfErr);
+        if (!named.isStill((*file)->status())) return Failure(fnfErr);
         return std::shared_ptr<const ByteSource>(*file);
     }
     if (file.status() != notAFileErr) return Failure(file.status());

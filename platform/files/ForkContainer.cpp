@@ -3,8 +3,8 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include "platform/files/AppleDouble.h"
-#include "platform/files/MacBinary.h"
+#include "platform/files/formats/AppleDouble.h"
+#include "platform/files/formats/MacBinary.h"
 
 namespace osa {
 namespace {

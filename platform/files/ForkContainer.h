@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/base/ByteSource.h"
-#include "platform/files/FinderInfoBytes.h"
+#include "platform/files/formats/FinderInfoBytes.h"
 
 namespace osa {
 

@@ -11,7 +11,7 @@ namespace {
 
 // A zeroed reference must not pass for one of ours.
 constexpr std::uint32_t kMark = 0x52656631;
-constexpr std::size_t kInlineName = 54;
+constexpr std::size_t kInlineName = 50;
 constexpr std::uint16_t kLongName = 0xFFFF;
 constexpr FolderIndex kNoFolder = 0xFFFFFFFF;
 
@@ -20,6 +20,7 @@ struct Packed {
     std::uint64_t inode = 0;
     std::uint32_t mark = kMark;
     FolderIndex folder = kNoFolder;
+    std::uint32_t birth = 0;
     std::uint16_t nameLength = 0;  // kLongName: the name is the number of an interned one
     char name[kInlineName] = {};
 };
@@ -29,6 +30,7 @@ Packed pack(FolderIndex folder, std::string_view name, const posix::FileStatus& 
     Packed packed;
     packed.device = status.device;
     packed.inode = status.inode;
+    packed.birth = status.birth();
     packed.folder = folder;
     if (name.size() <= kInlineName) {
         packed.nameLength = static_cast<std::uint16_t>(name.size());
@@ -82,6 +84,7 @@ Result<Located> describeReference(const FSRef* ref) {
     Located object;
     object.status.device = packed.device;
     object.status.inode = packed.inode;
+    object.birth = packed.birth;
     if (packed.folder == kNoFolder) return object;
     const std::string* const folder = folderPath(packed.folder);
     if (folder == nullptr || !unpackName(packed, object.name) || object.name.empty()) {
@@ -94,7 +97,7 @@ Result<Located> describeReference(const FSRef* ref) {
 Result<Located> locate(const FSRef* ref) {
     OSA_TRY(Located object, describeReference(ref));
     OSA_TRY(const posix::FileStatus status, posix::status(object.path(), posix::Follow::no));
-    if (!status.isSameObject(object.status)) return Failure(fnfErr);
+    if (!object.isStill(status)) return Failure(fnfErr);
     object.status = status;
     return object;
 }

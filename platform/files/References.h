@@ -16,7 +16,12 @@ struct Located {
     std::string folder;  ///< absolute, without links; empty for the root folder itself
     std::string name;    ///< leaf as on disk; empty for the root folder
     posix::FileStatus status;
+    std::uint32_t birth = 0;  ///< of the object when the reference was made
 
+    /// Whether `found` is the object that the reference was made of.
+    bool isStill(const posix::FileStatus& found) const {
+        return found.isSameObject(status) && found.birth() == birth;
+    }
     std::string path() const;
     bool isRoot() const { return name.empty(); }
 };

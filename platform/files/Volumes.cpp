@@ -9,7 +9,9 @@
 #include <shared_mutex>
 #include <vector>
 
+#include "platform/cf/BootVolume.h"
 #include "platform/posix/FileSystem.h"
+#include "platform/text/TextConverter.h"
 
 namespace osa {
 namespace {
@@ -88,8 +90,12 @@ std::optional<Volume> findVolumeNamed(const std::string& name) {
     return findKnown([&name](const Volume& volume) { return volumeName(volume) == name; });
 }
 
+std::string bootVolumeName() {
+    return utf8FromUTF16(kBootVolumeName);
+}
+
 std::string volumeName(const Volume& volume) {
-    if (volume.mountPoint == "/") return "Linux";
+    if (volume.mountPoint == "/") return bootVolumeName();
     return volume.mountPoint.substr(volume.mountPoint.rfind('/') + 1);
 }
 

@@ -24,8 +24,9 @@ Result<Volume> volumeOf(std::uint64_t device, const std::string& path);
 std::optional<Volume> findVolume(FSVolumeRefNum number);
 std::optional<Volume> findVolumeNamed(const std::string& name);
 
-/// The name that stands for the volume in Mac paths: its mount point's, "Linux" for the root
-/// folder.
+/// The name that stands for the volume in Mac paths: its mount point's own, except for the root
+/// folder's volume.
 std::string volumeName(const Volume& volume);
+std::string bootVolumeName();
 
 }  // namespace osa

@@ -8,8 +8,8 @@ namespace osa {
 /// Stores `status` as the thread's MemError and returns it.
 OSErr setMemoryError(OSErr status);
 
-/// Allocates, or returns null with memFullErr set: when `size` is negative, when the system refuses, or
-/// when a fault is due. Free with releaseBlock.
+/// Allocates, or returns null with memFullErr set: when `size` is negative, when the system
+/// refuses, or when a fault is due. Free with releaseBlock.
 void* allocateBlock(Size size);
 void releaseBlock(void* block);
 

@@ -36,7 +36,8 @@ FileStatus statusFrom(const struct statx& raw) {
     status.modified = timeFrom(raw.stx_mtime);
     status.changed = timeFrom(raw.stx_ctime);
     status.accessed = timeFrom(raw.stx_atime);
-    status.created = (raw.stx_mask & STATX_BTIME) != 0
+    status.keepsCreated = (raw.stx_mask & STATX_BTIME) != 0;
+    status.created = status.keepsCreated
                          ? timeFrom(raw.stx_btime)
                          : std::min({status.modified, status.changed, status.accessed});
     return status;
@@ -60,6 +61,11 @@ bool FileStatus::isSymbolicLink() const {
 }
 bool FileStatus::isRegular() const {
     return S_ISREG(mode);
+}
+
+std::uint32_t FileStatus::birth() const {
+    if (!keepsCreated) return 0;
+    return static_cast<std::uint32_t>(created.seconds) * 1'000'000'007u ^ created.nanoseconds;
 }
 
 UniqueFd::~UniqueFd() {

@@ -38,6 +38,7 @@ struct FileStatus {
     Time accessed;
     /// The earliest other date where the file system keeps no creation date.
     Time created;
+    bool keepsCreated = false;
 
     bool isFolder() const;
     bool isSymbolicLink() const;
@@ -45,6 +46,9 @@ struct FileStatus {
     bool isSameObject(const FileStatus& other) const {
         return device == other.device && inode == other.inode;
     }
+    /// Tells objects apart that had the same inode number one after the other; 0 where the file
+    /// system keeps no creation date.
+    std::uint32_t birth() const;
     /// Whether content, metadata and identity are those of `other`, as far as dates can tell.
     bool isUnchangedSince(const FileStatus& other) const {
         return isSameObject(other) && size == other.size && modified == other.modified &&

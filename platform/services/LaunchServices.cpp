@@ -19,7 +19,8 @@ bool hasExtension(CFStringRef name, CFStringRef extension) {
 
 CFRef<CFStringRef> nameOf(const FSRef& ref) {
     HFSUniStr255 name;
-    if (FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, &name, nullptr, nullptr) != noErr) return {};
+    if (FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, &name, nullptr, nullptr) != noErr)
+        return {};
     return CFRef<CFStringRef>::Adopt(
         CFStringCreateWithCharacters(kCFAllocatorDefault, name.unicode, name.length));
 }
@@ -56,9 +57,8 @@ OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo /*requested*/, LSIte
     FSRef ref;
     if (!CFURLGetFSRef(url, &ref)) return fnfErr;
     FSCatalogInfo catalog;
-    const OSStatus status =
-        FSGetCatalogInfo(&ref, kFSCatInfoNodeFlags | kFSCatInfoFinderInfo, &catalog, nullptr, nullptr,
-                         nullptr);
+    const OSStatus status = FSGetCatalogInfo(&ref, kFSCatInfoNodeFlags | kFSCatInfoFinderInfo,
+                                             &catalog, nullptr, nullptr, nullptr);
     if (status != noErr) return status;
     const CFRef<CFStringRef> name = osa::nameOf(ref);
     if (!name) return fnfErr;

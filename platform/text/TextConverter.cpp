@@ -100,6 +100,29 @@ std::size_t encodeAsUTF32(std::u16string_view units, ByteOrder order, UInt8 loss
     });
 }
 
+std::size_t encodeAsUTF8(std::u16string_view units, UInt8 lossByte, std::string& out) {
+    // Most text is ASCII: runs of it go in without looking at characters.
+    std::size_t start = 0;
+    while (start < units.size()) {
+        std::size_t end = start;
+        while (end < units.size() && units[end] < 0x80) ++end;
+        out.append(units.begin() + static_cast<std::ptrdiff_t>(start),
+                   units.begin() + static_cast<std::ptrdiff_t>(end));
+        for (start = end; start < units.size() && units[start] >= 0x80;) {
+            const Character character = characterAt(units, start);
+            if (!isSurrogate(character.value)) {
+                appendUTF8(character.value, out);
+            } else if (lossByte != 0) {
+                out.push_back(static_cast<char>(lossByte));
+            } else {
+                return start;
+            }
+            start += character.length;
+        }
+    }
+    return units.size();
+}
+
 }  // namespace
 
 bool decodeText(ByteSpan bytes, UInt32 cfEncoding, std::u16string& out) {
@@ -133,10 +156,7 @@ std::size_t encodeText(std::u16string_view units, UInt32 cfEncoding, UInt8 lossB
         case kTextEncodingUTF32LE:
             return encodeAsUTF32(units, ByteOrder::little, lossByte, out);
         case kTextEncodingUTF8:
-            return encodeEach(units, lossByte, out, [](char32_t value, std::string& text) {
-                if (!isSurrogate(value)) appendUTF8(value, text);
-                return !isSurrogate(value);
-            });
+            return encodeAsUTF8(units, lossByte, out);
         default:
             return encodeWithIcu(units, cfEncoding, lossByte, out);
     }

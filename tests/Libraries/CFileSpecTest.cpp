@@ -100,8 +100,9 @@ TEST(CFileSpec, FindsChildrenOfItsFolderAndNothingElse) {
 TEST(CFileSpec, TellsBundlesFromFoldersByTheirLayout) {
     const TemporaryFolder folder;
     folder.write("Tool.app/Contents/PkgInfo", "APPLtool");
-    folder.write("Script.scptd/Contents/Info.plist",
-                 "{ CFBundlePackageType = osas; CFBundleSignature = ToyS; CFBundleIdentifier = \"a.b\"; }");
+    folder.write(
+        "Script.scptd/Contents/Info.plist",
+        "{ CFBundlePackageType = osas; CFBundleSignature = ToyS; CFBundleIdentifier = \"a.b\"; }");
     folder.write("Bare/Contents/Resources/x", "");
     folder.write("Doc.rtfd/TXT.rtf", "{\\rtf1}");
     folder.write("Plain/file", "");

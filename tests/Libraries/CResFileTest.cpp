@@ -1,4 +1,5 @@
-// CFile and CResFile: identities, aliases, where resources are found, and what every operation puts back.
+// CFile and CResFile: identities, aliases, where resources are found, and what every operation puts
+// back.
 #include "Libraries/TCLClasses/CResFile.h"
 
 #include <CoreServices/MacErrors.h>
@@ -42,13 +43,16 @@ std::string fork() {
 
 class ResFile : public testing::Test {
   protected:
-    void writeWithFork(const std::string& name, FourCharCode type = 'osas', std::uint16_t flags = 0) {
+    void writeWithFork(const std::string& name, FourCharCode type = 'osas',
+                       std::uint16_t flags = 0) {
         folder_.write(name, "data");
-        folder_.write("._" + name, samples::appleDouble(samples::finderInfoBytes(type, 'ToyS', flags), fork()));
+        folder_.write("._" + name,
+                      samples::appleDouble(samples::finderInfoBytes(type, 'ToyS', flags), fork()));
     }
     void specify(CFile& file, const std::string& name) {
         FSRef ref;
-        FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path(name).c_str()), &ref, nullptr));
+        FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path(name).c_str()), &ref,
+                                nullptr));
         file.Specify(CFileSpec(ref), true);
     }
 
@@ -132,7 +136,8 @@ TEST_F(ResFile, CopiesDataOfTheAskedSizeAndNeverReadsBeyondTheResource) {
     EXPECT_EQ(longer, "description" + std::string(89, '-'));
     EXPECT_TRUE(line.starts_with("Libraries/TCLClasses/CResFile:")) << line;
     EXPECT_TRUE(line.ends_with(": failed assertion `GetHandleSize(h) == rDataSize'\n")) << line;
-    EXPECT_EQ(thrown([&] { file.RetrieveData('TEXT', SInt16{7}, exact, 11, nullptr, nullptr); }), resNotFound);
+    EXPECT_EQ(thrown([&] { file.RetrieveData('TEXT', SInt16{7}, exact, 11, nullptr, nullptr); }),
+              resNotFound);
 }
 
 TEST_F(ResFile, PutsTheCallersFileAndTheLoadingSwitchBack) {
@@ -152,7 +157,8 @@ TEST_F(ResFile, PutsTheCallersFileAndTheLoadingSwitchBack) {
     ASSERT_NE(unloaded, nullptr);
     EXPECT_EQ(*unloaded, nullptr);
     char byte;
-    EXPECT_EQ(thrown([&] { two.RetrieveData('none', SInt16{0}, &byte, 1, nullptr, nullptr); }), resNotFound);
+    EXPECT_EQ(thrown([&] { two.RetrieveData('none', SInt16{0}, &byte, 1, nullptr, nullptr); }),
+              resNotFound);
     EXPECT_EQ(CurResFile(), current);
     const Handle loaded = Get1Resource('plst', 0);
     EXPECT_NE(*loaded, nullptr) << "loading is on again, in the caller's file";
@@ -165,7 +171,8 @@ TEST_F(ResFile, FollowsAliasesOnceForAnIdentity) {
     fs::create_symlink("nowhere", folder_.path("broken"));
     fs::create_directory(folder_.path("folder"));
     FSRef parent;
-    FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
+    FailOSErr(
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
     const CFileSpec parentSpec(parent);
     CResFile file;
     file.Specify(parentSpec.Make("link"), true);
@@ -185,8 +192,10 @@ TEST_F(ResFile, FollowsAliasesOnceForAnIdentity) {
 
 TEST_F(ResFile, NamesFilesThatDoNotExistYetByFolderAndName) {
     FSRef parent;
-    FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
-    for (const std::string leaf : {"new file", "50% of #1?", "slash/colon", "\xE6\x97\xA5\xF0\x9F\x98\x80"}) {
+    FailOSErr(
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
+    for (const std::string leaf :
+         {"new file", "50% of #1?", "slash/colon", "\xE6\x97\xA5\xF0\x9F\x98\x80"}) {
         SCOPED_TRACE(leaf);
         CFile file;
         file.Specify(CFileSpec(parent), utf16(leaf), false);

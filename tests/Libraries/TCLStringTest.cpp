@@ -1,4 +1,5 @@
-// Conversions of text: where each stops, what it throws, and that nothing is read or written past an end.
+// Conversions of text: where each stops, what it throws, and that nothing is read or written past
+// an end.
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 
 #include <CoreFoundation/CFNumber.h>
@@ -38,12 +39,18 @@ TEST(SniffTextEncoding, LooksAtMarksThenAtZeroBytesInItsOrder) {
         UInt32 encoding;
     };
     const Row rows[] = {
-        {"\xEF\xBB\xBF\x41", kCFStringEncodingUTF8}, {"\xEF\xBB", system},
-        {{"\xFF\xFE\x41\x00", 4}, kCFStringEncodingUTF16LE}, {"\xFE\xFF", kCFStringEncodingUTF16BE},
-        {{"\x00\x41", 2}, kCFStringEncodingUTF16BE}, {{"\x41\x00", 2}, kCFStringEncodingUTF16LE},
-        {{"\x00\x00", 2}, kCFStringEncodingUTF16BE}, {"\xFF\x41", system},
-        {{"\xFE\x00", 2}, kCFStringEncodingUTF16LE}, {{"\xFF\x00", 2}, kCFStringEncodingUTF16LE},
-        {"A", system}, {"", system},
+        {"\xEF\xBB\xBF\x41", kCFStringEncodingUTF8},
+        {"\xEF\xBB", system},
+        {{"\xFF\xFE\x41\x00", 4}, kCFStringEncodingUTF16LE},
+        {"\xFE\xFF", kCFStringEncodingUTF16BE},
+        {{"\x00\x41", 2}, kCFStringEncodingUTF16BE},
+        {{"\x41\x00", 2}, kCFStringEncodingUTF16LE},
+        {{"\x00\x00", 2}, kCFStringEncodingUTF16BE},
+        {"\xFF\x41", system},
+        {{"\xFE\x00", 2}, kCFStringEncodingUTF16LE},
+        {{"\xFF\x00", 2}, kCFStringEncodingUTF16LE},
+        {"A", system},
+        {"", system},
     };
     for (const Row& row : rows) EXPECT_EQ(SniffTextEncoding(row.bytes), row.encoding) << row.bytes;
     EXPECT_EQ(SniffTextEncoding(nullptr, 9), system);
@@ -60,7 +67,8 @@ TEST(ToTCLString, ReadsMacRomanByTableAndAsciiAsSignedBytes) {
     EXPECT_EQ(ToTCLString(static_cast<SInt32>(-2147483647 - 1)), units(u"-2147483648"));
     EXPECT_EQ(OSTypeToTCLString('TEXT'), units(u"TEXT"));
     EXPECT_EQ(OSTypeToTCLString(0xA5000041), TCLString({0x2022, 0, 0, 'A'}));
-    EXPECT_EQ(thrown([] { ToTCLString("\xC3\x28", 2, kCFStringEncodingUTF8); }), kTextMalformedInputErr);
+    EXPECT_EQ(thrown([] { ToTCLString("\xC3\x28", 2, kCFStringEncodingUTF8); }),
+              kTextMalformedInputErr);
 }
 
 TEST(ToTCLString, DropsTheOddByteOfADescriptorWithoutWritingIt) {
@@ -80,16 +88,19 @@ TEST(FromCFString, FitsPascalStringsOfAtMost254Bytes) {
     FromCFString(repeated('a', 254).get(), pascal, kCFStringEncodingMacRoman);
     EXPECT_EQ(pascal[0], 254);
     const auto failure = [&](std::size_t length) {
-        return thrown([&] { FromCFString(repeated('a', length).get(), pascal, kCFStringEncodingMacRoman); });
+        return thrown(
+            [&] { FromCFString(repeated('a', length).get(), pascal, kCFStringEncodingMacRoman); });
     };
     testing::internal::CaptureStderr();
     EXPECT_EQ(failure(255), cfStringConversionErr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "255 units pass the assertion";
     testing::internal::CaptureStderr();
     EXPECT_EQ(failure(256), cfStringConversionErr);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("CFStringGetLength(s) <= 255"), std::string::npos);
-    EXPECT_EQ(thrown([&] { FromCFString(repeated(0xE9, 200).get(), pascal, kCFStringEncodingUTF8); }),
-              cfStringConversionErr)
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("CFStringGetLength(s) <= 255"),
+              std::string::npos);
+    EXPECT_EQ(
+        thrown([&] { FromCFString(repeated(0xE9, 200).get(), pascal, kCFStringEncodingUTF8); }),
+        cfStringConversionErr)
         << "the limit is in bytes";
     FromCFString(static_cast<CFStringRef>(nullptr), pascal, kCFStringEncodingMacRoman);
     EXPECT_EQ(pascal[0], 0);
@@ -121,18 +132,24 @@ TEST(FromCFString, TakesUnitsOfBothStoragesAndNothingOfOtherObjects) {
 }
 
 TEST(ToCFString, HonoursMarksOfUnicodeAndRefusesWhatIsNone) {
-    const auto marked = CFRef<CFStringRef>::Adopt(ToCFString("\xFE\xFF\x00\x41", 4, kCFStringEncodingUnicode));
+    const auto marked =
+        CFRef<CFStringRef>::Adopt(ToCFString("\xFE\xFF\x00\x41", 4, kCFStringEncodingUnicode));
     EXPECT_EQ(CFStringGetLength(marked.get()), 1);
     const auto empty = CFRef<CFStringRef>::Adopt(ToCFString("", 0, kCFStringEncodingMacRoman));
     EXPECT_EQ(CFStringGetLength(empty.get()), 0);
-    const auto longer = CFRef<CFMutableStringRef>::Adopt(ToCFMutableString("ab", 2, kCFStringEncodingASCII));
+    const auto longer =
+        CFRef<CFMutableStringRef>::Adopt(ToCFMutableString("ab", 2, kCFStringEncodingASCII));
     CFStringAppend(longer.get(), marked.get());
     EXPECT_EQ(ToTCLString(longer.get()), units(u"abA"));
-    EXPECT_EQ(thrown([] { ToCFString("\x80", 1, kCFStringEncodingASCII); }), kTextMalformedInputErr);
+    EXPECT_EQ(thrown([] { ToCFString("\x80", 1, kCFStringEncodingASCII); }),
+              kTextMalformedInputErr);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(thrown([] { ToCFString(static_cast<const unsigned char*>(nullptr)); }), kTextMalformedInputErr);
-    EXPECT_EQ(thrown([] { ToCFString(static_cast<const char*>(nullptr), 3, 0); }), kTextMalformedInputErr);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(": failed assertion `bytes'"), std::string::npos);
+    EXPECT_EQ(thrown([] { ToCFString(static_cast<const unsigned char*>(nullptr)); }),
+              kTextMalformedInputErr);
+    EXPECT_EQ(thrown([] { ToCFString(static_cast<const char*>(nullptr), 3, 0); }),
+              kTextMalformedInputErr);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(": failed assertion `bytes'"),
+              std::string::npos);
 }
 
 TEST(TCLLocalizedString, AnswersTheKeyWhereThereIsNoEntry) {

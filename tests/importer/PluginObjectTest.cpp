@@ -1,4 +1,5 @@
-// The plug-in's object model, called through the published plug-in calls and a plain table of functions.
+// The plug-in's object model, called through the published plug-in calls and a plain table of
+// functions.
 #include <CoreFoundation/CFPlugIn.h>
 #include <CoreFoundation/CFRef.h>
 #include <Metadata/MDImporter.h>
@@ -37,9 +38,11 @@ TEST_F(PluginObject, CountsItsReferencesAndKeepsThePlugInAlive) {
     const CFIndex retained = CFGetRetainCount(plugIn_.get());
     void* importer = nullptr;
     void* unknown = nullptr;
-    EXPECT_EQ((*instance)->QueryInterface(instance, CFUUIDGetUUIDBytes(kMDImporterInterfaceID), &importer),
+    EXPECT_EQ((*instance)->QueryInterface(instance, CFUUIDGetUUIDBytes(kMDImporterInterfaceID),
+                                          &importer),
               S_OK);
-    EXPECT_EQ((*instance)->QueryInterface(instance, CFUUIDGetUUIDBytes(IUnknownUUID), &unknown), S_OK);
+    EXPECT_EQ((*instance)->QueryInterface(instance, CFUUIDGetUUIDBytes(IUnknownUUID), &unknown),
+              S_OK);
     EXPECT_EQ(importer, instance);
     EXPECT_EQ(unknown, instance);
     void* other = instance;
@@ -58,18 +61,21 @@ TEST_F(PluginObject, ServesItsTypeAloneAndLeaksNothing) {
     (*first)->Release(first);
     const Resources before;
     for (int i = 0; i < 1000; ++i) {
-        EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, factory_.get(), kMDImporterInterfaceID),
-                  nullptr);
+        EXPECT_EQ(
+            CFPlugInInstanceCreate(kCFAllocatorDefault, factory_.get(), kMDImporterInterfaceID),
+            nullptr);
         IUnknownVTbl** const instance = create();
         (*instance)->Release(instance);
     }
     EXPECT_EQ(Resources(), before);
-    EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, kMDImporterTypeID, kMDImporterTypeID), nullptr)
+    EXPECT_EQ(CFPlugInInstanceCreate(kCFAllocatorDefault, kMDImporterTypeID, kMDImporterTypeID),
+              nullptr)
         << "no factory of that identifier is registered";
 }
 
 TEST_F(PluginObject, ExportsItsSevenNamesAndNothingElse) {
-    const std::string program = std::string(std::getenv("OSA_IMPORTER")) + "/Contents/Linux/OSAImporter";
+    const std::string program =
+        std::string(std::getenv("OSA_IMPORTER")) + "/Contents/Linux/OSAImporter";
     void* const loaded = dlopen(program.c_str(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(loaded, nullptr) << dlerror();
     for (const char* const name :
@@ -79,8 +85,8 @@ TEST_F(PluginObject, ExportsItsSevenNamesAndNothingElse) {
         EXPECT_NE(dlsym(loaded, name), nullptr) << name;
     }
     EXPECT_EQ(dlsym(loaded, "FSGetFinderInfo"), nullptr);
-    const auto allocate = reinterpret_cast<void* (*)(CFUUIDRef)>(
-        dlsym(loaded, "AllocMetadataImporterPluginType"));
+    const auto allocate =
+        reinterpret_cast<void* (*)(CFUUIDRef)>(dlsym(loaded, "AllocMetadataImporterPluginType"));
     auto** const unregistered = static_cast<IUnknownVTbl**>(allocate(nullptr));
     ASSERT_NE(unregistered, nullptr);
     EXPECT_EQ((*unregistered)->Release(unregistered), 0U);

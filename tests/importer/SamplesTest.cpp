@@ -1,5 +1,5 @@
-// Every example script through the loaded plug-in: kind, result, attributes and log lines are those that
-// its description expects; nothing leaks, whatever fails on the way.
+// Every example script through the loaded plug-in: kind, result, attributes and log lines are those
+// that its description expects; nothing leaks, whatever fails on the way.
 #include <fstream>
 #include <set>
 #include <vector>
@@ -15,7 +15,8 @@ using samples::Json;
 
 std::vector<fs::path> descriptions() {
     std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
+    for (const auto& entry :
+         fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
         if (entry.path().extension() == ".json") files.push_back(entry.path());
     }
     return files;

@@ -1,5 +1,5 @@
-// The kind, result and log line of every type, creator and content that the importer tells apart, through
-// the loaded plug-in.
+// The kind, result and log line of every type, creator and content that the importer tells apart,
+// through the loaded plug-in.
 #include "importer/ScriptType.h"
 
 #include "tests/support/ImportFixture.h"
@@ -101,13 +101,15 @@ TEST(ScriptType, OfBundlesFollowsPackageTypeThenLayout) {
         const TemporaryFolder folder;
         const std::string item = folder.path(row.item);
         folder.write(std::string(row.item) + "/Contents/Resources/x", "");
-        if (row.hasScript) folder.write(std::string(row.item) + "/Contents/Resources/Scripts/main.scpt", "");
+        if (row.hasScript)
+            folder.write(std::string(row.item) + "/Contents/Resources/Scripts/main.scpt", "");
         if (row.packageInfo != nullptr) {
             folder.write(std::string(row.item) + "/Contents/PkgInfo", row.packageInfo);
         }
         const auto record = host->import(item);
         EXPECT_EQ(record.kind.value_or(0), row.kind);
-        EXPECT_EQ(record.imported, row.kind == kScriptTypeBundleScript || row.kind == kScriptTypeBundleApplet);
+        EXPECT_EQ(record.imported,
+                  row.kind == kScriptTypeBundleScript || row.kind == kScriptTypeBundleApplet);
     }
 }
 
@@ -115,7 +117,8 @@ TEST(ScriptType, CannotBeToldOfWhatIsNoFileAndNoBundle) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
     folder.write("Plain/file", "");
-    for (const std::string& path : {folder.path("Plain"), folder.path("missing"), folder.path("missing/x")}) {
+    for (const std::string& path :
+         {folder.path("Plain"), folder.path("missing"), folder.path("missing/x")}) {
         const auto record = host->import(path);
         EXPECT_FALSE(record.kind.has_value());
         EXPECT_NE(record.error, "");
@@ -128,22 +131,24 @@ TEST(ScriptType, CannotBeToldOfWhatIsNoFileAndNoBundle) {
 TEST(BundleAttributes, ComeFromInsideTheBundleForBundlesAndFromBesideForText) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
-    const auto list = [&](const char* where) { return std::string("{ \"meta-data\" = { where = ") + where + "; }; }"; };
+    const auto list = [&](const char* where) {
+        return std::string("{ \"meta-data\" = { where = ") + where + "; }; }";
+    };
     folder.write("Contents/Brindle.list", list("beside"));
     folder.write("a.scptd/Contents/Brindle.list", list("inside"));
     folder.write("a.scptd/Contents/Resources/Scripts/main.scpt", "");
     const auto where = [&](const std::string& item) {
         const auto record = host->import(item);
         const auto value = CFDictionaryGetValue(record.attributes.get(), CFSTR("where"));
-        return value == nullptr ? "nowhere"
-               : CFEqual(value, CFSTR("inside")) ? "inside" : "beside";
+        return value == nullptr ? "nowhere" : CFEqual(value, CFSTR("inside")) ? "inside" : "beside";
     };
     EXPECT_STREQ(where(folder.path("a.scptd")), "inside");
     Json text = {{"name", "text"}, {"type", "TEXT"}, {"resources", kScript}};
     EXPECT_STREQ(where(samples::writeSample(text, folder.path())), "beside");
     text.erase("resources");
     text["name"] = "forkless";
-    EXPECT_STREQ(where(samples::writeSample(text, folder.path())), "nowhere") << "its resources do not open";
+    EXPECT_STREQ(where(samples::writeSample(text, folder.path())), "nowhere")
+        << "its resources do not open";
 }
 
 }  // namespace

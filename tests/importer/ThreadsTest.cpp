@@ -24,7 +24,8 @@ TEST(Threads, ImportDifferentFilesAtOnceAsOneThreadDoes) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
     std::vector<std::vector<std::string>> items(kThreads);
-    for (const auto& entry : fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
+    for (const auto& entry :
+         fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
         if (entry.path().extension() != ".json") continue;
         samples::Json sample = samples::readSample(entry.path());
         const std::string name = sample.at("name");
@@ -37,7 +38,8 @@ TEST(Threads, ImportDifferentFilesAtOnceAsOneThreadDoes) {
     std::vector<std::vector<std::string>> serial(kThreads);
     std::vector<std::vector<std::string>> parallel(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
-        for (const std::string& item : items[thread]) serial[thread].push_back(importedJson(*host, item));
+        for (const std::string& item : items[thread])
+            serial[thread].push_back(importedJson(*host, item));
     }
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {

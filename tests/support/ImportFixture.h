@@ -32,8 +32,8 @@ struct Resources {
 
     bool operator==(const Resources&) const = default;
     friend std::ostream& operator<<(std::ostream& out, const Resources& counts) {
-        return out << counts.objects << " objects, " << counts.blocks << " blocks, " << counts.openFiles
-                   << " open files, " << counts.descriptors << " descriptors";
+        return out << counts.objects << " objects, " << counts.blocks << " blocks, "
+                   << counts.openFiles << " open files, " << counts.descriptors << " descriptors";
     }
 };
 

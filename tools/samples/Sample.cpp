@@ -40,9 +40,9 @@ std::string fromHex(const std::string& digits) {
 }
 
 std::string macRoman(const std::string& utf8) {
-    const auto string = CFRef<CFStringRef>::Adopt(CFStringCreateWithBytes(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-        static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
+    const auto string = CFRef<CFStringRef>::Adopt(
+        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
+                                static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
     std::string bytes(utf8.size(), '\0');
     CFIndex used = 0;
     CFStringGetBytes(string.get(), CFRangeMake(0, CFStringGetLength(string.get())),
@@ -56,7 +56,8 @@ std::string content(const Json& described, bool isResource) {
     if (described.contains("hex")) return fromHex(described.at("hex"));
     if (described.contains("archive")) {
         const bool big = described.value("order", "little") == "big";
-        return ArchiveBuilder(big ? ByteOrder::big : ByteOrder::little).build(described.at("archive"));
+        return ArchiveBuilder(big ? ByteOrder::big : ByteOrder::little)
+            .build(described.at("archive"));
     }
     const std::string text = described.value("text", "");
     return isResource ? macRoman(text) : text;
@@ -117,7 +118,8 @@ std::string buildFork(const Json& sample) {
     for (const Json& resource : sample.at("resources")) {
         const std::string name = resource.value("name", "");
         fork.add(code(resource, "type"), resource.at("id").get<int>(), content(resource, true),
-                 resource.contains("name") ? name.c_str() : nullptr, resource.value("attributes", 0));
+                 resource.contains("name") ? name.c_str() : nullptr,
+                 resource.value("attributes", 0));
     }
     return fork.text();
 }

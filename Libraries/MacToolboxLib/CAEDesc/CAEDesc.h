@@ -5,8 +5,9 @@
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDescReader.h"
 
-/// Disposes of its data once, in the destructor or before it is replaced. Operations that replace the
-/// content empty the object first: a failure then leaves it empty. Failures are thrown as OSStatus.
+/// Disposes of its data once, in the destructor or before it is replaced. Operations that replace
+/// the content empty the object first: a failure then leaves it empty. Failures are thrown as
+/// OSStatus.
 class CAEDesc : public CAEDescReader {
   public:
     /// Slots: the destructor, then Free.
@@ -30,8 +31,8 @@ class CAEDesc : public CAEDescReader {
     void SetCFURL(const FSRef* parent, const HFSUniStr255* name);
     /// A duplicate of `source`; the object's own descriptor is left as it is.
     void Copy(const AEDesc* source);
-    /// Takes over the other's content and leaves the other empty. Its own old content is gone first, so an
-    /// object cannot acquire itself.
+    /// Takes over the other's content and leaves the other empty. Its own old content is gone
+    /// first, so an object cannot acquire itself.
     void Aquire(CAEDesc& other);
     /// Coerces in place; on failure the old content stays.
     void CoerceTo(DescType type);

@@ -7,7 +7,8 @@
 
 class CAEDesc;
 
-/// Never disposes of anything, and never changes when a getter fails. Failures are thrown as OSStatus.
+/// Never disposes of anything, and never changes when a getter fails. Failures are thrown as
+/// OSStatus.
 class CAEDescReader {
   public:
     CAEDescReader() : mDesc{typeNull, nullptr} {}
@@ -24,11 +25,11 @@ class CAEDescReader {
     /// Throws a non-zero status.
     void FailOSErr(OSStatus status) const;
 
-    /// The reference of the object that the descriptor names: 'fsrf' read directly, any other type coerced
-    /// to it (fnfErr for the URL of a missing object).
+    /// The reference of the object that the descriptor names: 'fsrf' read directly, any other type
+    /// coerced to it (fnfErr for the URL of a missing object).
     void GetFileSpec(FSRef* ref) const;
-    /// The containing folder's reference (for 'fsrf': the object's own) and the leaf name, which works for a
-    /// URL of a missing object too. fnfErr when the parent is not there.
+    /// The containing folder's reference (for 'fsrf': the object's own) and the leaf name, which
+    /// works for a URL of a missing object too. fnfErr when the parent is not there.
     void GetFileSpec(FSRef* ref, HFSUniStr255* name) const;
     /// The URL that the descriptor holds; the caller releases it.
     CFURLRef GetCFURL() const CF_RETURNS_RETAINED;

@@ -125,7 +125,8 @@ std::string CFileSpec::GetPath() const {
 bool CFileSpec::IsInTrash() const {
     if (IsZeroed(mRef)) return false;
     FSRef trash;
-    if (FSFindFolder(GetVolume(), kTrashFolderType, kDontCreateFolder, &trash) != noErr) return false;
+    if (FSFindFolder(GetVolume(), kTrashFolderType, kDontCreateFolder, &trash) != noErr)
+        return false;
     FSRef ancestor = mRef;
     while (FSGetParentRef(&ancestor, &ancestor) == noErr) {
         if (FSCompareFSRefs(&ancestor, &trash) == noErr) return true;

@@ -1,4 +1,5 @@
-// CFileSpec: a copyable value that names one existing file-system object, by its platform reference.
+// CFileSpec: a copyable value that names one existing file-system object, by its platform
+// reference.
 #pragma once
 
 #include <CoreFoundation/CFBundle.h>
@@ -12,8 +13,8 @@
 #include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 
-/// Holds the reference and nothing else: every query goes to the file system afresh and, unless it says
-/// otherwise, throws the status of the platform call behind it.
+/// Holds the reference and nothing else: every query goes to the file system afresh and, unless it
+/// says otherwise, throws the status of the platform call behind it.
 class CFileSpec {
   public:
     /// Names nothing: the zeroed reference.
@@ -68,20 +69,20 @@ class CFileSpec {
 
     bool IsApplication() const;
     bool IsBundle() const;
-    /// Whether the trash of the object's volume is one of its ancestors; false for the zeroed value. Only
-    /// the volume of an object that is gone can throw.
+    /// Whether the trash of the object's volume is one of its ancestors; false for the zeroed
+    /// value. Only the volume of an object that is gone can throw.
     bool IsInTrash() const;
     /// Asserts "!IsFolder()".
     bool IsStationaryPad() const;
 
-    /// By catalog node IDs alone, unsigned: objects of two volumes with the same ID are equivalent. Reads
-    /// both from the catalog and throws what that gives.
+    /// By catalog node IDs alone, unsigned: objects of two volumes with the same ID are equivalent.
+    /// Reads both from the catalog and throws what that gives.
     bool operator<(const CFileSpec& other) const;
 
   private:
     FSRef mRef;
 };
 
-/// Type and creator of a file from its Finder information, of a bundle from its package information. A
-/// null output is skipped. fnfErr for a folder that is no bundle.
+/// Type and creator of a file from its Finder information, of a bundle from its package
+/// information. A null output is skipped. fnfErr for a folder that is no bundle.
 void GetFileTypeAndCreator(const FSRef* ref, OSType* type, OSType* creator);

@@ -73,7 +73,8 @@ TCLString CFileSpec::GetBundleID() const {
     try {
         const SCoreFoundation<CFBundleRef> bundle = GetBundle();
         if (bundle == nullptr) return gEmptyString;
-        const CFTypeRef value = CFBundleGetValueForInfoDictionaryKey(bundle, kCFBundleIdentifierKey);
+        const CFTypeRef value =
+            CFBundleGetValueForInfoDictionaryKey(bundle, kCFBundleIdentifierKey);
         if (value == nullptr || CFGetTypeID(value) != CFStringGetTypeID()) return gEmptyString;
         return ToTCLString(static_cast<CFStringRef>(value));
     } catch (...) {

@@ -28,8 +28,8 @@ class SCoreFoundation {
         std::swap(mRef, other.mRef);
         return *this;
     }
-    /// Takes over an owned reference. The old one is released unless it is the same object: then the
-    /// holder keeps the count that came with the new one.
+    /// Takes over an owned reference. The old one is released unless it is the same object: then
+    /// the holder keeps the count that came with the new one.
     SCoreFoundation& operator=(T owned) {
         if (mRef != owned) {
             if (mRef != nullptr) CFRelease(mRef);

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-/// Gives a handle back, whoever it belongs to: one that still belongs to an open resource file is released
-/// there, any other is disposed of. Null is allowed.
+/// Gives a handle back, whoever it belongs to: one that still belongs to an open resource file is
+/// released there, any other is disposed of. Null is allowed.
 void DisposeAHandle(Handle handle);
 
 /// Owns one handle and gives it back with DisposeAHandle.
@@ -19,7 +19,8 @@ class SHandle {
     SHandle& operator=(const SHandle&) = delete;
     ~SHandle() { DisposeAHandle(mHandle); }
 
-    /// Takes over `owned` in place of the old handle, which is given back unless it is the same one.
+    /// Takes over `owned` in place of the old handle, which is given back unless it is the same
+    /// one.
     void Set(Handle owned) {
         if (owned != mHandle) DisposeAHandle(std::exchange(mHandle, owned));
     }

@@ -53,9 +53,8 @@ void FromCFString(CFStringRef s, std::string& out, UInt32 encoding) {
     const CFIndex room = CFStringGetMaximumSizeForEncoding(length, encoding) + 10;
     const auto buffer = NewBuffer<char>(room);
     CFIndex used = 0;
-    const CFIndex converted =
-        CFStringGetBytes(s, CFRangeMake(0, length), encoding, 0, false,
-                         reinterpret_cast<UInt8*>(buffer.get()), room, &used);
+    const CFIndex converted = CFStringGetBytes(s, CFRangeMake(0, length), encoding, 0, false,
+                                               reinterpret_cast<UInt8*>(buffer.get()), room, &used);
     if (converted == 0) FailOSErr(cfStringConversionErr);
     out.assign(buffer.get(), static_cast<std::size_t>(used));
 }

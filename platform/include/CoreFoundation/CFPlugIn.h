@@ -14,20 +14,23 @@ extern "C" {
 
 typedef struct __CFBundle* CFPlugInRef;
 
-/// Makes an instance of `typeUUID`; null when the factory does not serve that type. The instance belongs to
-/// the caller, who gives it back through its Release.
+/// Makes an instance of `typeUUID`; null when the factory does not serve that type. The instance
+/// belongs to the caller, who gives it back through its Release.
 typedef void* (*CFPlugInFactoryFunction)(CFAllocatorRef allocator, CFUUIDRef typeUUID);
 
-/// The plug-in at `url`, its factories registered for the process; the caller releases it. Null when there
-/// is no bundle or it declares no factories. Its program is loaded with the first instance.
-OSA_PLATFORM_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url) CF_RETURNS_RETAINED;
+/// The plug-in at `url`, its factories registered for the process; the caller releases it. Null
+/// when there is no bundle or it declares no factories. Its program is loaded with the first
+/// instance.
+OSA_PLATFORM_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator,
+                                               CFURLRef url) CF_RETURNS_RETAINED;
 /// The bundle of a plug-in, borrowed.
 OSA_PLATFORM_EXPORT CFBundleRef CFPlugInGetBundle(CFPlugInRef plugIn);
-/// Factory identifiers (CFUUID) that the plug-in declares for the type; the caller releases the array.
+/// Factory identifiers (CFUUID) that the plug-in declares for the type; the caller releases the
+/// array.
 OSA_PLATFORM_EXPORT CFArrayRef CFPlugInFindFactoriesForPlugInTypeInPlugIn(
     CFUUIDRef typeUUID, CFPlugInRef plugIn) CF_RETURNS_RETAINED;
-/// Calls the factory's function, loading its program when need be. Null when the factory is not registered,
-/// cannot be loaded or refuses the type.
+/// Calls the factory's function, loading its program when need be. Null when the factory is not
+/// registered, cannot be loaded or refuses the type.
 OSA_PLATFORM_EXPORT void* CFPlugInInstanceCreate(CFAllocatorRef allocator, CFUUIDRef factoryUUID,
                                                  CFUUIDRef typeUUID);
 

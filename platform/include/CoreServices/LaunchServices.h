@@ -36,7 +36,8 @@ typedef struct LSItemInfoRecord {
 /// Fills `info` with all it knows, whatever is requested. fnfErr when the item is not there.
 OSA_PLATFORM_EXPORT OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo requested,
                                                   LSItemInfoRecord* info);
-/// The name as people see it, without the extension of an application bundle; the caller releases it.
+/// The name as people see it, without the extension of an application bundle; the caller releases
+/// it.
 OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringRef* name);
 
 #ifdef __cplusplus

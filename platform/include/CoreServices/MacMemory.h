@@ -1,7 +1,7 @@
 // Memory Manager: relocatable blocks behind handles, and fixed blocks behind pointers.
 //
-// Every call sets the calling thread's MemError, to noErr when it succeeded. Blocks may be used from any
-// thread, one at a time.
+// Every call sets the calling thread's MemError, to noErr when it succeeded. Blocks may be used
+// from any thread, one at a time.
 #pragma once
 
 #include <CoreServices/MacTypes.h>
@@ -13,8 +13,9 @@ extern "C" {
 /// Status of the thread's last Memory Manager call.
 OSA_PLATFORM_EXPORT OSErr MemError(void);
 
-/// A new block of `size` bytes, contents undefined; the caller disposes of it. Null with memFullErr when
-/// there is no room or `size` is negative. A block of 0 bytes has a non-null master pointer all the same.
+/// A new block of `size` bytes, contents undefined; the caller disposes of it. Null with memFullErr
+/// when there is no room or `size` is negative. A block of 0 bytes has a non-null master pointer
+/// all the same.
 OSA_PLATFORM_EXPORT Handle NewHandle(Size size);
 /// NewHandle, filled with zeros.
 OSA_PLATFORM_EXPORT Handle NewHandleClear(Size size);
@@ -24,8 +25,8 @@ OSA_PLATFORM_EXPORT Handle NewEmptyHandle(void);
 OSA_PLATFORM_EXPORT void ReallocateHandle(Handle handle, Size size);
 /// Frees the block and keeps the handle, whose master pointer becomes null.
 OSA_PLATFORM_EXPORT void EmptyHandle(Handle handle);
-/// Frees block and handle. Null is nilHandleErr and does nothing. Not for the handle of a resource that
-/// still belongs to an open resource file: that one is released with ReleaseResource.
+/// Frees block and handle. Null is nilHandleErr and does nothing. Not for the handle of a resource
+/// that still belongs to an open resource file: that one is released with ReleaseResource.
 OSA_PLATFORM_EXPORT void DisposeHandle(Handle handle);
 
 /// Bytes in the block; 0 for an empty or null handle.
@@ -33,7 +34,8 @@ OSA_PLATFORM_EXPORT Size GetHandleSize(Handle handle);
 /// Grows or shrinks the block, contents kept as far as they fit.
 OSA_PLATFORM_EXPORT void SetHandleSize(Handle handle, Size size);
 
-/// Lock marks are kept for callers that save and restore them; blocks move only when they are resized.
+/// Lock marks are kept for callers that save and restore them; blocks move only when they are
+/// resized.
 OSA_PLATFORM_EXPORT void HLock(Handle handle);
 OSA_PLATFORM_EXPORT void HUnlock(Handle handle);
 /// Bits of a handle's state.

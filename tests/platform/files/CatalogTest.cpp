@@ -1,10 +1,13 @@
 // References and what the catalog tells through them.
+#include <CoreFoundation/CFRef.h>
+#include <CoreFoundation/CFURL.h>
 #include <CoreServices/Folders.h>
 #include <OSA/HostFolders.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <set>
+#include <thread>
 
 #include "platform/files/Catalog.h"
 #include "platform/files/Names.h"
@@ -49,6 +52,11 @@ TEST_F(Catalog, KnowsDeadReferencesFromBadOnes) {
     EXPECT_EQ(query(a), fnfErr) << "another object has the place";
     EXPECT_EQ(fork(a, ForkKind::data), "status -43");
     EXPECT_EQ(query(ref("a")), noErr);
+    const FSRef reborn = ref("a");
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::filesystem::remove(at("a"));
+    put("a");
+    EXPECT_EQ(query(reborn), fnfErr) << "even where the new object got the old one's inode";
     EXPECT_EQ(FSGetCatalogInfo(nullptr, 0, nullptr, nullptr, nullptr, nullptr), paramErr);
 }
 
@@ -187,9 +195,42 @@ TEST_F(Catalog, AgreesWithTheSystemAboutEveryField) {
     EXPECT_EQ(locked.nodeFlags, kFSNodeLockedMask);
 }
 
-TEST_F(Catalog, FoldsLargeInodeNumbers) {
-    EXPECT_EQ(nodeIDFromInode(0xFFFFFFFF), 0xFFFFFFFFu);
-    EXPECT_EQ(nodeIDFromInode(0x0000000100000001), 0u);
+TEST_F(Catalog, GoesFromUrlsToReferencesAndBack) {
+    put("folder/with space");
+    std::filesystem::create_symlink("folder/with space", at("link"));
+    struct Row {
+        const char* name;
+        std::string url;
+        const char* found;  // null: nothing
+        const char* back;
+    };
+    const std::string base = "file://" + root_;
+    const Row rows[] = {
+        {"a file", base + "/folder/with%20space", "folder/with space", "/folder/with%20space"},
+        {"a folder", base + "/folder", "folder", "/folder/"},
+        {"a folder with a slash", base + "/folder/", "folder", "/folder/"},
+        {"a link at the end", base + "/link", "folder/with space", "/folder/with%20space"},
+        {"a file with a slash", base + "/folder/with%20space/", nullptr, nullptr},
+        {"nothing there", base + "/none", nullptr, nullptr},
+        {"another scheme", "http://localhost" + root_ + "/folder", nullptr, nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateWithBytes(
+            nullptr, reinterpret_cast<const UInt8*>(row.url.data()),
+            static_cast<CFIndex>(row.url.size()), kCFStringEncodingUTF8, nullptr));
+        FSRef object{};
+        ASSERT_EQ(CFURLGetFSRef(url.get(), &object), row.found != nullptr ? 1 : 0);
+        const auto back = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(nullptr, &object));
+        ASSERT_EQ(static_cast<bool>(back), row.found != nullptr);
+        if (row.found == nullptr) continue;
+        EXPECT_EQ(pathOf(object), at(row.found));
+        char text[1024];
+        ASSERT_TRUE(CFStringGetCString(CFURLGetString(back.get()), text, sizeof text,
+                                       kCFStringEncodingUTF8));
+        EXPECT_EQ(text, base + row.back);
+    }
+    EXPECT_FALSE(CFURLGetFSRef(nullptr, nullptr));
 }
 
 TEST_F(Catalog, WalksAFolderWithoutItsSideFiles) {

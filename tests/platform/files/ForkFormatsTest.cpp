@@ -1,6 +1,6 @@
 // The byte formats that wrap forks, built here from their parts.
-#include "platform/files/AppleDouble.h"
 #include "platform/files/ForkContainer.h"
+#include "platform/files/formats/AppleDouble.h"
 #include "tests/platform/files/FileFixture.h"
 
 namespace osa::test {

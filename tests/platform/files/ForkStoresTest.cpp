@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/files/ForkStore.h"
+#include "platform/files/stores/ForkStore.h"
 #include "tests/platform/files/FileFixture.h"
 
 namespace osa::test {

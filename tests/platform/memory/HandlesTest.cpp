@@ -10,7 +10,8 @@ TEST(Handles, KeepTheirAddressAndContentsThroughEveryChangeOfSize) {
     const CFIndex before = OSALiveBlockCount();
     const Handle empty = NewHandle(0);
     ASSERT_NE(empty, nullptr);
-    EXPECT_NE(*empty, nullptr) << "text resources of no bytes are passed on by their master pointer";
+    EXPECT_NE(*empty, nullptr)
+        << "text resources of no bytes are passed on by their master pointer";
     const Handle handle = NewHandleClear(4);
     std::memcpy(*handle, "abcd", 4);
     const Handle same = handle;

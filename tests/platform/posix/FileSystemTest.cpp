@@ -1,8 +1,7 @@
-// What the system answers, as statuses; faults to order.
+// What the system answers, as statuses.
 #include "platform/posix/FileSystem.h"
 
 #include <CoreServices/MacErrors.h>
-#include <OSA/Diagnostics.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -73,24 +72,6 @@ TEST_F(FileSystem, ListsAttributesOrNone) {
     EXPECT_EQ(std::count(names->begin(), names->end(), "user.first"), 1);
     EXPECT_EQ(std::count(names->begin(), names->end(), "user.second"), 1);
     EXPECT_EQ(asText(*attribute(path, "user.first")), value);
-}
-
-TEST(Fault, HitsTheOrderedOperations) {
-    struct Row {
-        UInt32 nth;
-        bool fromThenOn;
-        std::vector<bool> fails;
-    };
-    for (const Row& row :
-         {Row{0, false, {false, false, false}}, Row{2, false, {false, true, false}},
-          Row{2, true, {false, true, true}}}) {
-        OSAFailOperation(row.nth, row.fromThenOn);
-        for (const bool fails : row.fails) {
-            EXPECT_EQ(status("/", Follow::no).status(), fails ? ioErr : noErr);
-        }
-        EXPECT_EQ(OSAFailedOperations(), std::count(row.fails.begin(), row.fails.end(), true));
-        OSAFailOperation(0, false);
-    }
 }
 
 TEST(ErrnoStatus, TellsRefusalsApart) {

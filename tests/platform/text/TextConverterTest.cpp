@@ -116,7 +116,6 @@ TEST(TextConverter, EncodesUpToWhatTheEncodingHolds) {
 }
 
 TEST(TextConverter, EveryEncodingOfACodePageHasAConverter) {
-    std::string long_run(5000, 'x');
     int found = 0;
     for (unsigned page = 1; page < 66000; ++page) {
         const UInt32 encoding = encodingForWindowsCodePage(page);
@@ -133,6 +132,23 @@ TEST(TextConverter, EveryEncodingOfACodePageHasAConverter) {
     EXPECT_GT(found, 50);
     EXPECT_EQ(encodingForWindowsCodePage(0), kTextEncodingInvalid);
     EXPECT_EQ(encodingForCharsetName("ISO-8859-5"), 0x0205u);
+}
+
+TEST(TextConverter, SingleByteSetsKeepEveryByteTheyHave) {
+    for (unsigned page = 1; page < 66000; ++page) {
+        const UInt32 encoding = encodingForWindowsCodePage(page);
+        if (encoding == kTextEncodingInvalid || maximumBytesPerUnit(encoding) != 1) continue;
+        SCOPED_TRACE(page);
+        for (int byte = 0; byte < 256; ++byte) {
+            const std::string one(1, static_cast<char>(byte));
+            std::u16string units;
+            std::string back;
+            if (!decodeText(asBytes(one), encoding, units)) continue;
+            EXPECT_EQ(units.size(), 1u);
+            EXPECT_EQ(encodeText(units, encoding, 0, back), 1u);
+            EXPECT_EQ(back, one);
+        }
+    }
 }
 
 TEST(TextConverter, ThreadsKeepConvertersOfTheirOwn) {

@@ -1,0 +1,94 @@
+// Scanning folders for stores, and each thread's memory of what they have.
+#include "platform/files/stores/FolderSurroundings.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <utility>
+
+#include "platform/files/stores/SideFiles.h"
+
+namespace osa {
+namespace {
+
+// In a folder with more names than this the scan stops, and every store is looked into.
+constexpr int kLongestScan = 2000;
+// How long an unchanged folder is believed to have no __MACOSX folder above it.
+constexpr std::int64_t kRootsTrustedSeconds = 1;
+
+struct ScannedFolder {
+    std::string path;
+    posix::FileStatus status;
+    posix::Time observed;
+    posix::Time rootsObserved;
+    FolderStores stores;
+};
+
+/// A fixed number of places; a folder that falls on another's place displaces it.
+ScannedFolder& place(const std::string& path) {
+    thread_local std::array<ScannedFolder, 64> folders;
+    return folders[std::hash<std::string>{}(path) % folders.size()];
+}
+
+Result<FolderStores> scan(const std::string& path) {
+    FolderStores found;
+    const FolderStores everything{true, true, true, true, {}};
+    auto names = posix::DirectoryReader::open(path);
+    if (!names.ok()) {
+        // A folder may be closed to reading and yet its files be open to whoever knows their names.
+        if (names.status() == permErr) return everything;
+        return Failure(names.status());
+    }
+    for (int count = 0;; ++count) {
+        if (count == kLongestScan) return everything;
+        OSA_TRY(const std::string name, names->next());
+        if (name.empty()) return found;
+        if (name.front() == '%') found.percentNames = true;
+        if (name.front() != '.') continue;
+        if (name == ".AppleDouble") found.appleDouble = true;
+        if (name == ".rsrc" || name == ".finf") found.rsrc = true;
+        if (name == ".resource" || name == ".finderinfo") found.resource = true;
+    }
+}
+
+Result<std::vector<std::string>> macosxRoots(std::string path) {
+    std::vector<std::string> roots;
+    for (;;) {
+        const auto beside = posix::status(joinPath(path, "__MACOSX"), posix::Follow::yes);
+        if (beside.ok() && beside->isFolder()) roots.push_back(path);
+        if (!beside.ok() && !meansAbsent(beside.status(), true)) return Failure(beside.status());
+        if (path == "/") return roots;
+        path.resize(std::max<std::size_t>(path.rfind('/'), 1));
+    }
+}
+
+}  // namespace
+
+Result<posix::FileStatus> FolderSurroundings::status() {
+    if (!status_) {
+        OSA_TRY(status_, posix::status(folder_, posix::Follow::yes));
+    }
+    return *status_;
+}
+
+Result<FolderStores> FolderSurroundings::stores() {
+    OSA_TRY(const posix::FileStatus current, status());
+    const posix::Time now = posix::now();
+    ScannedFolder& known = place(folder_);
+    const bool isCurrent = known.path == folder_ && current.isUnchangedSince(known.status) &&
+                           posix::isSettled(current.changed, known.observed);
+    if (!isCurrent) {
+        known.path.clear();
+        OSA_TRY(FolderStores stores, scan(folder_));
+        known = {folder_, current, now, {}, std::move(stores)};
+    }
+    if (now.seconds - known.rootsObserved.seconds > kRootsTrustedSeconds) {
+        OSA_TRY(known.stores.macosxRoots, macosxRoots(folder_));
+        known.rootsObserved = now;
+    }
+    return known.stores;
+}
+
+}  // namespace osa

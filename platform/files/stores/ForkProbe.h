@@ -1,0 +1,18 @@
+// Asking the stores in order for one part of an object.
+//
+// The questions about one file come in a row on one thread, so each thread remembers what the
+// stores said of the last object. It is believed as long as the object and every file the answers
+// came from have the dates they had, which costs one status each.
+#pragma once
+
+#include "platform/files/stores/ForkStore.h"
+
+namespace osa {
+
+/// The first non-blank Finder information; blank when nobody keeps any. A link has type and creator
+/// of its own.
+Result<FinderInfoBytes> findFinderInfo(const Located& object);
+/// The first non-empty resource fork, else an empty one that is there; null when nobody keeps any.
+Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object);
+
+}  // namespace osa

@@ -1,0 +1,68 @@
+// The interface behind which every way of keeping forks and Finder information on Unix lies.
+//
+// A store looks for what it keeps of one object and says on which files its answer rests
+// (witnesses), so that the answer can be used again for as long as those stay as they were.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/base/ByteSource.h"
+#include "platform/files/References.h"
+#include "platform/files/formats/FinderInfoBytes.h"
+
+namespace osa {
+
+/// Where a resource fork lies: in memory, or a part of a file that is opened when it is needed.
+struct StoredFork {
+    std::shared_ptr<const ByteSource> bytes;  ///< null: in the file
+    std::string path;
+    posix::FileStatus file;
+    CheckedRange range;
+
+    std::uint64_t size() const { return bytes != nullptr ? bytes->size() : range.length; }
+    /// fnfErr when the file has changed since it was found.
+    Result<std::shared_ptr<const ByteSource>> open() const;
+};
+
+/// A path and what was there: an answer holds while the same is there.
+struct Witness {
+    std::string path;
+    std::optional<posix::FileStatus> seen;  ///< none: there was nothing
+};
+
+struct StoredParts {
+    FinderInfoBytes finderInfo{};                    ///< blank: none kept
+    std::shared_ptr<const StoredFork> resourceFork;  ///< null: none kept; may be empty
+    std::vector<Witness> witnesses;
+};
+
+class FolderSurroundings;
+
+class ForkStore {
+  public:
+    virtual ~ForkStore() = default;
+    /// Looks for the parts of `object`, which is no link and not the root folder. Nothing kept is
+    /// no failure; a failure means that the system refused to tell.
+    virtual Result<StoredParts> look(const Located& object, FolderSurroundings& around) const = 0;
+};
+
+/// All stores, in the order in which they are asked.
+std::span<const ForkStore* const> forkStores();
+
+// One of each, defined in the file that is named after it.
+extern const ForkStore& extendedAttributes;
+extern const ForkStore& dotUnderscoreFile;
+extern const ForkStore& appleDoubleFolder;
+extern const ForkStore& macosxFolder;
+extern const ForkStore& rsrcFinfFolders;
+extern const ForkStore& resourceFinderInfoFolders;
+extern const ForkStore& percentFile;
+
+/// Whether the iterator hides an object of this name because it keeps other objects' parts.
+bool isSideFile(const std::string& folder, const std::string& name);
+
+}  // namespace osa

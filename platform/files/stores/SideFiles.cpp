@@ -1,0 +1,61 @@
+// Reading side files, and forks that lie in them.
+#include "platform/files/stores/SideFiles.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include "platform/files/formats/AppleDouble.h"
+
+namespace osa {
+namespace {
+
+// Up to this size one read serves every later question.
+constexpr std::uint64_t kReadWhole = 65536;
+
+Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& status,
+                            std::shared_ptr<const ByteSource> content) {
+    StoredParts parts;
+    parts.witnesses.push_back({path, status});
+    const bool isInMemory = content->size() <= kReadWhole;
+    if (isInMemory) {
+        OSA_TRY(auto bytes, readRange(*content, {0, content->size()}));
+        content = std::make_shared<MemorySource>(std::move(bytes));
+    }
+    const auto parsed = AppleDouble::parse(content);
+    if (!parsed.ok()) {
+        if (parsed.status() == paramErr) return parts;
+        return Failure(parsed.status());
+    }
+    OSA_TRY(parts.finderInfo, parsed->finderInfoContent());
+    const AppleDouble::Entry* const fork = parsed->find(AppleDouble::resourceFork);
+    if (fork == nullptr) return parts;
+    // A large side file is not kept open: it is opened again when the fork is.
+    auto bytes = isInMemory ? parsed->content(AppleDouble::resourceFork) : nullptr;
+    parts.resourceFork =
+        std::make_shared<StoredFork>(StoredFork{std::move(bytes), path, status, fork->range});
+    return parts;
+}
+
+}  // namespace
+
+Result<std::shared_ptr<const ByteSource>> StoredFork::open() const {
+    if (bytes != nullptr) return bytes;
+    OSA_TRY(const auto opened, posix::openFile(path, posix::Follow::yes));
+    if (!opened->status().isUnchangedSince(file)) return Failure(fnfErr);
+    return std::shared_ptr<const ByteSource>(std::make_shared<SubSource>(opened, range));
+}
+
+bool meansAbsent(OSStatus status, bool mayBeRefused) {
+    return status == fnfErr || status == notAFileErr || status == errFSNameTooLong ||
+           (mayBeRefused && status == permErr);
+}
+
+Result<StoredParts> readAppleDoubleSideFile(const std::string& path, bool mayBeRefused) {
+    const auto opened = posix::openFile(path, posix::Follow::yes);
+    if (opened.ok()) return partsOf(path, (*opened)->status(), *opened);
+    if (!meansAbsent(opened.status(), mayBeRefused)) return Failure(opened.status());
+    StoredParts nothing;
+    nothing.witnesses.push_back({path, std::nullopt});
+    return nothing;
+}
+
+}  // namespace osa

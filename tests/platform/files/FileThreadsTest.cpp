@@ -1,0 +1,49 @@
+// Many threads on their own files and on shared folders and numbers, for the thread sanitizer.
+#include <OSA/Diagnostics.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+class FileThreads : public FileFixture {};
+
+TEST_F(FileThreads, ReadTheirOwnFilesOnly) {
+    constexpr int kThreads = 8;
+    for (int i = 0; i < kThreads; ++i) {
+        const std::string name = std::to_string(i);
+        put("d/" + name, name);
+        put("d/._" + name, appleDouble(finderInfo(static_cast<FourCharCode>(i + 1), 0), ""));
+    }
+    std::atomic<int> wrong = 0;
+    const auto work = [&](int own) {
+        const std::string path = at("d/" + std::to_string(own));
+        for (int round = 0; round < 100; ++round) {
+            FSRef object;
+            FSCatalogInfo info;
+            SInt16 number = 0;
+            char content = 0;
+            SInt32 count = 1;
+            const bool isRight = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()),
+                                               &object, nullptr) == 0 &&
+                                 FSGetCatalogInfo(&object, kFSCatInfoFinderInfo | kFSCatInfoVolume,
+                                                  &info, nullptr, nullptr, nullptr) == noErr &&
+                                 info.finderInfo.fdType == static_cast<FourCharCode>(own + 1) &&
+                                 FSOpenFork(&object, 0, nullptr, fsRdPerm, &number) == noErr &&
+                                 FSRead(number, &count, &content) == noErr &&
+                                 FSCloseFork(number) == noErr && content == '0' + own;
+            if (!isRight) ++wrong;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(OSAOpenFileCount(), 0);
+}
+
+}  // namespace
+}  // namespace osa::test
