@@ -70,14 +70,16 @@ std::string recordAsJson(const service::ImportRecord& record) {
 std::string recordAsText(const service::ImportRecord& record) {
     std::vector<Line> lines = recordLines(record);
     std::size_t width = 0;
-    for (const Line& line : lines) width = std::max(width, line.key.size());
-    std::ostringstream text;
-    text << toValidUTF8(record.path) << '\n';
-    for (const Line& line : lines) {
-        text << "    " << line.key << std::string(width - line.key.size(), ' ') << " = "
-             << line.value << '\n';
+    for (Line& line : lines) {
+        line = {forTerminal(line.key), forTerminal(line.value)};
+        width = std::max(width, line.key.size());
     }
-    return text.str();
+    std::string text = forTerminal(record.path) + "\n";
+    for (const Line& line : lines) {
+        const std::string padding(width - line.key.size(), ' ');
+        text += "    " + line.key + padding + " = " + line.value + "\n";
+    }
+    return text;
 }
 
 CFRef<CFDictionaryRef> recordAsPropertyList(const service::ImportRecord& record) {

@@ -11,8 +11,6 @@
 namespace osa {
 namespace {
 
-using test::ResourceForkBuilder;
-
 Result<ResourceFork> open(std::vector<std::byte> bytes) {
     return ResourceFork::open(std::make_shared<MemorySource>(std::move(bytes)));
 }

@@ -14,8 +14,6 @@
 namespace osa {
 namespace {
 
-using test::ResourceForkBuilder;
-
 samples::ResourceForkBuilder sample(const std::string& text) {
     samples::ResourceForkBuilder builder;
     // Compressed: two literal bytes and the end mark, with its 18 bytes of header.
@@ -39,7 +37,7 @@ class ResourceManager : public testing::Test {
     }
     /// A file with the given resource fork.
     FSRef file(const std::string& name, std::string_view fork) const {
-        folder_.write("._" + name, test::wrappedFork(fork));
+        folder_.write("._" + name, samples::wrappedFork(fork));
         return ref(folder_.write(name, "data"));
     }
     static std::string content(Handle handle) {
