@@ -171,6 +171,8 @@ TEST_F(ResFile, PutsTheCallersFileAndTheLoadingSwitchBack) {
     UseResFile(current);
     EXPECT_TRUE(two.ResourceExists('plst', SInt16{0}));
     EXPECT_FALSE(two.ResourceExists('plst', SInt16{1}));
+    EXPECT_EQ(two.GetUniqueResourceID('TEXT'), 128);
+    EXPECT_EQ(two.GetUniqueResourceID('none'), 128);
     const Handle unloaded = two.RetrieveEmptyResource('plst', SInt16{0});
     ASSERT_NE(unloaded, nullptr);
     EXPECT_EQ(*unloaded, nullptr);

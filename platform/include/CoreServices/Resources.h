@@ -77,6 +77,9 @@ OSA_PLATFORM_EXPORT Handle Get1NamedResource(ResType type, ConstStr255Param name
 OSA_PLATFORM_EXPORT Handle Get1IndResource(ResType type, ResourceIndex index);
 /// The same through the current file and all that the thread opened before it, latest first.
 OSA_PLATFORM_EXPORT Handle GetResource(ResType type, ResID id);
+/// The smallest id from 128 that no resource of the type has in the current file; 0 with
+/// addResFailed when all are taken.
+OSA_PLATFORM_EXPORT ResID Unique1ID(ResType type);
 
 /// Reads the data of a resource whose handle is empty; nothing for one that is in memory.
 OSA_PLATFORM_EXPORT void LoadResource(Handle resource);

@@ -118,6 +118,8 @@ TEST_F(ResourceManager, GivesTheSameHandleUntilItIsReleasedOrDetached) {
                                                                                "DESCRIPTION")),
               text);
     EXPECT_EQ(Get1IndResource(FourCC("TEXT"), 1), text);
+    EXPECT_GE(Unique1ID(FourCC("TEXT")), 128);
+    EXPECT_EQ(GetResource(FourCC("TEXT"), Unique1ID(FourCC("TEXT"))), nullptr);
     EXPECT_EQ(HomeResFile(text), number);
     EXPECT_EQ(HGetState(text) & kHandleResourceMask, kHandleResourceMask);
 
