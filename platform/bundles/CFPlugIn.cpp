@@ -70,14 +70,18 @@ void registerFactory(const void* key, const void* value, void* context) {
     if (isNew) plugIn->factories.push_back(CFRef<CFTypeRef>::Retain(uuid.get()));
 }
 
-/// The living plug-in of the same folder, with a reference for the caller; null when there is none.
-CFPlugInRef registeredAt(const std::string& root) {
+CFRef<CFPlugInRef> livingPlugIn(const Factory& factory) {
+    return CFRef<CFPlugInRef>::Adopt(
+        static_cast<CFPlugInRef>(const_cast<void*>(copyIfAlive(factory.plugIn))));
+}
+
+/// The living plug-in of the same folder; null when there is none.
+CFRef<CFPlugInRef> registeredAt(const std::string& root) {
     for (const auto& [uuid, factory] : plugInRegister().factories) {
-        if (factory.plugIn->layout.root == root && retainIfAlive(factory.plugIn)) {
-            return factory.plugIn;
-        }
+        if (factory.plugIn->layout.root != root) continue;
+        if (auto plugIn = livingPlugIn(factory)) return plugIn;
     }
-    return nullptr;
+    return {};
 }
 
 struct TypeSearch {
@@ -101,9 +105,8 @@ void collectFactories(const void* key, const void* value, void* context) {
 std::pair<CFRef<CFPlugInRef>, std::string> findFactory(CFUUIDRef uuid) {
     const std::lock_guard<std::mutex> lock(plugInRegister().lock);
     const auto found = plugInRegister().factories.find(keyOf(uuid));
-    if (found == plugInRegister().factories.end() || !retainIfAlive(found->second.plugIn))
-        return {};
-    return {CFRef<CFPlugInRef>::Adopt(found->second.plugIn), found->second.function};
+    if (found == plugInRegister().factories.end()) return {};
+    return {livingPlugIn(found->second), found->second.function};
 }
 
 }  // namespace
@@ -125,7 +128,7 @@ CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url) {
         osa::dictionaryAt(plugIn.get()->information(), &osa::kFactoriesKey);
     if (factories == nullptr) return nullptr;
     const std::lock_guard<std::mutex> lock(osa::plugInRegister().lock);
-    if (const CFPlugInRef known = osa::registeredAt(plugIn.get()->layout.root)) return known;
+    if (auto known = osa::registeredAt(plugIn.get()->layout.root)) return known.leak();
     CFDictionaryApplyFunction(factories, osa::registerFactory, plugIn.get());
     return plugIn.leak();
 }

@@ -33,6 +33,16 @@ void noteObjectGone() {
     liveObjects.fetch_sub(1, std::memory_order_relaxed);
 }
 
+CFTypeRef copyIfAlive(CFTypeRef ref) {
+    const CFObject* const object = asObject(ref);
+    std::uint32_t count = object->count.load(std::memory_order_relaxed);
+    while (count != 0) {
+        if (count == CFObject::kImmortal) return ref;
+        if (object->count.compare_exchange_weak(count, count + 1)) return ref;
+    }
+    return nullptr;
+}
+
 std::string describe(CFTypeRef ref) {
     if (ref == nullptr) return "(null)";
     const CFObject* const object = asObject(ref);

@@ -30,7 +30,7 @@ class SCoreFoundation {
     }
     /// Takes over an owned reference. The old one is released unless it is the same object: then
     /// the holder keeps the count that came with the new one.
-    SCoreFoundation& operator=(T owned) {
+    SCoreFoundation& operator=(CF_CONSUMED T owned) {
         if (mRef != owned) {
             if (mRef != nullptr) CFRelease(mRef);
             mRef = owned;

@@ -14,9 +14,11 @@
 #ifdef __clang_analyzer__
 #define CF_RETURNS_RETAINED __attribute__((cf_returns_retained))
 #define CF_RETURNS_NOT_RETAINED __attribute__((cf_returns_not_retained))
+#define CF_CONSUMED __attribute__((cf_consumed))
 #else
 #define CF_RETURNS_RETAINED
 #define CF_RETURNS_NOT_RETAINED
+#define CF_CONSUMED
 #endif
 
 #ifdef __cplusplus
