@@ -31,10 +31,8 @@ class SCoreFoundation {
     /// Takes over an owned reference. The old one is released unless it is the same object: then
     /// the holder keeps the count that came with the new one.
     SCoreFoundation& operator=(CF_CONSUMED T owned) {
-        if (mRef != owned) {
-            if (mRef != nullptr) CFRelease(mRef);
-            mRef = owned;
-        }
+        const T old = std::exchange(mRef, owned);
+        if (old != owned && old != nullptr) CFRelease(old);
         return *this;
     }
 
