@@ -3,13 +3,15 @@
 #include <cstdio>
 
 #include "cli/Command.h"
+#include "cli/RecordFormat.h"
 
 namespace osa::cli {
 
 void reportError(std::string_view path, std::string_view reason) {
     std::fflush(stdout);
-    std::fprintf(stderr, "osa: %.*s: %.*s\n", static_cast<int>(path.size()), path.data(),
-                 static_cast<int>(reason.size()), reason.data());
+    const std::string line =
+        "osa: " + forTerminal(std::string(path)) + ": " + std::string(reason) + "\n";
+    std::fputs(line.c_str(), stderr);
 }
 
 }  // namespace osa::cli
@@ -26,6 +28,10 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         // Help and version are asked for; everything else is wrong usage.
         return program.exit(error) == 0 ? osa::cli::kAllWell : osa::cli::kWrongUsage;
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        osa::cli::reportError("standard output", "cannot be written");
+        return osa::cli::kSomethingFailed;
     }
     return exitStatus;
 }

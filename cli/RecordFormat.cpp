@@ -5,7 +5,6 @@
 #include <CoreFoundation/CFNumber.h>
 
 #include <algorithm>
-#include <sstream>
 #include <vector>
 
 #include "cli/JsonValue.h"
@@ -34,10 +33,6 @@ struct Line {
     std::string value;
 };
 
-std::string quoted(const std::string& text) {
-    return Json(toValidUTF8(text)).dump();
-}
-
 std::vector<Line> recordLines(const service::ImportRecord& record) {
     std::vector<Line> lines;
     if (record.kind) {
@@ -51,7 +46,8 @@ std::vector<Line> recordLines(const service::ImportRecord& record) {
     lines.push_back({"imported", record.imported ? "yes" : "no"});
     const Json attributes = jsonValue(record.attributes.get());
     for (const auto& [key, value] : attributes.items()) lines.push_back({key, value.dump()});
-    for (const std::string& line : record.log) lines.push_back({"log", quoted(line)});
+    for (const std::string& line : record.log)
+        lines.push_back({"log", Json(toValidUTF8(line)).dump()});
     return lines;
 }
 
@@ -72,16 +68,18 @@ std::string recordAsJson(const service::ImportRecord& record) {
 }
 
 std::string recordAsText(const service::ImportRecord& record) {
-    const std::vector<Line> lines = recordLines(record);
+    std::vector<Line> lines = recordLines(record);
     std::size_t width = 0;
-    for (const Line& line : lines) width = std::max(width, line.key.size());
-    std::ostringstream text;
-    text << toValidUTF8(record.path) << '\n';
-    for (const Line& line : lines) {
-        text << "    " << line.key << std::string(width - line.key.size(), ' ') << " = "
-             << line.value << '\n';
+    for (Line& line : lines) {
+        line = {forTerminal(line.key), forTerminal(line.value)};
+        width = std::max(width, line.key.size());
     }
-    return text.str();
+    std::string text = forTerminal(record.path) + "\n";
+    for (const Line& line : lines) {
+        const std::string padding(width - line.key.size(), ' ');
+        text += "    " + line.key + padding + " = " + line.value + "\n";
+    }
+    return text;
 }
 
 CFRef<CFDictionaryRef> recordAsPropertyList(const service::ImportRecord& record) {

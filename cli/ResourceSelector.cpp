@@ -40,6 +40,7 @@ std::optional<ResourceSelector> parseResourceSelector(std::string_view text) {
     const std::size_t colon = text.rfind(':');
     if (colon != std::string_view::npos) {
         const auto id = parseID(text.substr(colon + 1));
+        if (id && colon == 0) return std::nullopt;
         const auto type = parseType(text.substr(0, colon));
         if (id && type) return ResourceSelector{*type, id};
     }

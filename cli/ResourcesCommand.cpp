@@ -116,7 +116,7 @@ std::string process(const std::string& file, const ResourcesOptions& options,
         const OSStatus written = writeData(opened, resources.front().first);
         return written == noErr ? std::string() : reasonFor(written);
     }
-    std::printf("%s\n", toValidUTF8(file).c_str());
+    std::printf("%s\n", forTerminal(file).c_str());
     for (const auto& [index, info] : resources) printLine(info);
     return {};
 }

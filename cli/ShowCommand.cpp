@@ -33,11 +33,12 @@ class PropertyListOutput {
     PropertyListOutput()
         : records_(CFRef<CFMutableArrayRef>::Adopt(
               CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks))) {}
-    void add(const service::ImportRecord& record) {
+    /// False, and named, when the attributes cannot be written; the rest of the record is.
+    bool add(const service::ImportRecord& record) {
         const auto list = recordAsPropertyList(record);
         if (CFPropertyListIsValid(list.get(), kCFPropertyListXMLFormat_v1_0)) {
             CFArrayAppendValue(records_.get(), list.get());
-            return;
+            return true;
         }
         service::ImportRecord bare = record;
         bare.attributes = CFRef<CFDictionaryRef>::Adopt(
@@ -46,13 +47,15 @@ class PropertyListOutput {
         bare.error = "an attribute cannot be written in a property list";
         reportError(record.path, bare.error);
         CFArrayAppendValue(records_.get(), recordAsPropertyList(bare).get());
+        return false;
     }
-    void finish() const {
+    bool finish() const {
         const auto data = CFRef<CFDataRef>::Adopt(
             CFPropertyListCreateXMLData(kCFAllocatorDefault, records_.get()));
-        if (!data) return;
+        if (!data) return false;
         std::fwrite(CFDataGetBytePtr(data.get()), 1,
                     static_cast<std::size_t>(CFDataGetLength(data.get())), stdout);
+        return true;
     }
 
   private:
@@ -83,12 +86,15 @@ int show(const ShowOptions& options) {
             exitStatus = kSomethingFailed;
         }
         if (options.plist) {
-            list.add(record);
+            if (!list.add(record)) exitStatus = kSomethingFailed;
         } else {
             print(options.json ? recordAsJson(record) + "\n" : recordAsText(record));
         }
     }
-    if (options.plist) list.finish();
+    if (options.plist && !list.finish()) {
+        reportError("standard output", "the records cannot be written as a property list");
+        exitStatus = kSomethingFailed;
+    }
     return exitStatus;
 }
 

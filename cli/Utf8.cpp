@@ -1,4 +1,5 @@
 // Text of any origin as valid UTF-8 for output.
+#include <cstdio>
 #include <vector>
 
 #include "cli/RecordFormat.h"
@@ -71,6 +72,25 @@ std::string toValidUTF8(const std::string& bytes) {
             out.append(bytes, i, length);
             i += length;
         }
+    }
+    return out;
+}
+
+std::string forTerminal(const std::string& bytes) {
+    const std::string text = toValidUTF8(bytes);
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        const bool isC1 = byte == 0xC2 && next < 0xA0;
+        if (byte >= 0x20 && byte != 0x7F && !isC1) {
+            out += text[i];
+            continue;
+        }
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04x", isC1 ? next : byte);
+        out += escape;
+        if (isC1) ++i;
     }
     return out;
 }

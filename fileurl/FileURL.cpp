@@ -7,10 +7,20 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <vector>
 
 namespace {
+
+/// Disposes of a descriptor when it goes.
+struct OwnedDesc {
+    AEDesc desc{typeNull, nullptr};
+    OwnedDesc() = default;
+    OwnedDesc(const OwnedDesc&) = delete;
+    OwnedDesc& operator=(const OwnedDesc&) = delete;
+    ~OwnedDesc() { AEDisposeDesc(&desc); }
+};
 
 /// The whole data of a descriptor; empty when it cannot be had.
 std::vector<UInt8> DescData(const AEDesc* desc) {
@@ -53,11 +63,10 @@ OSStatus FURLCreateFromAEDesc(CFAllocatorRef allocator, const AEDesc* desc, CFUR
             *url = CFURLCreateWithBytes(allocator, bytes.data(), static_cast<CFIndex>(bytes.size()),
                                         kCFStringEncodingUTF8, nullptr);
         } else {
-            AEDesc units{typeNull, nullptr};
-            const OSStatus status = AECoerceDesc(desc, typeUnicodeText, &units);
+            OwnedDesc units;
+            const OSStatus status = AECoerceDesc(desc, typeUnicodeText, &units.desc);
             if (status != noErr) return status;
-            *url = CreateFromURLText(allocator, DescData(&units));
-            AEDisposeDesc(&units);
+            *url = CreateFromURLText(allocator, DescData(&units.desc));
         }
     } catch (const std::bad_alloc&) {
         return memFullErr;
@@ -70,6 +79,7 @@ OSStatus FURLCreateFromParentAndName(CFAllocatorRef allocator, const FSRef* pare
     if (url == nullptr) return paramErr;
     *url = nullptr;
     if (parent == nullptr || name == nullptr) return paramErr;
+    if (name->length > std::size(name->unicode)) return cfStringConversionErr;
     const auto folder = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(allocator, parent));
     // A slash in a file's name is a colon in a path.
     HFSUniStr255 component = *name;

@@ -41,32 +41,29 @@ SCoreFoundation<CFURLRef> RelativeURL(CFStringRef path, CFURLRef base) {
         kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, false, base));
 }
 
-void MergeListFile(CFMutableDictionaryRef attributes, CFURLRef itemURL) {
-    const SCoreFoundation<CFURLRef> list = RelativeURL(CFSTR("Contents/Brindle.list"), itemURL);
-    FailNIL(list);
+void MergeListFile(CFMutableDictionaryRef attributes, CFURLRef list) {
     MergeSavedAttributes(attributes, NSDictionary::dictionaryWithContentsOfURL(list));
 }
 
-void SetDescription(CFMutableDictionaryRef attributes, CFBundleRef bundle) {
+SCoreFoundation<CFURLRef> ListURL(CFURLRef itemURL) {
+    SCoreFoundation<CFURLRef> list = RelativeURL(CFSTR("Contents/Brindle.list"), itemURL);
+    FailNIL(list);
+    return list;
+}
+
+/// The rich-text description with its attachments, or alone; null when there is none.
+SCoreFoundation<CFURLRef> DescriptionURL(CFBundleRef bundle) {
     SCoreFoundation<CFURLRef> url(
         CFBundleCopyResourceURL(bundle, CFSTR("description"), CFSTR("rtfd"), nullptr));
     if (url == nullptr) {
         url = CFBundleCopyResourceURL(bundle, CFSTR("description"), CFSTR("rtf"), nullptr);
     }
-    if (url == nullptr) return;
-    // A document that cannot be read has no text to set.
-    const CFStringRef text = NSAttributedString::initWithURL(url, nullptr).string();
-    if (text != nullptr) CFDictionarySetValue(attributes, kMDItemDescription, text);
+    return url;
 }
 
-void SetSourceText(CFMutableDictionaryRef attributes, CFBundleRef bundle) {
-    const SCoreFoundation<CFURLRef> resources(CFBundleCopyResourcesDirectoryURL(bundle));
-    FailNIL(resources);
-    const SCoreFoundation<CFURLRef> recovered =
-        RelativeURL(CFSTR("Scripts/main.recover.txt"), resources);
-    if (recovered == nullptr) return;
-    const CFStringRef text = NSString::stringWithContentsOfURL(recovered);
-    if (text != nullptr) CFDictionarySetValue(attributes, kMDItemTextContent, text);
+/// A document that cannot be read has no text to set.
+void SetIfRead(CFMutableDictionaryRef attributes, CFStringRef key, CFStringRef text) {
+    if (text != nullptr) CFDictionarySetValue(attributes, key, text);
 }
 
 }  // namespace
@@ -84,11 +81,23 @@ void ImportResourceScript(const CFileSpec& spec, CFMutableDictionaryRef attribut
 }
 
 void ImportBundleScript(CFURLRef itemURL, CFMutableDictionaryRef attributes) {
+    // Held side by side, so that they are released in the reverse of this order.
     const SCoreFoundation<CFBundleRef> bundle(CFBundleCreate(kCFAllocatorDefault, itemURL));
     FailNIL(bundle);
-    SetDescription(attributes, bundle);
-    SetSourceText(attributes, bundle);
-    MergeListFile(attributes, itemURL);
+    const SCoreFoundation<CFURLRef> description = DescriptionURL(bundle);
+    if (description != nullptr) {
+        SetIfRead(attributes, kMDItemDescription,
+                  NSAttributedString::initWithURL(description, nullptr).string());
+    }
+    const SCoreFoundation<CFURLRef> resources(CFBundleCopyResourcesDirectoryURL(bundle));
+    FailNIL(resources);
+    const SCoreFoundation<CFURLRef> recovered =
+        RelativeURL(CFSTR("Scripts/main.recover.txt"), resources);
+    if (recovered != nullptr) {
+        SetIfRead(attributes, kMDItemTextContent, NSString::stringWithContentsOfURL(recovered));
+    }
+    const SCoreFoundation<CFURLRef> list = ListURL(itemURL);
+    MergeListFile(attributes, list);
 }
 
 void ImportTextScript(const CFileSpec& spec, CFURLRef itemURL, CFMutableDictionaryRef attributes) {
@@ -96,5 +105,6 @@ void ImportTextScript(const CFileSpec& spec, CFURLRef itemURL, CFMutableDictiona
     file.Open(fsRdPerm);
     const SHandle text(file.RetrieveResource('TEXT', kDescriptionID, nullptr, nullptr));
     if (text.Get() != nullptr) SetText(attributes, kMDItemDescription, text.Get());
-    MergeListFile(attributes, itemURL);
+    const SCoreFoundation<CFURLRef> list = ListURL(itemURL);
+    MergeListFile(attributes, list);
 }

@@ -72,11 +72,11 @@ bool HoldsAppletSettings(const CFileSpec& spec) {
 }
 
 template <typename Test>
-bool FalseOnFailure(Test test, const CFileSpec& spec) {
+SInt32 FalseOnFailure(Test test, const CFileSpec& spec) {
     try {
-        return test(spec);
+        return test(spec) ? 1 : 0;
     } catch (...) {
-        return false;
+        return 0;
     }
 }
 
@@ -115,19 +115,19 @@ ScriptType GetScriptType(const CFileSpec& spec) {
     }
 }
 
-bool IsDataForkScript(const CFileSpec& spec) {
+SInt32 IsDataForkScript(const CFileSpec& spec) {
     return FalseOnFailure([](const CFileSpec& item) { return EndsInTrailer(item.GetFSRef()); },
                           spec);
 }
 
-bool IsBundleScript(const CFileSpec& spec) {
+SInt32 IsBundleScript(const CFileSpec& spec) {
     return FalseOnFailure(HoldsMainScript, spec);
 }
 
-bool IsBundleApplet(const CFileSpec& spec) {
+SInt32 IsBundleApplet(const CFileSpec& spec) {
     return IsBundleScript(spec);
 }
 
-bool IsCarbonApplet(const CFileSpec& spec) {
+SInt32 IsCarbonApplet(const CFileSpec& spec) {
     return FalseOnFailure(HoldsAppletSettings, spec);
 }

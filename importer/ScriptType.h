@@ -25,12 +25,12 @@ enum : ScriptType {
 /// and for a folder that is no bundle.
 ScriptType GetScriptType(const CFileSpec& spec);
 
-// The tests behind it. None throws: what cannot be looked at answers false.
+// The tests behind it: 1 or 0. None throws: what cannot be looked at answers 0.
 
 /// Whether the data fork is longer than four bytes and ends in FA DE DE AD.
-bool IsDataForkScript(const CFileSpec& spec);
+SInt32 IsDataForkScript(const CFileSpec& spec);
 /// Whether the item is a bundle whose resources folder holds "Scripts/main.scpt".
-bool IsBundleScript(const CFileSpec& spec);
-bool IsBundleApplet(const CFileSpec& spec);
+SInt32 IsBundleScript(const CFileSpec& spec);
+SInt32 IsBundleApplet(const CFileSpec& spec);
 /// Whether the file's resources, wherever it keeps them, hold 'plst' 0.
-bool IsCarbonApplet(const CFileSpec& spec);
+SInt32 IsCarbonApplet(const CFileSpec& spec);

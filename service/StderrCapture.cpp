@@ -25,7 +25,8 @@ int captureFile() {
 
 StderrCapture::StderrCapture() {
     const int file = captureFile();
-    if (file < 0) return;
+    // A capture that was not finished may have left something behind.
+    if (file < 0 || ftruncate(file, 0) != 0 || lseek(file, 0, SEEK_SET) != 0) return;
     std::fflush(stderr);
     const int saved = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
     if (saved < 0) return;
@@ -56,7 +57,6 @@ std::vector<std::string> StderrCapture::finish() {
     std::string text(kMaxCaught, '\0');
     const ssize_t count = pread(file, text.data(), text.size(), 0);
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    if (ftruncate(file, 0) == 0) lseek(file, 0, SEEK_SET);
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) lines.push_back(line);

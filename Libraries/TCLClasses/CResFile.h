@@ -41,6 +41,7 @@ class CResFile : public CFile {
                            const unsigned char* name, SInt32 attributes);
     virtual void StoreResource(ResType type, SInt16 id, Handle data, const unsigned char* name,
                                SInt32 attributes);
+    /// An id that no resource of the type has in this file.
     virtual SInt16 GetUniqueResourceID(ResType type);
     virtual void DeleteResource(ResType type, SInt16 id);
 

@@ -111,6 +111,13 @@ void RetrieveInto(CResFile& file, ResType type, Key key, char* rData, Size rData
 
 }  // namespace
 
+SInt16 CResFile::GetUniqueResourceID(ResType type) {
+    TB_ASSERT(kUnit, IsOpen());
+    const SCurrentResFile saved;
+    MakeCurrent();
+    return Unique1ID(type);
+}
+
 bool CResFile::ResourceExists(ResType type, SInt16 id) {
     return Exists(*this, type, id);
 }

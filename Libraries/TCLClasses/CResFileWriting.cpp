@@ -47,12 +47,6 @@ void CResFile::StoreResource(ResType /*type*/, SInt16 /*id*/, Handle rData,
     FailOSErr(unimpErr);
 }
 
-SInt16 CResFile::GetUniqueResourceID(ResType /*type*/) {
-    TB_ASSERT(kUnit, IsOpen());
-    FailOSErr(unimpErr);
-    return 0;
-}
-
 void CResFile::DeleteResource(ResType /*type*/, SInt16 /*id*/) {
     TB_ASSERT(kUnit, IsOpen());
     FailOSErr(unimpErr);

@@ -1,5 +1,5 @@
-// Bundles made of arbitrary files: the bytes are a list of (place, content), written below a folder that is
-// then opened as a bundle and asked everything.
+// Bundles made of arbitrary files: the bytes are a list of (place, content), written below a folder
+// that is then opened as a bundle and asked everything.
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPlugIn.h>
 #include <CoreFoundation/CFRef.h>
@@ -42,7 +42,8 @@ const fs::path& workFolder() {
 void writeFiles(const fs::path& bundle, osa::ByteReader reader) {
     while (reader.ok() && !reader.atEnd()) {
         const fs::path file = bundle / kPlaces[reader.u8() % kPlaces.size()];
-        const std::string_view content = reader.text(std::min<std::size_t>(reader.u16(), reader.remaining()));
+        const std::string_view content =
+            reader.text(std::min<std::size_t>(reader.u16(), reader.remaining()));
         std::error_code ignored;
         fs::create_directories(file.parent_path(), ignored);
         std::ofstream(file, std::ios::binary) << content;

@@ -11,7 +11,7 @@ namespace osa {
 struct BundleLayout {
     /// The bundle folder itself.
     std::string root;
-    /// Where Info.plist and PkgInfo may be, in the order they are looked for.
+    /// Where Info.plist may be, in the order it is looked for; PkgInfo may lie in the root as well.
     std::vector<std::string> supportFolders;
     /// For resources; it need not exist.
     std::string resources;

@@ -67,7 +67,7 @@ bool exists(const std::string& path) {
 }
 
 std::string joined(const std::string& folder, const std::string& name) {
-    return name.empty() ? folder : folder + "/" + name;
+    return folder.empty() ? name : folder + "/" + name;
 }
 
 std::string utf8OrEmpty(CFStringRef string) {

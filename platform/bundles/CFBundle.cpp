@@ -42,7 +42,9 @@ std::string describeBundle(const CFObject* object) {
 
 /// The codes of a PkgInfo file of at least eight bytes.
 bool readPackageInfo(const BundleLayout& layout, UInt32& type, UInt32& creator) {
-    for (const std::string& folder : layout.supportFolders) {
+    std::vector<std::string> folders = layout.supportFolders;
+    folders.push_back(layout.root);
+    for (const std::string& folder : folders) {
         const auto bytes = posix::readFile(folder + "/PkgInfo", kMaxInformationBytes);
         if (!bytes.ok() || bytes->size() < kPackageInfoBytes) continue;
         ByteReader reader(*bytes);
@@ -141,7 +143,7 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle) {
 void CFBundleGetPackageInfo(CFBundleRef bundle, UInt32* packageType, UInt32* packageCreator) {
     UInt32 type = 0;
     UInt32 creator = 0;
-    if (!osa::readPackageInfo(bundle->layout, type, creator)) {
+    if (bundle != nullptr && !osa::readPackageInfo(bundle->layout, type, creator)) {
         type =
             osa::codeOf(bundle, &osa::kPackageTypeKey, osa::packageTypeByName(bundle->layout.root));
         creator = osa::codeOf(bundle, &osa::kSignatureKey, osa::kUnknownCode);

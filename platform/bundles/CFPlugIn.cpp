@@ -18,14 +18,18 @@ struct Factory {
     std::string function;
 };
 
-std::mutex& registerLock() {
-    static std::mutex lock;
-    return lock;
-}
+/// What the process knows of plug-ins, under one lock.
+struct PlugInRegister {
+    std::mutex lock;
+    std::map<UUIDKey, Factory> factories;
+    /// The plug-ins that living instances keep alive, by the factory they were added for. An
+    /// instance gives up what it was given, whatever has been registered since.
+    std::multimap<UUIDKey, CFRef<CFPlugInRef>> instances;
+};
 
-std::map<UUIDKey, Factory>& factoryRegister() {
-    static auto* const factories = new std::map<UUIDKey, Factory>;
-    return *factories;
+PlugInRegister& plugInRegister() {
+    static auto* const everything = new PlugInRegister;
+    return *everything;
 }
 
 constinit const __CFString kFactoriesKey{"CFPlugInFactories"};
@@ -53,12 +57,27 @@ CFDictionaryRef dictionaryAt(CFDictionaryRef dictionary, CFStringRef key) {
                : nullptr;
 }
 
+/// The first plug-in that declares a factory keeps it.
 void registerFactory(const void* key, const void* value, void* context) {
     auto* const plugIn = static_cast<CFPlugInRef>(context);
     const CFRef<CFUUIDRef> uuid = uuidFrom(key);
     if (!uuid || cfCast<__CFString>(value) == nullptr) return;
-    factoryRegister()[keyOf(uuid.get())] = {plugIn, utf8Of(static_cast<CFStringRef>(value))};
-    plugIn->factories.push_back(CFRef<CFTypeRef>::Retain(uuid.get()));
+    const bool isNew = plugInRegister()
+                           .factories
+                           .try_emplace(keyOf(uuid.get()),
+                                        Factory{plugIn, utf8Of(static_cast<CFStringRef>(value))})
+                           .second;
+    if (isNew) plugIn->factories.push_back(CFRef<CFTypeRef>::Retain(uuid.get()));
+}
+
+/// The living plug-in of the same folder, with a reference for the caller; null when there is none.
+CFPlugInRef registeredAt(const std::string& root) {
+    for (const auto& [uuid, factory] : plugInRegister().factories) {
+        if (factory.plugIn->layout.root == root && retainIfAlive(factory.plugIn)) {
+            return factory.plugIn;
+        }
+    }
+    return nullptr;
 }
 
 struct TypeSearch {
@@ -80,22 +99,20 @@ void collectFactories(const void* key, const void* value, void* context) {
 
 /// The registered factory with its plug-in retained; null plug-in when there is none.
 std::pair<CFRef<CFPlugInRef>, std::string> findFactory(CFUUIDRef uuid) {
-    const std::lock_guard<std::mutex> lock(registerLock());
-    const auto found = factoryRegister().find(keyOf(uuid));
-    if (found == factoryRegister().end()) return {};
-    return {CFRef<CFPlugInRef>::Retain(found->second.plugIn), found->second.function};
+    const std::lock_guard<std::mutex> lock(plugInRegister().lock);
+    const auto found = plugInRegister().factories.find(keyOf(uuid));
+    if (found == plugInRegister().factories.end() || !retainIfAlive(found->second.plugIn))
+        return {};
+    return {CFRef<CFPlugInRef>::Adopt(found->second.plugIn), found->second.function};
 }
 
 }  // namespace
 
 void unregisterFactories(CFBundleRef plugIn) {
     if (plugIn->factories.empty()) return;
-    const std::lock_guard<std::mutex> lock(registerLock());
+    const std::lock_guard<std::mutex> lock(plugInRegister().lock);
     for (const auto& uuid : plugIn->factories) {
-        const auto found = factoryRegister().find(keyOf(static_cast<CFUUIDRef>(uuid.get())));
-        if (found != factoryRegister().end() && found->second.plugIn == plugIn) {
-            factoryRegister().erase(found);
-        }
+        plugInRegister().factories.erase(keyOf(static_cast<CFUUIDRef>(uuid.get())));
     }
 }
 
@@ -107,7 +124,8 @@ CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url) {
     const CFDictionaryRef factories =
         osa::dictionaryAt(plugIn.get()->information(), &osa::kFactoriesKey);
     if (factories == nullptr) return nullptr;
-    const std::lock_guard<std::mutex> lock(osa::registerLock());
+    const std::lock_guard<std::mutex> lock(osa::plugInRegister().lock);
+    if (const CFPlugInRef known = osa::registeredAt(plugIn.get()->layout.root)) return known;
     CFDictionaryApplyFunction(factories, osa::registerFactory, plugIn.get());
     return plugIn.leak();
 }
@@ -139,12 +157,20 @@ void* CFPlugInInstanceCreate(CFAllocatorRef allocator, CFUUIDRef factoryUUID, CF
 
 void CFPlugInAddInstanceForFactory(CFUUIDRef factoryUUID) {
     if (factoryUUID == nullptr) return;
-    // The reference that findFactory took is the instance's.
-    static_cast<void>(osa::findFactory(factoryUUID).first.leak());
+    auto plugIn = osa::findFactory(factoryUUID).first;
+    if (!plugIn) return;
+    const std::lock_guard<std::mutex> lock(osa::plugInRegister().lock);
+    osa::plugInRegister().instances.emplace(osa::keyOf(factoryUUID), std::move(plugIn));
 }
 
 void CFPlugInRemoveInstanceForFactory(CFUUIDRef factoryUUID) {
     if (factoryUUID == nullptr) return;
-    const auto plugIn = osa::findFactory(factoryUUID).first;
-    if (plugIn) CFRelease(plugIn.get());
+    // Outlives the lock: the last reference takes the plug-in off the register, which locks it
+    // again.
+    CFRef<CFPlugInRef> givenUp;
+    const std::lock_guard<std::mutex> lock(osa::plugInRegister().lock);
+    const auto instance = osa::plugInRegister().instances.find(osa::keyOf(factoryUUID));
+    if (instance == osa::plugInRegister().instances.end()) return;
+    givenUp = std::move(instance->second);
+    osa::plugInRegister().instances.erase(instance);
 }

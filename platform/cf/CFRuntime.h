@@ -56,6 +56,18 @@ const T* cfCast(CFTypeRef ref) {
     return static_cast<const T*>(asObject(ref));
 }
 
+/// Takes a reference through a pointer that keeps nothing alive, in a table from which objects take
+/// themselves when they go: false when the last reference is gone already and the object is only
+/// waiting to do so.
+inline bool retainIfAlive(const CFObject* object) {
+    std::uint32_t count = object->count.load(std::memory_order_relaxed);
+    while (count != 0) {
+        if (count == CFObject::kImmortal) return true;
+        if (object->count.compare_exchange_weak(count, count + 1)) return true;
+    }
+    return false;
+}
+
 /// Counts one more or less live object; makeObject and deleteObject do so themselves.
 void noteObjectMade();
 void noteObjectGone();

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+#include <set>
 #include <string_view>
 
 #include "platform/resources/ResourceThread.h"
@@ -154,5 +156,22 @@ SInt32 GetResourceSizeOnDisk(Handle resource) {
                 OSA_TRY(const CheckedRange range, file.fork().dataRange(found));
                 return static_cast<SInt32>(range.length);
             });
+    });
+}
+
+ResID Unique1ID(ResType type) {
+    return resourceCall<ResID>(0, [&](ResourceThread& thread) -> Result<ResID> {
+        const OpenResourceFilePtr file = thread.current();
+        if (!file) return Failure(resFNotFound);
+        std::set<ResID> taken;
+        if (const ResourceFork::Type* const entry = file->fork().findType(type)) {
+            for (const ResourceReference& each : file->fork().references(*entry))
+                taken.insert(each.id);
+        }
+        // Lower ids belong to the system.
+        for (int id = 128; id <= std::numeric_limits<ResID>::max(); ++id) {
+            if (!taken.contains(static_cast<ResID>(id))) return static_cast<ResID>(id);
+        }
+        return Failure(addResFailed);
     });
 }

@@ -10,9 +10,8 @@ using namespace osa;
 
 namespace {
 
-Result<SInt16> open(ResourceThread& thread, const FSRef* ref, ForkKind kind, SInt8 permission) {
+Result<SInt16> open(ResourceThread& thread, const FSRef* ref, ForkKind kind) {
     if (ref == nullptr) return Failure(paramErr);
-    if (permission != fsCurPerm && permission != fsRdPerm) return Failure(wrPermErr);
     auto source = openForkForReading(*ref, kind);
     // To callers of the Resource Manager an absent fork is one that ends before its header.
     if (source.status() == errFSForkNotFound) return Failure(eofErr);
@@ -46,18 +45,17 @@ OSErr ResError() {
     return ResourceThread::mine().error;
 }
 
-ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission) {
-    return resourceCall<SInt16>(-1, [&](ResourceThread& thread) {
-        return open(thread, ref, ForkKind::resource, permission);
-    });
+ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 /*permission*/) {
+    return resourceCall<SInt16>(
+        -1, [&](ResourceThread& thread) { return open(thread, ref, ForkKind::resource); });
 }
 
 OSErr FSOpenResourceFile(const FSRef* ref, UniCharCount forkNameLength, const UniChar* forkName,
-                         SInt8 permission, ResFileRefNum* refNum) {
+                         SInt8 /*permission*/, ResFileRefNum* refNum) {
     const SInt16 number = resourceCall<SInt16>(-1, [&](ResourceThread& thread) -> Result<SInt16> {
         if (refNum == nullptr) return Failure(paramErr);
         OSA_TRY(const ForkKind kind, forkNamed(forkNameLength, forkName));
-        return open(thread, ref, kind, permission);
+        return open(thread, ref, kind);
     });
     if (refNum != nullptr) *refNum = number;
     return ResError();

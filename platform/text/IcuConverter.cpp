@@ -23,7 +23,28 @@ using ConverterPtr = std::unique_ptr<UConverter, CloseConverter>;
 struct CachedConverter {
     UInt32 encoding;
     ConverterPtr converter;
+    bool exchangesControls;
 };
+
+// Some of ICU's tables, those of the PC's code pages and of Shift-JIS, follow terminals on which
+// three control characters had changed places. In texts they mean what they mean in ASCII.
+constexpr std::u16string_view kControls = u"\x1A\x1C\x7F";
+constexpr std::u16string_view kExchanged = u"\x1C\x7F\x1A";
+
+void replaceUnits(std::u16string& units, std::size_t start, std::u16string_view from,
+                  std::u16string_view to) {
+    for (std::size_t i = start; i < units.size(); ++i) {
+        const std::size_t place = from.find(units[i]);
+        if (place != from.npos) units[i] = to[place];
+    }
+}
+
+bool exchangesControls(UConverter* converter) {
+    if (converter == nullptr) return false;
+    UErrorCode error = U_ZERO_ERROR;
+    char16_t unit = 0;
+    return ucnv_toUChars(converter, &unit, 1, "\x7F", 1, &error) == 1 && unit == 0x1A;
+}
 
 ConverterPtr open(const char* name) {
     UErrorCode error = U_ZERO_ERROR;
@@ -36,23 +57,31 @@ ConverterPtr open(const char* name) {
     return U_FAILURE(error) ? nullptr : std::move(converter);
 }
 
-/// The calling thread's converter, which lives until the thread ends; null when there is none.
-UConverter* converterFor(UInt32 encoding) {
+/// One of the calling thread's converters, which live until the thread ends.
+struct Converter {
+    UConverter* icu = nullptr;  ///< null: there is none
+    bool exchangesControls = false;
+};
+
+Converter converterFor(UInt32 encoding) {
     static thread_local std::vector<CachedConverter> cache;
     for (const CachedConverter& cached : cache)
-        if (cached.encoding == encoding) return cached.converter.get();
+        if (cached.encoding == encoding) return {cached.converter.get(), cached.exchangesControls};
     const char* const name = icuNameOfEncoding(encoding);
-    if (name == nullptr) return nullptr;
-    cache.push_back({encoding, open(name)});
-    return cache.back().converter.get();
+    if (name == nullptr) return {};
+    ConverterPtr opened = open(name);
+    const Converter converter{opened.get(), exchangesControls(opened.get())};
+    cache.push_back({encoding, std::move(opened), converter.exchangesControls});
+    return converter;
 }
 
 }  // namespace
 
 bool decodeWithIcu(ByteSpan bytes, UInt32 cfEncoding, std::u16string& out) {
-    UConverter* const converter = converterFor(cfEncoding);
-    if (converter == nullptr) return false;
-    ucnv_resetToUnicode(converter);
+    const Converter converter = converterFor(cfEncoding);
+    if (converter.icu == nullptr) return false;
+    ucnv_resetToUnicode(converter.icu);
+    const std::size_t start = out.size();
     const char* source = reinterpret_cast<const char*>(bytes.data());
     const char* const end = source + bytes.size();
     char16_t chunk[1024];
@@ -60,24 +89,33 @@ bool decodeWithIcu(ByteSpan bytes, UInt32 cfEncoding, std::u16string& out) {
     while (error == U_BUFFER_OVERFLOW_ERROR) {
         error = U_ZERO_ERROR;
         char16_t* target = chunk;
-        ucnv_toUnicode(converter, &target, std::end(chunk), &source, end, nullptr, true, &error);
+        ucnv_toUnicode(converter.icu, &target, std::end(chunk), &source, end, nullptr, true,
+                       &error);
         out.append(chunk, target);
     }
+    if (converter.exchangesControls) replaceUnits(out, start, kExchanged, kControls);
     return U_SUCCESS(error);
 }
 
 std::size_t encodeWithIcu(std::u16string_view units, UInt32 cfEncoding, UInt8 lossByte,
                           std::string& out) {
-    UConverter* const converter = converterFor(cfEncoding);
-    if (converter == nullptr) return 0;
-    ucnv_resetFromUnicode(converter);
+    const Converter converter = converterFor(cfEncoding);
+    if (converter.icu == nullptr) return 0;
+    ucnv_resetFromUnicode(converter.icu);
+    std::u16string exchanged;
+    if (converter.exchangesControls) {
+        exchanged = units;
+        replaceUnits(exchanged, 0, kControls, kExchanged);
+        units = exchanged;
+    }
     const char16_t* source = units.data();
     const char16_t* const end = source + units.size();
     char chunk[1024];
     for (;;) {
         UErrorCode error = U_ZERO_ERROR;
         char* target = chunk;
-        ucnv_fromUnicode(converter, &target, std::end(chunk), &source, end, nullptr, true, &error);
+        ucnv_fromUnicode(converter.icu, &target, std::end(chunk), &source, end, nullptr, true,
+                         &error);
         out.append(chunk, target);
         if (error == U_BUFFER_OVERFLOW_ERROR) continue;
         if (U_SUCCESS(error)) return units.size();
@@ -85,7 +123,7 @@ std::size_t encodeWithIcu(std::u16string_view units, UInt32 cfEncoding, UInt8 lo
             UErrorCode ignored = U_ZERO_ERROR;
             char16_t invalid[8];
             int8_t count = std::size(invalid);
-            ucnv_getInvalidUChars(converter, invalid, &count, &ignored);
+            ucnv_getInvalidUChars(converter.icu, invalid, &count, &ignored);
             return static_cast<std::size_t>(source - units.data()) - static_cast<unsigned>(count);
         }
         out.push_back(static_cast<char>(lossByte));
@@ -113,7 +151,7 @@ std::size_t maximumBytesPerUnit(UInt32 cfEncoding) {
         default:
             break;
     }
-    UConverter* const converter = converterFor(cfEncoding);
+    UConverter* const converter = converterFor(cfEncoding).icu;
     return converter == nullptr ? 0 : static_cast<std::size_t>(ucnv_getMaxCharSize(converter));
 }
 

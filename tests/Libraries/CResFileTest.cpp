@@ -93,6 +93,24 @@ TEST_F(ResFile, OpensAForkThenAMapInTheDataForkThenABundlesMapElseNothing) {
     }
 }
 
+TEST_F(ResFile, TakesTheForkBeforeTheMapWhateverPermissionIsAskedAndWritesNothing) {
+    folder_.write("both", samples::ResourceForkBuilder().add('DATA', 1, "map").text());
+    folder_.write("._both",
+                  samples::appleDouble(samples::finderInfoBytes('osas', 'ToyS', 0), fork()));
+    for (const SInt8 permission : {fsCurPerm, fsRdPerm, fsWrPerm, fsRdWrPerm}) {
+        CResFile file;
+        specify(file, "both");
+        file.Open(permission);
+        EXPECT_TRUE(file.ResourceExists('plst', SInt16{0}));
+        EXPECT_FALSE(file.ResourceExists('DATA', SInt16{1}));
+        const Handle data = NewHandle(1);
+        EXPECT_EQ(thrown([&] { file.StoreResource('DATA', 2, data, nullptr, 0); }), unimpErr);
+        EXPECT_EQ(thrown([&] { file.DeleteResource('plst', 0); }), unimpErr);
+        DisposeHandle(data);
+        EXPECT_TRUE(file.ResourceExists('plst', SInt16{0}));
+    }
+}
+
 TEST_F(ResFile, HandsOutHandlesThatOutliveIt) {
     writeWithFork("script");
     const CFIndex before = OSALiveBlockCount();
@@ -153,6 +171,8 @@ TEST_F(ResFile, PutsTheCallersFileAndTheLoadingSwitchBack) {
     UseResFile(current);
     EXPECT_TRUE(two.ResourceExists('plst', SInt16{0}));
     EXPECT_FALSE(two.ResourceExists('plst', SInt16{1}));
+    EXPECT_EQ(two.GetUniqueResourceID('TEXT'), 128);
+    EXPECT_EQ(two.GetUniqueResourceID('none'), 128);
     const Handle unloaded = two.RetrieveEmptyResource('plst', SInt16{0});
     ASSERT_NE(unloaded, nullptr);
     EXPECT_EQ(*unloaded, nullptr);

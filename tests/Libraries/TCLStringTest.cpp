@@ -129,6 +129,8 @@ TEST(FromCFString, TakesUnitsOfBothStoragesAndNothingOfOtherObjects) {
     FromCFString(repeated(0x65E5, 300).get(), name);
     EXPECT_EQ(name.length, 255);
     EXPECT_EQ(ToTCLString(name), TCLString(255, 0x65E5));
+    name.length = 300;
+    EXPECT_EQ(ToTCLString(name).size(), 255U) << "a count beyond the record is not believed";
 }
 
 TEST(ToCFString, HonoursMarksOfUnicodeAndRefusesWhatIsNone) {
@@ -146,7 +148,7 @@ TEST(ToCFString, HonoursMarksOfUnicodeAndRefusesWhatIsNone) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(thrown([] { ToCFString(static_cast<const unsigned char*>(nullptr)); }),
               kTextMalformedInputErr);
-    EXPECT_EQ(thrown([] { ToCFString(static_cast<const char*>(nullptr), 3, 0); }),
+    EXPECT_EQ(thrown([] { ToCFString(static_cast<const char*>(nullptr), 0, 0); }),
               kTextMalformedInputErr);
     EXPECT_NE(testing::internal::GetCapturedStderr().find(": failed assertion `bytes'"),
               std::string::npos);

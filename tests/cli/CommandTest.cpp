@@ -76,6 +76,18 @@ TEST_F(Command, ShowsEveryFileOfACallAndNamesThoseThatItCannot) {
     EXPECT_NE(list.output.find("<key>kMDItemDescription</key>"), std::string::npos) << list.output;
 }
 
+TEST_F(Command, TellsThatItsOutputIsLostAndLetsNothingSteerTheTerminal) {
+    const std::string file = quoted(folder_.write("file\x1B[2J\nname", "beep"));
+    for (const std::string& arguments :
+         {"show " + file, "show --json " + file, "show --plist " + file}) {
+        EXPECT_EQ(run(arguments, "2>/dev/null >/dev/full").exitStatus, 1) << arguments;
+    }
+    const Outcome shown = run("show " + file);
+    EXPECT_EQ(shown.exitStatus, 0);
+    EXPECT_EQ(shown.output.find('\x1B'), std::string::npos);
+    EXPECT_NE(shown.output.find("file\\u001b[2J\\u000aname\n"), std::string::npos) << shown.output;
+}
+
 TEST_F(Command, RefusesWrongUsageWithStatusTwo) {
     const std::string file = quoted(folder_.write("file", ""));
     for (const std::string& arguments :

@@ -56,6 +56,19 @@ TEST_F(PluginObject, CountsItsReferencesAndKeepsThePlugInAlive) {
     EXPECT_EQ(CFGetRetainCount(plugIn_.get()), retained - 1);
 }
 
+TEST_F(PluginObject, MayBeLoadedTwiceAndGivenBackInAnyOrder) {
+    plugIn_.reset();
+    for (const bool firstGoesFirst : {true, false}) {
+        auto first = loadImporter();
+        auto second = loadImporter();
+        (firstGoesFirst ? first : second).reset();
+        auto third = loadImporter();
+        (firstGoesFirst ? second : first).reset();
+        EXPECT_FALSE(third->import("/nowhere").error.empty());
+    }
+    EXPECT_EQ(create(), nullptr) << "with the last plug-in its factory went";
+}
+
 TEST_F(PluginObject, ServesItsTypeAloneAndLeaksNothing) {
     IUnknownVTbl** const first = create();
     (*first)->Release(first);

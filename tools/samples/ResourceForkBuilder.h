@@ -12,7 +12,7 @@ namespace osa::samples {
 
 class ResourceForkBuilder {
   public:
-    /// Resources of a type should be added one after the other. A name of nullopt is no name.
+    /// Resources of a type should be added one after the other. A null name is no name.
     ResourceForkBuilder& add(FourCharCode type, int id, std::string_view data,
                              const char* name = nullptr, int attributes = 0) {
         if (types_.empty() || types_.back().code != type) types_.push_back({type, 0});
@@ -65,5 +65,13 @@ class ResourceForkBuilder {
     ByteWriter references_;
     ByteWriter names_;
 };
+
+/// `fork` as the resource entry of AppleDouble, or with the other number of AppleSingle.
+inline std::string wrappedFork(std::string_view fork, std::uint32_t magic = 0x00051607) {
+    ByteWriter writer;
+    writer.u32(magic).u32(0x00020000).fill(16).u16(1);
+    writer.u32(2).u32(38).u32(static_cast<std::uint32_t>(fork.size())).text(fork);
+    return writer.takeText();
+}
 
 }  // namespace osa::samples

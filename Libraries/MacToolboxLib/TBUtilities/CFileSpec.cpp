@@ -1,4 +1,4 @@
-// CFileSpec: making specifications, and questions to the catalog.
+// CFileSpec: making values, and questions to the catalog.
 #include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
 
 #include <CoreServices/Folders.h>

@@ -19,6 +19,12 @@
 /// UTF-16 code units in host order; may hold any unit, 0 included.
 using TCLString = std::basic_string<UniChar>;
 
+/// The units that a file-name record really holds, whatever its count says.
+inline UInt32 NameLength(const HFSUniStr255& name) {
+    constexpr UInt32 room = sizeof name.unicode / sizeof name.unicode[0];
+    return name.length < room ? name.length : room;
+}
+
 /// The empty string, for functions that return a string by reference and have none.
 extern const TCLString gEmptyString;
 

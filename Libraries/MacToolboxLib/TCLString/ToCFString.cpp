@@ -33,15 +33,17 @@ CFStringRef ToCFString(const unsigned char* s) {
 
 CFStringRef ToCFString(const UniChar* chars, UInt32 count) {
     TB_ASSERT(kUnit, chars);
+    if (chars == nullptr) return FailUnmade(nullptr);
     return FailUnmade(CFStringCreateWithCharacters(kCFAllocatorDefault, chars, count));
 }
 
 CFStringRef ToCFString(const HFSUniStr255& name) {
-    return FailUnmade(CFStringCreateWithCharacters(kCFAllocatorDefault, name.unicode, name.length));
+    return ToCFString(name.unicode, NameLength(name));
 }
 
 CFStringRef ToCFString(const char* bytes, UInt32 length, UInt32 encoding) {
     TB_ASSERT(kUnit, bytes);
+    if (bytes == nullptr) return FailUnmade(nullptr);
     return FailUnmade(CFStringCreateWithBytes(
         kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes), length, encoding, true));
 }

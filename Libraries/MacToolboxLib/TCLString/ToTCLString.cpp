@@ -33,7 +33,7 @@ TCLString ToTCLString(CFStringRef s) {
 }
 
 TCLString ToTCLString(const HFSUniStr255& name) {
-    return TCLString(name.unicode, name.length);
+    return TCLString(name.unicode, NameLength(name));
 }
 
 TCLString ToTCLString(const AEDesc* desc) {

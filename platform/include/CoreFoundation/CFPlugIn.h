@@ -18,9 +18,10 @@ typedef struct __CFBundle* CFPlugInRef;
 /// belongs to the caller, who gives it back through its Release.
 typedef void* (*CFPlugInFactoryFunction)(CFAllocatorRef allocator, CFUUIDRef typeUUID);
 
-/// The plug-in at `url`, its factories registered for the process; the caller releases it. Null
-/// when there is no bundle or it declares no factories. Its program is loaded with the first
-/// instance.
+/// The plug-in at `url`, its factories registered for the process; the caller releases it. The same
+/// object while an earlier one of that folder lives; a factory that another plug-in has registered
+/// stays with that one. Null when there is no bundle or it declares no factories. Its program is
+/// loaded with the first instance.
 OSA_PLATFORM_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator,
                                                CFURLRef url) CF_RETURNS_RETAINED;
 /// The bundle of a plug-in, borrowed.

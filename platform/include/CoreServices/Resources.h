@@ -36,10 +36,9 @@ enum {
 /// Status of the thread's last Resource Manager call.
 OSA_PLATFORM_EXPORT OSErr ResError(void);
 
-/// Opens the resource fork of a file and makes it the thread's current file. `permission` must ask
-/// for reading only (fsCurPerm or fsRdPerm; others are refused with wrPermErr). Answers -1 on
-/// failure: fnfErr no such file, eofErr no resource fork or an empty one, mapReadErr a fork that is
-/// no map.
+/// Opens the resource fork of a file and makes it the thread's current file, for reading whatever
+/// `permission` asks: no call of this version changes a file. Answers -1 on failure: fnfErr no such
+/// file, eofErr no resource fork or an empty one, mapReadErr a fork that is no map.
 OSA_PLATFORM_EXPORT ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission);
 /// The same for a named fork: the data fork's name is empty, the resource fork's "RESOURCE_FORK"
 /// (else errFSBadForkName). The status is also the result; `*refNum` is -1 on failure.
@@ -78,6 +77,9 @@ OSA_PLATFORM_EXPORT Handle Get1NamedResource(ResType type, ConstStr255Param name
 OSA_PLATFORM_EXPORT Handle Get1IndResource(ResType type, ResourceIndex index);
 /// The same through the current file and all that the thread opened before it, latest first.
 OSA_PLATFORM_EXPORT Handle GetResource(ResType type, ResID id);
+/// The smallest id from 128 that no resource of the type has in the current file; 0 with
+/// addResFailed when all are taken.
+OSA_PLATFORM_EXPORT ResID Unique1ID(ResType type);
 
 /// Reads the data of a resource whose handle is empty; nothing for one that is in memory.
 OSA_PLATFORM_EXPORT void LoadResource(Handle resource);

@@ -6,19 +6,17 @@
 
 #include <functional>
 
-#include "tests/support/ResourceForkBuilder.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa {
 namespace {
-
-using test::ResourceForkBuilder;
 
 Result<ResourceFork> open(std::vector<std::byte> bytes) {
     return ResourceFork::open(std::make_shared<MemorySource>(std::move(bytes)));
 }
 
-ResourceForkBuilder sample() {
-    ResourceForkBuilder builder;
+samples::ResourceForkBuilder sample() {
+    samples::ResourceForkBuilder builder;
     builder.add(FourCC("STR "), 128, "Hello", "Gr\x9F\xA7 dich", 0x20);  // "Grüß dich"
     builder.add(FourCC("STR "), 129, "Hi", "");
     builder.add(FourCC("TEXT"), -7, "abc", nullptr, 0x08);

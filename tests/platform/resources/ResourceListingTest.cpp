@@ -4,8 +4,8 @@
 #include <OSA/ResourceListing.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/ResourceForkBuilder.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa {
 namespace {
@@ -22,13 +22,13 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
     ByteWriter compressed;
     compressed.u32(0xA89F6572).u16(18).u16(0x0801).u32(3).u32(0).u16(0).text("\x02zzz!\xFF");
     const std::string packed = compressed.takeText();
-    test::ResourceForkBuilder builder;
+    samples::ResourceForkBuilder builder;
     const std::string fork = builder.add(FourCC("TEXT"), -5, "hello", "Name")
                                  .add(FourCC("CODE"), 7, packed, nullptr, 1)
                                  .text();
 
     const test::TemporaryFolder folder;
-    folder.write("._side", test::wrappedFork(fork));
+    folder.write("._side", samples::wrappedFork(fork));
     const struct {
         const char* row;
         std::string path;
@@ -36,7 +36,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
     } rows[] = {
         {"a file with a side file", folder.write("side", "text"), noErr},
         {"the side file itself", folder.path("._side"), noErr},
-        {"AppleSingle", folder.write("single", test::wrappedFork(fork, 0x00051600)), noErr},
+        {"AppleSingle", folder.write("single", samples::wrappedFork(fork, 0x00051600)), noErr},
         {"a bare fork", folder.write("a.rsrc", fork), noErr},
         {"no resources", folder.write("a.txt", "just text"), eofErr},
         {"nothing", folder.path("none"), fnfErr},

@@ -8,16 +8,14 @@
 #include <functional>
 #include <thread>
 
-#include "tests/support/ResourceForkBuilder.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa {
 namespace {
 
-using test::ResourceForkBuilder;
-
-ResourceForkBuilder sample(const std::string& text) {
-    ResourceForkBuilder builder;
+samples::ResourceForkBuilder sample(const std::string& text) {
+    samples::ResourceForkBuilder builder;
     // Compressed: two literal bytes and the end mark, with its 18 bytes of header.
     ByteWriter compressed;
     compressed.u32(0xA89F6572).u16(18).u16(0x0801).u32(2).u32(0).u16(0).text("\x01zz\xFF");
@@ -39,7 +37,7 @@ class ResourceManager : public testing::Test {
     }
     /// A file with the given resource fork.
     FSRef file(const std::string& name, std::string_view fork) const {
-        folder_.write("._" + name, test::wrappedFork(fork));
+        folder_.write("._" + name, samples::wrappedFork(fork));
         return ref(folder_.write(name, "data"));
     }
     static std::string content(Handle handle) {
@@ -81,7 +79,7 @@ TEST_F(ResourceManager, OpeningTellsWhy) {
         {"an empty data fork", ref(folder_.write("none", "")), true, fsRdPerm, eofErr},
         {"a data fork of text", ref(folder_.write("b.txt", "text")), true, fsRdPerm, mapReadErr},
         {"a folder", ref(folder_.path()), true, fsRdPerm, notAFileErr},
-        {"writing", file("locked", fork), false, fsRdWrPerm, wrPermErr},
+        {"a fork asked for writing", file("locked", fork), false, fsRdWrPerm, noErr},
         {"a reference to nothing", FSRef{}, false, fsRdPerm, errFSBadFSRef},
     };
     for (const auto& row : rows) {
@@ -120,6 +118,8 @@ TEST_F(ResourceManager, GivesTheSameHandleUntilItIsReleasedOrDetached) {
                                                                                "DESCRIPTION")),
               text);
     EXPECT_EQ(Get1IndResource(FourCC("TEXT"), 1), text);
+    EXPECT_GE(Unique1ID(FourCC("TEXT")), 128);
+    EXPECT_EQ(GetResource(FourCC("TEXT"), Unique1ID(FourCC("TEXT"))), nullptr);
     EXPECT_EQ(HomeResFile(text), number);
     EXPECT_EQ(HGetState(text) & kHandleResourceMask, kHandleResourceMask);
 

@@ -67,6 +67,7 @@ const DecodeRow kDecodeRows[] = {
     {"NeXTSTEP Latin", kTextEncodingNextStepLatin, "\xD5\xFB", true, u"\u00E0\u00DF"},
     {"Windows Latin-1", kTextEncodingWindowsLatin1, "\x80\x93", true, u"\u20AC\u201C"},
     {"Shift-JIS", 0x0420, "\x93\xFA\x96\x7B", true, u"\u65E5\u672C"},
+    {"PC controls are those of ASCII", 0x0400, "\x1A\x1C\x7F\x80", true, u"\x1A\x1C\x7F\u00C7"},
     {"Shift-JIS cut in a character", 0x0420, "\x93\xFA\x96", false, u""},
     {"unknown encoding", 0x7777, "a", false, u""},
     {"nothing at all", kTextEncodingUTF8, "", true, u""},
@@ -99,6 +100,7 @@ const EncodeRow kEncodeRows[] = {
     {"no mark in UTF-16", kTextEncodingUTF16BE, u"A", 0, 1, "\0A"sv},
     {"ICU stops alike", kTextEncodingWindowsLatin1, u"\u20AC\u4E00z", 0, 1, "\x80"},
     {"ICU goes on alike", kTextEncodingWindowsLatin1, u"\u20AC\U0001F600z", '?', 4, "\x80?z"},
+    {"controls are those of ASCII", 0x0420, u"\x1A\x1C\x7F", 0, 3, "\x1A\x1C\x7F"},
     {"ICU with the bad one last", kTextEncodingWindowsLatin1, u"z\u4E00", '?', 2, "z?"},
     {"unknown encoding", 0x7777, u"a", '?', 0, ""},
 };
