@@ -76,6 +76,7 @@ class CFile {
     virtual void GetName(SCoreFoundation<CFMutableStringRef>& name) const;
     virtual void GetName(HFSUniStr255& name) const;
     virtual void GetMacFileInfo(FInfo& info) const;
+    /// Writes the basic Finder information to where the file keeps it.
     virtual void SetMacFileInfo(FInfo& info) const;
     virtual CFileSpec GetFileSpec() const;
     virtual OSType GetFileType() const;
@@ -98,13 +99,14 @@ class CFile {
     virtual UTCDateTime GetModificationDate() const;
     virtual UTCDateTime GetCreationDate() const;
 
-    // --- Changing the file. The File Manager underneath reads only in this version: the next five
-    // throw unimpErr after their assertions, and so does SetMacFileInfo when it would change
-    // something.
+    // --- Changing the file. The File Manager underneath writes nothing but permissions and Finder
+    // information in this version: CreateNew, ThrowOut, ChangeName and GetAlias throw unimpErr
+    // after their assertions.
 
     virtual void CreateNew(OSType creator, OSType fileType);
     virtual void ThrowOut();
     virtual void ChangeName(unsigned char* pascalName);
+    /// Change one Finder flag and keep the others.
     virtual void MakeInvisible();
     virtual void MakeVisible();
 

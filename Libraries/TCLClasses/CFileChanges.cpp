@@ -12,8 +12,8 @@ constexpr char kUnit[] = "Libraries/TCLClasses/CFile";
 
 }  // namespace
 
-// The platform's File Manager creates, deletes and renames nothing in this version: each operation
-// checks its arguments as it will, then says so.
+// The platform's File Manager creates, deletes and renames nothing in this version: the operations
+// that would check their arguments as they will, then say so.
 
 AliasHandle CFile::GetAlias() const {
     TB_ASSERT(kUnit, !mFileDesc.Empty());

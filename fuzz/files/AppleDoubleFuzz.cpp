@@ -1,4 +1,4 @@
-// Everything a side file can be asked for.
+// Everything a side file can be asked for, and Finder information written into it.
 #include <cstdlib>
 
 #include "platform/files/formats/AppleDouble.h"
@@ -15,6 +15,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!entry.range.fits(size)) std::abort();
         const auto content = parsed->content(entry.id);
         if (!readRange(*content, {0, content->size()}).ok()) std::abort();
+    }
+    FinderInfoBytes info;
+    info.fill(std::byte{0x5A});
+    const auto written = parsed->withFinderInfo(info);
+    if (written.ok()) {
+        const auto again = AppleDouble::parse(*written);
+        if (!again.ok() || *again->finderInfoContent() != info) std::abort();
     }
     const auto attributes = parsed->attributes();
     if (!attributes.ok()) return 0;

@@ -51,6 +51,23 @@ class SubSource : public ByteSource {
     CheckedRange range_;
 };
 
+/// Several sources one behind the other.
+class JoinedSource : public ByteSource {
+  public:
+    explicit JoinedSource(std::vector<std::shared_ptr<const ByteSource>> parts)
+        : parts_(std::move(parts)) {}
+    std::uint64_t size() const override;
+    Result<void> readExactly(std::uint64_t offset, std::span<std::byte> target) const override;
+
+  private:
+    std::vector<std::shared_ptr<const ByteSource>> parts_;
+};
+
+/// `whole` with `bytes` in place of as many at `offset`, which is at most its size; longer than
+/// `whole` when they reach over its end.
+std::shared_ptr<const ByteSource> overlaid(std::shared_ptr<const ByteSource> whole,
+                                           std::uint64_t offset, ByteSpan bytes);
+
 /// Reads `range` into a fresh block; eofErr when it does not fit, before anything is allocated.
 Result<std::vector<std::byte>> readRange(const ByteSource& source, CheckedRange range);
 

@@ -8,6 +8,7 @@
 #include "platform/files/FileSpecs.h"
 #include "platform/files/Names.h"
 #include "platform/files/Volumes.h"
+#include "platform/files/stores/FinderInfoWriter.h"
 #include "platform/files/stores/ForkProbe.h"
 
 namespace osa {
@@ -130,8 +131,18 @@ Result<void> setCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
                             const FSCatalogInfo* info) {
     OSA_TRY(const Located object, locate(ref));
     if (which == 0) return {};
-    if (info == nullptr || which != kFSCatInfoPermissions) return Failure(paramErr);
-    // The mode of a link cannot be changed; that of its target is not meant.
+    if (info == nullptr || (which & ~kFSCatInfoSettableInfo) != 0) return Failure(paramErr);
+    constexpr FSCatalogInfoBitmap kFinder = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
+    if ((which & ~(kFSCatInfoPermissions | kFinder)) != 0) return Failure(unimpErr);
+    if ((which & kFinder) != 0) {
+        const bool isBasic = (which & kFSCatInfoFinderInfo) != 0;
+        const bool isExtended = (which & kFSCatInfoFinderXInfo) != 0;
+        OSA_CHECK(writeFinderInfo(ref, isBasic ? &info->finderInfo : nullptr,
+                                  isExtended ? &info->extFinderInfo : nullptr));
+    }
+    if ((which & kFSCatInfoPermissions) == 0) return {};
+    // Last, for the new mode may forbid what came before it. The mode of a link cannot be changed;
+    // that of its target is not meant.
     if (object.status.isSymbolicLink()) return {};
     return posix::changeMode(object.path(), info->permissions.mode);
 }

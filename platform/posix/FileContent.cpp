@@ -73,9 +73,13 @@ Result<void> writeFile(const std::string& path, ByteSpan content) {
     const UniqueFd descriptor(systemCall(
         [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666); }));
     if (!descriptor.valid()) return lastError(Intent::write);
+    return writeAll(descriptor.get(), content);
+}
+
+Result<void> writeAll(int descriptor, ByteSpan content) {
     while (!content.empty()) {
         const ssize_t count =
-            systemCall([&] { return write(descriptor.get(), content.data(), content.size()); });
+            systemCall([&] { return write(descriptor, content.data(), content.size()); });
         if (count < 0) return lastError(Intent::write);
         content = content.subspan(static_cast<std::size_t>(count));
     }

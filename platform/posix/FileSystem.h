@@ -114,6 +114,12 @@ Result<void> changeMode(const std::string& path, std::uint32_t mode);
 Result<void> createFolder(const std::string& path, std::uint32_t mode = 0777);
 /// Creates or replaces the whole file.
 Result<void> writeFile(const std::string& path, ByteSpan content);
+/// Creates or replaces the whole file in one step, so that whoever opens `path` finds the old or
+/// the new content; after a failure it is the old. The file gets the permission bits of `like`, and
+/// its owner where the system allows. `content` may rest on the file that is replaced. Meanwhile
+/// the new content lies beside it under a name that begins with "._.".
+Result<void> replaceFile(const std::string& path, const ByteSource& content,
+                         const FileStatus& like);
 /// A file or an empty folder (fBsyErr when it is not).
 Result<void> remove(const std::string& path);
 /// Replaces a file of the new name.

@@ -9,6 +9,9 @@ namespace osa::posix {
 
 Result<FileStatus> statusOfDescriptor(int descriptor);
 
+/// All of `content` at the descriptor's position.
+Result<void> writeAll(int descriptor, ByteSpan content);
+
 /// False for a path with a NUL inside, which would name another object to the kernel.
 bool isUsablePath(const std::string& path);
 

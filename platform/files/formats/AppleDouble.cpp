@@ -10,13 +10,6 @@
 namespace osa {
 namespace {
 
-constexpr std::uint64_t kHeaderSize = 26;
-constexpr std::uint64_t kEntrySize = 12;
-constexpr std::uint32_t kDoubleMagic = 0x00051607;
-constexpr std::uint32_t kSingleMagic = 0x00051600;
-constexpr std::uint32_t kVersion1 = 0x00010000;
-constexpr std::uint32_t kVersion2 = 0x00020000;
-
 // Dates in entry 8 count from 2000-01-01, those of version 1 from 1904-01-01.
 constexpr std::int64_t kUnixOf2000 = 946684800;
 constexpr std::int64_t kUnixOf1904 = -2082844800;

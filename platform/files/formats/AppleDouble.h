@@ -68,10 +68,26 @@ class AppleDouble {
     /// Blank when the file keeps none.
     Result<FinderInfoBytes> finderInfoContent() const;
     Result<Dates> dates() const;
+    /// The whole file with other Finder information. Where the file has room for it, only those 32
+    /// bytes differ. Else they are put behind the entry table and what lies there moves up; the
+    /// attribute block, whose entries must not move, is in no such file. fileBoundsErr: the file
+    /// would be too long for its offsets. (AppleDoubleWriting.cpp)
+    Result<std::shared_ptr<const ByteSource>> withFinderInfo(const FinderInfoBytes& bytes) const;
+    /// A new AppleDouble file with nothing but Finder information.
+    static std::shared_ptr<const ByteSource> make(const FinderInfoBytes& bytes);
     /// Empty when there is no attribute block or it is damaged at its start.
     Result<std::vector<Attribute>> attributes() const;
 
   private:
+    static constexpr std::uint64_t kHeaderSize = 26;
+    static constexpr std::uint64_t kEntrySize = 12;
+    static constexpr std::uint32_t kDoubleMagic = 0x00051607;
+    static constexpr std::uint32_t kSingleMagic = 0x00051600;
+    static constexpr std::uint32_t kVersion1 = 0x00010000;
+    static constexpr std::uint32_t kVersion2 = 0x00020000;
+
+    Result<std::shared_ptr<const ByteSource>> insertFinderInfo(const FinderInfoBytes& bytes) const;
+
     std::shared_ptr<const ByteSource> source_;
     Kind kind_ = Kind::appleDouble;
     std::uint32_t version_ = 0;

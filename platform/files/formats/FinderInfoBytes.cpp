@@ -1,8 +1,10 @@
-// Finder information from disk order to host order.
+// Finder information between disk order and host order.
 #include "platform/files/formats/FinderInfoBytes.h"
 
 #include <algorithm>
 #include <bit>
+
+#include "platform/base/ByteWriter.h"
 
 namespace osa {
 namespace {
@@ -35,6 +37,50 @@ DXInfo folderExtendedInfo(ByteReader reader) {
     info.frComment = reader.s16();
     info.frPutAway = reader.s32();
     return info;
+}
+
+std::uint16_t bits(SInt16 value) {
+    return static_cast<std::uint16_t>(value);
+}
+
+void put(ByteWriter& writer, const DInfo& info) {
+    writer.u16(bits(info.frRect.top)).u16(bits(info.frRect.left));
+    writer.u16(bits(info.frRect.bottom)).u16(bits(info.frRect.right));
+    writer.u16(info.frFlags).u16(bits(info.frLocation.v)).u16(bits(info.frLocation.h));
+    writer.u16(bits(info.frView));
+}
+
+void put(ByteWriter& writer, const FInfo& info) {
+    writer.fourCC(info.fdType).fourCC(info.fdCreator).u16(info.fdFlags);
+    writer.u16(bits(info.fdLocation.v)).u16(bits(info.fdLocation.h)).u16(bits(info.fdFldr));
+}
+
+void put(ByteWriter& writer, const DXInfo& info) {
+    writer.u16(bits(info.frScroll.v)).u16(bits(info.frScroll.h));
+    writer.u32(static_cast<std::uint32_t>(info.frOpenChain));
+    writer.u8(static_cast<std::uint8_t>(info.frScript));
+    writer.u8(static_cast<std::uint8_t>(info.frXFlags));
+    writer.u16(bits(info.frComment)).u32(static_cast<std::uint32_t>(info.frPutAway));
+}
+
+void put(ByteWriter& writer, const FXInfo& info) {
+    writer.u16(bits(info.fdIconID));
+    for (const SInt16 reserved : info.fdReserved) writer.u16(bits(reserved));
+    writer.u8(static_cast<std::uint8_t>(info.fdScript));
+    writer.u8(static_cast<std::uint8_t>(info.fdXFlags));
+    writer.u16(bits(info.fdComment)).u32(static_cast<std::uint32_t>(info.fdPutAway));
+}
+
+/// `FolderInfo` is what the 16 bytes of a folder's `info` really hold.
+template <typename FolderInfo, typename Info>
+void putHalf(std::span<std::byte, 16> half, const Info& info, bool isFolder) {
+    ByteWriter writer;
+    if (isFolder) {
+        put(writer, std::bit_cast<FolderInfo>(info));
+    } else {
+        put(writer, info);
+    }
+    std::copy_n(writer.view().begin(), half.size(), half.begin());
 }
 
 }  // namespace
@@ -72,6 +118,14 @@ ExtendedFinderInfo extendedFinderInfo(const FinderInfoBytes& bytes, bool isFolde
     info.fdComment = reader.s16();
     info.fdPutAway = reader.s32();
     return info;
+}
+
+void setBasicFinderInfo(FinderInfoBytes& bytes, const FinderInfo& info, bool isFolder) {
+    putHalf<DInfo>(std::span(bytes).first<16>(), info, isFolder);
+}
+
+void setExtendedFinderInfo(FinderInfoBytes& bytes, const ExtendedFinderInfo& info, bool isFolder) {
+    putHalf<DXInfo>(std::span(bytes).last<16>(), info, isFolder);
 }
 
 }  // namespace osa

@@ -22,4 +22,8 @@ bool isBlank(const FinderInfoBytes& bytes);
 FinderInfo basicFinderInfo(const FinderInfoBytes& bytes, bool isFolder);
 ExtendedFinderInfo extendedFinderInfo(const FinderInfoBytes& bytes, bool isFolder);
 
+/// The reverse: puts one half into the bytes and leaves the other.
+void setBasicFinderInfo(FinderInfoBytes& bytes, const FinderInfo& info, bool isFolder);
+void setExtendedFinderInfo(FinderInfoBytes& bytes, const ExtendedFinderInfo& info, bool isFolder);
+
 }  // namespace osa

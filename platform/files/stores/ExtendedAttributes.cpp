@@ -34,12 +34,13 @@ FinderInfoBytes streamFinderInfo(const Bytes& value) {
 struct InfoName {
     const char* name;
     FinderInfoBytes (*read)(const Bytes&);
+    FinderInfoPlace::Form form;
 };
 constexpr std::array kInfoNames{
-    InfoName{"user.com.apple.FinderInfo", rawFinderInfo},
-    InfoName{"user.org.netatalk.Metadata", headerFinderInfo},
-    InfoName{"user.DosStream.AFP_AfpInfo:$DATA", streamFinderInfo},
-    InfoName{"user.DosStream.AFP_AfpInfo", streamFinderInfo},
+    InfoName{"user.com.apple.FinderInfo", rawFinderInfo, FinderInfoPlace::Form::bare},
+    InfoName{"user.org.netatalk.Metadata", headerFinderInfo, FinderInfoPlace::Form::appleDouble},
+    InfoName{"user.DosStream.AFP_AfpInfo:$DATA", streamFinderInfo, FinderInfoPlace::Form::afpInfo},
+    InfoName{"user.DosStream.AFP_AfpInfo", streamFinderInfo, FinderInfoPlace::Form::afpInfo},
 };
 
 struct ForkName {
@@ -61,7 +62,9 @@ class ExtendedAttributes : public ForkStore {
         OSA_TRY(const auto names, posix::listAttributes(path));
         for (const InfoName& info : kInfoNames) {
             OSA_TRY(const Bytes value, valueOf(path, names, info.name));
-            if (isBlank(parts.finderInfo) && !value.empty()) parts.finderInfo = info.read(value);
+            if (!isBlank(parts.finderInfo) || value.empty()) continue;
+            parts.finderInfo = info.read(value);
+            parts.infoPlace = {info.form, info.name, 0};
         }
         for (const ForkName& fork : kForkNames) {
             OSA_TRY(Bytes value, valueOf(path, names, fork.name));

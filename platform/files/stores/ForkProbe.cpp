@@ -70,11 +70,11 @@ class Question {
     FolderSurroundings around_;
 };
 
+}  // namespace
+
 bool hasParts(const Located& object) {
     return !object.isRoot() && (object.status.isRegular() || object.status.isFolder());
 }
-
-}  // namespace
 
 std::span<const ForkStore* const> forkStores() {
     static const std::array<const ForkStore*, kStores> inOrder{
@@ -89,13 +89,22 @@ Result<FinderInfoBytes> findFinderInfo(const Located& object) {
         link.fourCC(kSymLinkFileType).fourCC(kSymLinkCreator);
         return finderInfoBytes(link.view());
     }
-    if (!hasParts(object)) return FinderInfoBytes{};
+    OSA_TRY(const StoredParts* const keeper, findFinderInfoKeeper(object));
+    return keeper == nullptr ? FinderInfoBytes{} : keeper->finderInfo;
+}
+
+Result<const StoredParts*> findFinderInfoKeeper(const Located& object) {
+    if (!hasParts(object)) return nullptr;
     Question question(object);
     for (std::size_t store = 0; store < kStores; ++store) {
         OSA_TRY(const StoredParts* const parts, question.ask(store));
-        if (!isBlank(parts->finderInfo)) return parts->finderInfo;
+        if (!isBlank(parts->finderInfo)) return parts;
     }
-    return FinderInfoBytes{};
+    return nullptr;
+}
+
+void forgetLastObject() {
+    lastObject.path.clear();
 }
 
 Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object) {

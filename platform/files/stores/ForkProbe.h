@@ -12,6 +12,13 @@ namespace osa {
 /// The first non-blank Finder information; blank when nobody keeps any. A link has type and creator
 /// of its own.
 Result<FinderInfoBytes> findFinderInfo(const Located& object);
+/// What the store with that Finder information said; null: blank everywhere. Lasts until the
+/// thread's next question.
+Result<const StoredParts*> findFinderInfoKeeper(const Located& object);
+/// Files and folders may have parts, but not the root folder.
+bool hasParts(const Located& object);
+/// For whoever has just changed the object's parts.
+void forgetLastObject();
 /// The first non-empty resource fork, else an empty one that is there; null when nobody keeps any.
 Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object);
 

@@ -34,8 +34,17 @@ struct Witness {
     std::optional<posix::FileStatus> seen;  ///< none: there was nothing
 };
 
+/// Where Finder information lies, for writing it there again.
+struct FinderInfoPlace {
+    enum class Form { bare, afpInfo, appleDouble };
+    Form form = Form::bare;
+    const char* attribute = nullptr;  ///< of the object; null: in a file
+    std::size_t witness = 0;          ///< number of the witness that is the file
+};
+
 struct StoredParts {
     FinderInfoBytes finderInfo{};                    ///< blank: none kept
+    FinderInfoPlace infoPlace;                       ///< means something when there is one
     std::shared_ptr<const StoredFork> resourceFork;  ///< null: none kept; may be empty
     std::vector<Witness> witnesses;
 };

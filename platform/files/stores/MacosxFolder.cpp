@@ -16,8 +16,11 @@ class MacosxFolder : public ForkStore {
             const std::string shadow = joinPath(root, "__MACOSX") + below;
             OSA_TRY(StoredParts parts,
                     readAppleDoubleSideFile(joinPath(shadow, "._" + object.name), true));
+            if (isBlank(all.finderInfo)) {
+                all.finderInfo = parts.finderInfo;
+                all.infoPlace = {parts.infoPlace.form, nullptr, all.witnesses.size()};
+            }
             all.witnesses.push_back(parts.witnesses.front());
-            if (isBlank(all.finderInfo)) all.finderInfo = parts.finderInfo;
             if (all.resourceFork == nullptr) all.resourceFork = std::move(parts.resourceFork);
         }
         return all;

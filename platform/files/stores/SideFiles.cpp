@@ -26,6 +26,7 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
         return Failure(parsed.status());
     }
     OSA_TRY(parts.finderInfo, parsed->finderInfoContent());
+    parts.infoPlace.form = FinderInfoPlace::Form::appleDouble;
     const AppleDouble::Entry* const fork = parsed->find(AppleDouble::resourceFork);
     if (fork == nullptr) return parts;
     // A large side file is not kept open: it is opened again when the fork is.

@@ -108,6 +108,7 @@ enum {
     kFSCatInfoValence = 0x2000,
     kFSCatInfoDataSizes = 0x4000,
     kFSCatInfoRsrcSizes = 0x8000,
+    kFSCatInfoSettableInfo = 0x1FE3,
     kFSCatInfoGettableInfo = 0xFFFF
 };
 
@@ -158,7 +159,12 @@ OSA_PLATFORM_EXPORT OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2);
 OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                                            FSCatalogInfo* catalogInfo, HFSUniStr255* outName,
                                            FSSpec* fsSpec, FSRef* parentRef);
-/// Writes permissions (only the mode; user and group stay). Any other field: paramErr.
+/// Writes permissions (only the mode; user and group stay) and either half of the Finder
+/// information, which goes to where it was found, else to a "._" side file. A failure leaves what
+/// was there. paramErr: a field that cannot be set. afpAccessDenied, wPrErr: the object, or the
+/// folder of its side file, may not be written. dupFNErr: another file has the side file's name.
+/// Limits: unimpErr for the other settable fields, then nothing is written, and for Finder
+/// information of links, devices and the root folder.
 OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                                            const FSCatalogInfo* catalogInfo);
 

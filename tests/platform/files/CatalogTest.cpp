@@ -189,7 +189,8 @@ TEST_F(Catalog, AgreesWithTheSystemAboutEveryField) {
     change.permissions.mode = 0444;
     const FSRef made = ref("d/x");
     EXPECT_EQ(FSSetCatalogInfo(&made, kFSCatInfoPermissions, &change), noErr);
-    EXPECT_EQ(FSSetCatalogInfo(&made, kFSCatInfoCreateDate, &change), paramErr);
+    EXPECT_EQ(FSSetCatalogInfo(&made, kFSCatInfoCreateDate, &change), unimpErr);
+    EXPECT_EQ(FSSetCatalogInfo(&made, kFSCatInfoNodeID, &change), paramErr);
     const FSCatalogInfo locked = info(made, kFSCatInfoNodeFlags | kFSCatInfoPermissions);
     EXPECT_EQ(locked.permissions.mode, S_IFREG | 0444);
     EXPECT_EQ(locked.nodeFlags, kFSNodeLockedMask);

@@ -1,0 +1,103 @@
+// Finding the place for Finder information and changing it there.
+#include "platform/files/stores/FinderInfoWriter.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include <mutex>
+
+#include "platform/files/formats/AppleDouble.h"
+#include "platform/files/stores/ForkProbe.h"
+
+namespace osa {
+namespace {
+
+using Form = FinderInfoPlace::Form;
+using Source = std::shared_ptr<const ByteSource>;
+
+// More places than this are not cleared for one object.
+constexpr int kMostPlaces = 16;
+
+/// What holds the Finder information, with `bytes` in it.
+Result<Source> edited(Form form, const Source& holder, const FinderInfoBytes& bytes) {
+    constexpr std::uint64_t kOffsetInAfpInfo = 16;
+    if (form == Form::bare) return overlaid(holder, 0, bytes);
+    if (form == Form::afpInfo) return overlaid(holder, kOffsetInAfpInfo, bytes);
+    OSA_TRY(const AppleDouble file, AppleDouble::parse(holder));
+    return file.withFinderInfo(bytes);
+}
+
+Result<void> writeToAttribute(const std::string& path, const FinderInfoPlace& place,
+                              const FinderInfoBytes& bytes) {
+    OSA_TRY(auto old, posix::attribute(path, place.attribute));
+    OSA_TRY(const Source made,
+            edited(place.form, std::make_shared<MemorySource>(std::move(old)), bytes));
+    OSA_TRY(const auto value, readRange(*made, {0, made->size()}));
+    return posix::setAttribute(path, place.attribute, value);
+}
+
+Result<void> writeToFile(const std::string& path, Form form, const FinderInfoBytes& bytes) {
+    // A link to a side file stays one.
+    OSA_TRY(const std::string target, posix::realPath(path));
+    OSA_TRY(const auto file, posix::openFile(target, posix::Follow::no));
+    OSA_TRY(const Source content, edited(form, file, bytes));
+    return posix::replaceFile(target, *content, file->status());
+}
+
+Result<void> writeToPlace(const Located& object, const StoredParts& keeper,
+                          const FinderInfoBytes& bytes) {
+    const FinderInfoPlace& place = keeper.infoPlace;
+    if (place.attribute != nullptr) return writeToAttribute(object.path(), place, bytes);
+    return writeToFile(keeper.witnesses[place.witness].path, place.form, bytes);
+}
+
+Result<void> writeToSideFile(const Located& object, const FinderInfoBytes& bytes) {
+    const std::string path = joinPath(object.folder, "._" + object.name);
+    const auto there = posix::openFile(path, posix::Follow::yes);
+    if (there.ok() && (*there)->size() > 0) {
+        auto written = writeToFile(path, Form::appleDouble, bytes);
+        // A file of this name that is something else is not ours to replace.
+        return written.status() == paramErr ? Failure(dupFNErr) : written;
+    }
+    if (there.status() == notAFileErr) return Failure(dupFNErr);
+    if (!there.ok() && there.status() != fnfErr) return Failure(there.status());
+    posix::FileStatus like = object.status;
+    like.mode = (like.mode & 0666) | 0600;
+    return posix::replaceFile(path, *AppleDouble::make(bytes), like);
+}
+
+/// `keeper` null: nobody keeps any.
+Result<void> write(const Located& object, const StoredParts* keeper, const FinderInfoBytes& bytes) {
+    if (keeper == nullptr) return writeToSideFile(object, bytes);
+    OSA_CHECK(writeToPlace(object, *keeper, bytes));
+    // Where one place is blanked, a later one with other information would come to light.
+    for (int left = kMostPlaces; isBlank(bytes) && left > 0; --left) {
+        forgetLastObject();
+        OSA_TRY(keeper, findFinderInfoKeeper(object));
+        if (keeper == nullptr) break;
+        OSA_CHECK(writeToPlace(object, *keeper, bytes));
+    }
+    return {};
+}
+
+}  // namespace
+
+Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
+                             const ExtendedFinderInfo* extended) {
+    // Two threads that write one half each must not undo each other's.
+    static std::mutex oneAtATime;
+    const std::lock_guard lock(oneAtATime);
+    OSA_TRY(const Located object, locate(ref));
+    if (!hasParts(object)) return Failure(unimpErr);
+    OSA_TRY(const StoredParts* const keeper, findFinderInfoKeeper(object));
+    const FinderInfoBytes old = keeper == nullptr ? FinderInfoBytes{} : keeper->finderInfo;
+    FinderInfoBytes bytes = old;
+    const bool isFolder = object.status.isFolder();
+    if (basic != nullptr) setBasicFinderInfo(bytes, *basic, isFolder);
+    if (extended != nullptr) setExtendedFinderInfo(bytes, *extended, isFolder);
+    if (bytes == old) return {};
+    const auto written = write(object, keeper, bytes);
+    forgetLastObject();
+    return written;
+}
+
+}  // namespace osa
