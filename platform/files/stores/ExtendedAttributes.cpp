@@ -57,7 +57,7 @@ class ExtendedAttributes : public ForkStore {
   public:
     Result<StoredParts> look(const Located& object, FolderSurroundings&) const override {
         StoredParts parts;
-        const std::string path = object.path();
+        const std::string& path = object.path();
         OSA_TRY(const auto names, posix::listAttributes(path));
         for (const InfoName& info : kInfoNames) {
             OSA_TRY(const Bytes value, valueOf(path, names, info.name));

@@ -40,13 +40,15 @@ bool isSame(const Witness& witness, posix::Time observed, FolderSurroundings& ar
 /// One question: walks the stores, taking remembered answers that still hold.
 class Question {
   public:
-    explicit Question(const Located& object) : object_(object), around_(object.folder) {
-        std::string path = object.path();
-        const bool isKnown = lastObject.path == path &&
+    explicit Question(const Located& object) : object_(object), around_(object.folder()) {
+        const bool isKnown = lastObject.path == object.path() &&
                              object.status.isUnchangedSince(lastObject.status) &&
                              posix::isSettled(object.status.changed, lastObject.observed);
         if (isKnown) return;
-        lastObject = LastObject{std::move(path), object.status, posix::now(), {}};
+        lastObject.path = object.path();
+        lastObject.status = object.status;
+        lastObject.observed = posix::now();
+        lastObject.answers.fill(std::nullopt);
     }
 
     Result<const StoredParts*> ask(std::size_t store) {
