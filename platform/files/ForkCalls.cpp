@@ -16,7 +16,9 @@ namespace {
 constexpr std::u16string_view kResourceForkName = u"RESOURCE_FORK";
 
 struct OpenFork : OpenFile {
-    explicit OpenFork(std::shared_ptr<const ByteSource> bytes) : source(std::move(bytes)) {}
+    static constexpr Kind kKind = Kind::fork;
+    explicit OpenFork(std::shared_ptr<const ByteSource> bytes)
+        : OpenFile(kKind), source(std::move(bytes)) {}
     const std::shared_ptr<const ByteSource> source;
     std::mutex lock;  // of the mark
     std::uint64_t mark = 0;
@@ -59,7 +61,7 @@ Result<SInt16> openFork(const FSRef* ref, std::u16string_view name, SInt8 permis
 }
 
 std::shared_ptr<OpenFork> findFork(SInt16 number) {
-    return std::dynamic_pointer_cast<OpenFork>(findOpenFile(number));
+    return findOpenFile<OpenFork>(number);
 }
 
 OSErr closeFork(SInt16 number) {

@@ -14,7 +14,8 @@ namespace osa {
 
 class OpenResourceFile : public OpenFile {
   public:
-    explicit OpenResourceFile(ResourceFork fork) : fork_(std::move(fork)) {}
+    static constexpr Kind kKind = Kind::resourceFile;
+    explicit OpenResourceFile(ResourceFork fork) : OpenFile(kKind), fork_(std::move(fork)) {}
     /// Disposes of the handles that still belong to the file.
     ~OpenResourceFile() override;
     OpenResourceFile(const OpenResourceFile&) = delete;
