@@ -7,10 +7,13 @@
 
 namespace osa {
 
+MemorySource::MemorySource(ByteSpan bytes) : bytes_(bytes.size()) {
+    std::copy_n(bytes.data(), bytes.size(), bytes_.toFill().data());
+}
+
 Result<void> MemorySource::readExactly(std::uint64_t offset, std::span<std::byte> target) const {
-    if (!CheckedRange{offset, target.size()}.fits(bytes_.size())) return Failure(eofErr);
-    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), target.size(),
-                target.begin());
+    if (!CheckedRange{offset, target.size()}.fits(size())) return Failure(eofErr);
+    std::copy_n(inMemory().data() + offset, target.size(), target.data());
     return {};
 }
 
@@ -24,11 +27,13 @@ ByteSpan SubSource::inMemory() const {
     return range_.fits(whole.size()) ? whole.subspan(range_.offset, range_.length) : ByteSpan{};
 }
 
-Result<std::vector<std::byte>> readRange(const ByteSource& source, CheckedRange range) {
+Result<RangeBytes> readRange(const ByteSource& source, CheckedRange range) {
     if (!range.fits(source.size())) return Failure(eofErr);
-    std::vector<std::byte> bytes(range.length);
-    OSA_CHECK(source.readExactly(range.offset, bytes));
-    return bytes;
+    const ByteSpan known = source.inMemory();
+    if (range.fits(known.size())) return RangeBytes(known.subspan(range.offset, range.length));
+    ByteBlock own(range.length);
+    OSA_CHECK(source.readExactly(range.offset, own.toFill()));
+    return RangeBytes(std::move(own));
 }
 
 }  // namespace osa

@@ -35,9 +35,7 @@ Result<std::shared_ptr<const ByteSource>> openDataFork(const FSRef& ref) {
     OSA_TRY(const Located object, locate(&ref));
     if (!object.status.isSymbolicLink()) return Failure(notAFileErr);
     OSA_TRY(const std::string target, posix::readLink(object.path()));
-    const ByteSpan text = asBytes(target);
-    return std::shared_ptr<const ByteSource>(
-        std::make_shared<MemorySource>(std::vector<std::byte>(text.begin(), text.end())));
+    return std::shared_ptr<const ByteSource>(std::make_shared<MemorySource>(asBytes(target)));
 }
 
 Result<std::shared_ptr<const ByteSource>> openResourceFork(const FSRef& ref) {

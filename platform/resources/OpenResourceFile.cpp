@@ -82,7 +82,7 @@ Result<void> OpenResourceFile::read(const ResourceReference& reference, Handle h
             return {};
         OSA_TRY(const std::vector<std::byte> data, expandResource(stored));
         OSA_CHECK(resize(handle, data.size()));
-        std::ranges::copy(data, block(handle, data.size()).begin());
+        std::copy_n(data.data(), data.size(), block(handle, data.size()).data());
         return {};
     };
     const Result<void> filled = fill();
@@ -93,7 +93,8 @@ Result<void> OpenResourceFile::read(const ResourceReference& reference, Handle h
 Result<std::vector<std::byte>> resourceData(const ResourceFork& fork,
                                             const ResourceReference& reference) {
     OSA_TRY(const CheckedRange range, fork.dataRange(reference));
-    OSA_TRY(std::vector<std::byte> stored, readRange(fork.source(), range));
+    std::vector<std::byte> stored(range.length);
+    OSA_CHECK(fork.source().readExactly(range.offset, stored));
     if ((reference.attributes & kResourceCompressed) == 0 || !isCompressedData(stored))
         return stored;
     return expandResource(stored);

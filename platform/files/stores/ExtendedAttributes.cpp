@@ -70,7 +70,7 @@ class ExtendedAttributes : public ForkStore {
             }
             if (value.empty() || parts.resourceFork) continue;
             parts.resourceFork = std::make_shared<StoredFork>(
-                StoredFork{std::make_shared<MemorySource>(std::move(value)), {}, {}, {}});
+                StoredFork{std::make_shared<MemorySource>(value), {}, {}, {}});
         }
         // No witness: setting an attribute changes the object's own dates.
         return parts;

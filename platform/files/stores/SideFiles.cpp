@@ -17,8 +17,9 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
     parts.witnesses.push_back({path, status});
     const bool isInMemory = content->size() <= kReadWhole;
     if (isInMemory) {
-        OSA_TRY(auto bytes, readRange(*content, {0, content->size()}));
-        content = std::make_shared<MemorySource>(std::move(bytes));
+        ByteBlock whole(content->size());
+        OSA_CHECK(content->readExactly(0, whole.toFill()));
+        content = std::make_shared<MemorySource>(std::move(whole));
     }
     const auto parsed = AppleDouble::parse(content);
     if (!parsed.ok()) {
