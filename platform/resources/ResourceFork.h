@@ -67,7 +67,7 @@ class ResourceFork {
     struct MapLayout;
     ResourceFork() = default;
     bool parseMap();
-    bool expandTypes(std::span<const MapLayout> layouts);
+    void expandTypes(std::span<MapLayout> layouts);
 
     std::shared_ptr<const ByteSource> source_;
     std::uint64_t dataStart_ = 0;
