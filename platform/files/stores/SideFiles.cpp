@@ -30,9 +30,9 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
     const AppleDouble::Entry* const fork = parsed->find(AppleDouble::resourceFork);
     if (fork == nullptr) return parts;
     // A large side file is not kept open: it is opened again when the fork is.
-    auto bytes = isInMemory ? parsed->content(AppleDouble::resourceFork) : nullptr;
-    parts.resourceFork =
-        std::make_shared<StoredFork>(StoredFork{std::move(bytes), path, status, fork->range});
+    parts.resourceFork = std::make_shared<StoredFork>(
+        isInMemory ? StoredFork{parsed->content(AppleDouble::resourceFork), {}, {}, {}}
+                   : StoredFork{nullptr, path, status, fork->range});
     return parts;
 }
 
