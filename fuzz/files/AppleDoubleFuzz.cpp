@@ -6,8 +6,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace osa;
     const ByteSpan bytes(reinterpret_cast<const std::byte*>(data), size);
-    const auto parsed = AppleDouble::parse(
-        std::make_shared<MemorySource>(std::vector<std::byte>(bytes.begin(), bytes.end())));
+    const auto parsed = AppleDouble::parse(std::make_shared<MemorySource>(bytes));
     if (!parsed.ok()) return 0;
     (void)parsed->finderInfoContent();
     (void)parsed->dates();

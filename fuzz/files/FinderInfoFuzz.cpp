@@ -7,8 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ByteSpan bytes(reinterpret_cast<const std::byte*>(data), size);
     auto info = parseAfpInfo(bytes);
     if (!info) {
-        const auto header = AppleDouble::parse(
-            std::make_shared<MemorySource>(std::vector<std::byte>(bytes.begin(), bytes.end())));
+        const auto header = AppleDouble::parse(std::make_shared<MemorySource>(bytes));
         if (!header.ok()) return 0;
         const auto found = header->finderInfoContent();
         if (found.ok()) info = *found;

@@ -4,9 +4,8 @@
 #include "platform/resources/ResourceFork.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto* const bytes = reinterpret_cast<const std::byte*>(data);
-    const auto fork = osa::ResourceFork::open(
-        std::make_shared<osa::MemorySource>(std::vector<std::byte>(bytes, bytes + size)));
+    const osa::ByteSpan bytes(reinterpret_cast<const std::byte*>(data), size);
+    const auto fork = osa::ResourceFork::open(std::make_shared<osa::MemorySource>(bytes));
     if (!fork) return 0;
     for (const osa::ResourceFork::Type& type : fork->types()) {
         for (const osa::ResourceReference& reference : fork->references(type)) {

@@ -42,13 +42,13 @@ Result<std::optional<FSRef>> nextTarget(const Located& object) {
     std::optional<FSRef> none;
     if (object.status.isSymbolicLink()) {
         OSA_TRY(std::string target, posix::readLink(object.path()));
-        if (!target.starts_with('/')) target = joinPath(object.folder, target);
+        if (!target.starts_with('/')) target = joinPath(object.folder(), target);
         OSA_TRY(const FSRef next, referenceToPath(std::move(target), nullptr));
         return std::optional(next);
     }
     OSA_TRY(const auto record, aliasRecordOf(object));
     if (!record) return none;
-    OSA_TRY(const FSRef next, findAliasTarget(*record, object.folder));
+    OSA_TRY(const FSRef next, findAliasTarget(*record, std::string(object.folder())));
     return std::optional(next);
 }
 

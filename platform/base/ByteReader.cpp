@@ -3,12 +3,6 @@
 
 namespace osa {
 
-std::uint64_t ByteReader::bigEndian(std::size_t width) {
-    std::uint64_t value = 0;
-    for (const std::byte byte : bytes(width)) value = value << 8 | std::to_integer<unsigned>(byte);
-    return value;
-}
-
 std::uint64_t ByteReader::littleEndian(std::size_t width) {
     std::uint64_t value = 0;
     unsigned shift = 0;
@@ -21,16 +15,6 @@ std::uint64_t ByteReader::littleEndian(std::size_t width) {
 
 std::uint8_t ByteReader::peek() const {
     return ok_ && remaining() > 0 ? std::to_integer<std::uint8_t>(bytes_[position_]) : 0;
-}
-
-ByteSpan ByteReader::bytes(std::size_t length) {
-    if (!ok_ || length > remaining()) {
-        ok_ = false;
-        return {};
-    }
-    const ByteSpan run = bytes_.subspan(position_, length);
-    position_ += length;
-    return run;
 }
 
 std::string_view ByteReader::text(std::size_t length) {

@@ -48,14 +48,27 @@ class ByteReader {
     std::uint32_t u32LittleEndian() { return static_cast<std::uint32_t>(littleEndian(4)); }
     std::uint64_t u64LittleEndian() { return littleEndian(8); }
     /// Big-endian integer of 1 to 8 bytes.
-    std::uint64_t bigEndian(std::size_t width);
+    std::uint64_t bigEndian(std::size_t width) {
+        std::uint64_t value = 0;
+        for (const std::byte byte : bytes(width))
+            value = value << 8 | std::to_integer<unsigned>(byte);
+        return value;
+    }
     std::uint64_t littleEndian(std::size_t width);
 
     /// The next byte without moving; 0 at the end, which is no failure.
     std::uint8_t peek() const;
 
     /// The next `length` bytes as a view; empty and failed when there are fewer.
-    ByteSpan bytes(std::size_t length);
+    ByteSpan bytes(std::size_t length) {
+        if (!ok_ || length > remaining()) {
+            ok_ = false;
+            return {};
+        }
+        const ByteSpan run = bytes_.subspan(position_, length);
+        position_ += length;
+        return run;
+    }
     /// The same as characters.
     std::string_view text(std::size_t length);
     /// A length byte and that many bytes.

@@ -7,10 +7,13 @@
 
 namespace osa {
 
+MemorySource::MemorySource(ByteSpan bytes) : bytes_(bytes.size()) {
+    std::copy_n(bytes.data(), bytes.size(), bytes_.toFill().data());
+}
+
 Result<void> MemorySource::readExactly(std::uint64_t offset, std::span<std::byte> target) const {
-    if (!CheckedRange{offset, target.size()}.fits(bytes_.size())) return Failure(eofErr);
-    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), target.size(),
-                target.begin());
+    if (!CheckedRange{offset, target.size()}.fits(size())) return Failure(eofErr);
+    std::copy_n(inMemory().data() + offset, target.size(), target.data());
     return {};
 }
 
@@ -43,18 +46,19 @@ Result<void> JoinedSource::readExactly(std::uint64_t offset, std::span<std::byte
 
 std::shared_ptr<const ByteSource> overlaid(std::shared_ptr<const ByteSource> whole,
                                            std::uint64_t offset, ByteSpan bytes) {
-    using Bytes = std::vector<std::byte>;
     return std::make_shared<JoinedSource>(std::vector<std::shared_ptr<const ByteSource>>{
         std::make_shared<SubSource>(whole, CheckedRange{0, offset}),
-        std::make_shared<MemorySource>(Bytes(bytes.begin(), bytes.end())),
+        std::make_shared<MemorySource>(bytes),
         std::make_shared<SubSource>(whole, CheckedRange{offset + bytes.size(), whole->size()})});
 }
 
-Result<std::vector<std::byte>> readRange(const ByteSource& source, CheckedRange range) {
+Result<RangeBytes> readRange(const ByteSource& source, CheckedRange range) {
     if (!range.fits(source.size())) return Failure(eofErr);
-    std::vector<std::byte> bytes(range.length);
-    OSA_CHECK(source.readExactly(range.offset, bytes));
-    return bytes;
+    const ByteSpan known = source.inMemory();
+    if (range.fits(known.size())) return RangeBytes(known.subspan(range.offset, range.length));
+    ByteBlock own(range.length);
+    OSA_CHECK(source.readExactly(range.offset, own.toFill()));
+    return RangeBytes(std::move(own));
 }
 
 }  // namespace osa

@@ -23,16 +23,33 @@ class ByteSource {
     virtual ByteSpan inMemory() const { return {}; }
 };
 
+/// A block of bytes that begins unset, for what is filled as a whole.
+class ByteBlock {
+  public:
+    ByteBlock() = default;
+    explicit ByteBlock(std::size_t size)
+        : bytes_(std::make_unique_for_overwrite<std::byte[]>(size)), size_(size) {}
+
+    std::span<std::byte> toFill() { return {bytes_.get(), size_}; }
+    ByteSpan view() const { return {bytes_.get(), size_}; }
+
+  private:
+    std::unique_ptr<std::byte[]> bytes_;
+    std::size_t size_ = 0;
+};
+
 /// Bytes owned by the source.
 class MemorySource : public ByteSource {
   public:
-    explicit MemorySource(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {}
-    std::uint64_t size() const override { return bytes_.size(); }
+    explicit MemorySource(ByteBlock bytes) : bytes_(std::move(bytes)) {}
+    /// Keeps a copy.
+    explicit MemorySource(ByteSpan bytes);
+    std::uint64_t size() const override { return bytes_.view().size(); }
     Result<void> readExactly(std::uint64_t offset, std::span<std::byte> target) const override;
-    ByteSpan inMemory() const override { return bytes_; }
+    ByteSpan inMemory() const override { return bytes_.view(); }
 
   private:
-    std::vector<std::byte> bytes_;
+    ByteBlock bytes_;
 };
 
 /// A part of another source, which is kept alive.
@@ -68,7 +85,23 @@ class JoinedSource : public ByteSource {
 std::shared_ptr<const ByteSource> overlaid(std::shared_ptr<const ByteSource> whole,
                                            std::uint64_t offset, ByteSpan bytes);
 
-/// Reads `range` into a fresh block; eofErr when it does not fit, before anything is allocated.
-Result<std::vector<std::byte>> readRange(const ByteSource& source, CheckedRange range);
+/// Some bytes of a source: a view of those that are in memory anyway, which lasts as long as the
+/// source, else a block of their own.
+class RangeBytes {
+  public:
+    RangeBytes() = default;
+    explicit RangeBytes(ByteSpan view) : bytes_(view) {}
+    explicit RangeBytes(ByteBlock own) : own_(std::move(own)), bytes_(own_.view()) {}
+
+    operator ByteSpan() const { return bytes_; }  // NOLINT: implicit by design
+    std::size_t size() const { return bytes_.size(); }
+    const std::byte* data() const { return bytes_.data(); }
+
+  private:
+    ByteBlock own_;
+    ByteSpan bytes_;
+};
+/// eofErr when `range` does not fit, before anything is allocated.
+Result<RangeBytes> readRange(const ByteSource& source, CheckedRange range);
 
 }  // namespace osa

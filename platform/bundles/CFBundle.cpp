@@ -6,6 +6,7 @@
 #include "platform/base/ByteReader.h"
 #include "platform/base/FourCC.h"
 #include "platform/cf/StringObject.h"
+#include "platform/cf/url/URLObject.h"
 #include "platform/posix/FileSystem.h"
 
 OSA_CONSTANT_STRING(kCFBundleIdentifierKey, "CFBundleIdentifier");
@@ -127,11 +128,8 @@ CFTypeID CFBundleGetTypeID(void) {
 }
 
 CFBundleRef CFBundleCreate(CFAllocatorRef /*allocator*/, CFURLRef url) {
-    if (url == nullptr) return nullptr;
-    char path[4096];
-    if (!CFURLGetFileSystemRepresentation(url, true, reinterpret_cast<UInt8*>(path), sizeof path)) {
-        return nullptr;
-    }
+    std::string path;
+    if (url == nullptr || !osa::filePathOf(url, true, path)) return nullptr;
     auto layout = osa::findBundleLayout(path);
     return layout ? osa::makeObject<__CFBundle>(std::move(*layout)) : nullptr;
 }

@@ -23,15 +23,16 @@ UInt64 physicalSize(UInt64 logical) {
 
 Result<UInt32> parentID(const Located& object) {
     if (object.isRoot()) return UInt32{fsRtParID};
-    if (object.folder == "/") return UInt32{fsRtDirID};
-    OSA_TRY(const posix::FileStatus folder, posix::status(object.folder, posix::Follow::no));
+    if (object.folder() == "/") return UInt32{fsRtDirID};
+    OSA_TRY(const posix::FileStatus folder,
+            posix::status(std::string(object.folder()), posix::Follow::no));
     return nodeIDFromInode(folder.inode);
 }
 
 Result<UInt32> valence(const Located& object) {
     UInt32 count = 0;
     if (!object.status.isFolder()) return count;
-    const std::string path = object.path();
+    const std::string& path = object.path();
     OSA_TRY(auto names, posix::DirectoryReader::open(path));
     for (;;) {
         OSA_TRY(const std::string name, names.next());
@@ -161,7 +162,8 @@ Result<void> fillCatalog(const Located& object, FSCatalogInfoBitmap which,
                          const CatalogTargets& targets) {
     if (which != 0) OSA_CHECK(CatalogFiller(object, which).fill(*targets.info));
     if (targets.name != nullptr) {
-        OSA_TRY(*targets.name, unicodeFromLeaf(object.isRoot() ? bootVolumeName() : object.name));
+        OSA_TRY(*targets.name,
+                unicodeFromLeaf(object.isRoot() ? bootVolumeName() : std::string(object.name())));
     }
     if (targets.spec != nullptr) {
         OSA_TRY(const Volume volume, volumeOf(object.status.device, object.path()));

@@ -16,7 +16,7 @@ Result<FSRef> childReference(const FSRef* parent, const UniChar* name, UniCharCo
     if (!folder.status.isFolder()) return Failure(errFSNotAFolder);
     OSA_TRY(const std::string leaf, leafFromUnicode(name, length));
     if (leaf == "." || leaf == "..") return Failure(fnfErr);
-    const std::string path = folder.path();
+    const std::string& path = folder.path();
     OSA_TRY(const posix::FileStatus status, posix::status(joinPath(path, leaf), posix::Follow::no));
     return makeReference(internRealFolder(path), leaf, status);
 }
@@ -24,7 +24,7 @@ Result<FSRef> childReference(const FSRef* parent, const UniChar* name, UniCharCo
 Result<void> makePath(const FSRef* ref, UInt8* target, UInt32 size) {
     if (target == nullptr) return Failure(paramErr);
     OSA_TRY(const Located object, locate(ref));
-    const std::string path = object.path();
+    const std::string& path = object.path();
     if (path.size() >= size) return Failure(pathTooLongErr);
     std::copy_n(path.c_str(), path.size() + 1, target);
     return {};

@@ -107,8 +107,8 @@ void rememberFolder(FSVolumeRefNum volume, UInt32 nodeID, const std::string& pat
 
 Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID) {
     if (object.isRoot()) return makeSpec(volume, fsRtParID, bootVolumeName());
-    OSA_TRY(const std::string name, macRomanFromLeaf(object.name));
-    rememberFolder(volume, parentID, object.folder);
+    OSA_TRY(const std::string name, macRomanFromLeaf(object.name()));
+    rememberFolder(volume, parentID, std::string(object.folder()));
     return makeSpec(volume, parentID, name);
 }
 

@@ -43,14 +43,17 @@ Result<FSIterator> openIterator(const FSRef* container, FSIteratorFlags flags) {
 Result<bool> fillPlace(const OpaqueFSIterator& iterator, const std::string& name,
                        FSCatalogInfoBitmap which, const BulkTargets& targets, ItemCount place) {
     if (isSideFile(iterator.folder, name)) return false;
-    const auto status = posix::status(joinPath(iterator.folder, name), posix::Follow::no);
+    Located child(iterator.folder, name);
+    const auto status = posix::status(child.path(), posix::Follow::no);
     if (!status.ok()) {
         if (status.status() == fnfErr) return false;
         return Failure(status.status());
     }
+    child.status = *status;
+    child.birth = status->birth();
     const CatalogTargets one{at(targets.infos, place), at(targets.names, place),
                              at(targets.specs, place), nullptr};
-    const auto filled = fillCatalog({iterator.folder, name, *status, status->birth()}, which, one);
+    const auto filled = fillCatalog(child, which, one);
     if (!filled.ok()) {
         if (filled.status() == fnfErr || filled.status() == bdNamErr) return false;
         return Failure(filled.status());

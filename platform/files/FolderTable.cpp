@@ -1,7 +1,10 @@
 // The tables of folders and of long names.
 #include "platform/files/FolderTable.h"
 
-#include <deque>
+#include <array>
+#include <atomic>
+#include <bit>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <unordered_map>
@@ -11,7 +14,8 @@
 namespace osa {
 namespace {
 
-/// Texts numbered in the order of their coming.
+/// Texts numbered in the order of their coming. They are never moved, so that numbers, which come
+/// far more often than new texts, are looked up without a lock.
 class TextPool {
   public:
     std::uint32_t intern(const std::string& text) {
@@ -21,21 +25,39 @@ class TextPool {
             if (found != numbers_.end()) return found->second;
         }
         const std::unique_lock guard(lock_);
-        const auto [place, isNew] =
-            numbers_.try_emplace(text, static_cast<std::uint32_t>(texts_.size()));
-        if (isNew) texts_.push_back(&place->first);
-        return place->second;
+        const std::uint32_t count = count_.load(std::memory_order_relaxed);
+        const std::string*& slot = makeSlot(count);
+        const auto [place, isNew] = numbers_.try_emplace(text, count);
+        if (!isNew) return place->second;
+        slot = &place->first;
+        // What was written so far is there for whoever sees this count.
+        count_.store(count + 1, std::memory_order_release);
+        return count;
     }
 
     const std::string* at(std::uint32_t number) const {
-        const std::shared_lock guard(lock_);
-        return number < texts_.size() ? texts_[number] : nullptr;
+        if (number >= count_.load(std::memory_order_acquire)) return nullptr;
+        return runs_[runOf(number)][number - firstOf(runOf(number))];
     }
 
   private:
-    mutable std::shared_mutex lock_;
+    // Run n holds as many texts as all runs before it and one more: the numbers from 2^n - 1 on.
+    static unsigned runOf(std::uint32_t number) {
+        return static_cast<unsigned>(std::bit_width(std::uint64_t{number} + 1)) - 1;
+    }
+    static std::uint64_t firstOf(unsigned run) { return (std::uint64_t{1} << run) - 1; }
+
+    const std::string*& makeSlot(std::uint32_t number) {
+        const std::uint64_t first = firstOf(runOf(number));
+        auto& run = runs_[runOf(number)];
+        if (run == nullptr) run = std::make_unique<const std::string*[]>(first + 1);
+        return run[number - first];
+    }
+
+    std::shared_mutex lock_;  // of everything but what lies below the count
     std::unordered_map<std::string, std::uint32_t> numbers_;
-    std::deque<const std::string*> texts_;  // the keys above, which do not move
+    std::array<std::unique_ptr<const std::string*[]>, 32> runs_;  // the keys above
+    std::atomic<std::uint32_t> count_{0};
 };
 
 /// How a folder's path is spelled otherwise: what it led to when it was last looked up.

@@ -16,7 +16,9 @@ namespace {
 constexpr std::u16string_view kResourceForkName = u"RESOURCE_FORK";
 
 struct OpenFork : OpenFile {
-    explicit OpenFork(std::shared_ptr<const ByteSource> bytes) : source(std::move(bytes)) {}
+    static constexpr Kind kKind = Kind::fork;
+    explicit OpenFork(std::shared_ptr<const ByteSource> bytes)
+        : OpenFile(kKind), source(std::move(bytes)) {}
     const std::shared_ptr<const ByteSource> source;
     std::mutex lock;  // of the mark
     std::uint64_t mark = 0;
@@ -33,9 +35,7 @@ Result<std::shared_ptr<const ByteSource>> openDataFork(const FSRef& ref) {
     OSA_TRY(const Located object, locate(&ref));
     if (!object.status.isSymbolicLink()) return Failure(notAFileErr);
     OSA_TRY(const std::string target, posix::readLink(object.path()));
-    const ByteSpan text = asBytes(target);
-    return std::shared_ptr<const ByteSource>(
-        std::make_shared<MemorySource>(std::vector<std::byte>(text.begin(), text.end())));
+    return std::shared_ptr<const ByteSource>(std::make_shared<MemorySource>(asBytes(target)));
 }
 
 Result<std::shared_ptr<const ByteSource>> openResourceFork(const FSRef& ref) {
@@ -59,7 +59,7 @@ Result<SInt16> openFork(const FSRef* ref, std::u16string_view name, SInt8 permis
 }
 
 std::shared_ptr<OpenFork> findFork(SInt16 number) {
-    return std::dynamic_pointer_cast<OpenFork>(findOpenFile(number));
+    return findOpenFile<OpenFork>(number);
 }
 
 OSErr closeFork(SInt16 number) {

@@ -4,9 +4,10 @@
 #include <CoreServices/MacErrors.h>
 #include <OSA/Diagnostics.h>
 
+#include <algorithm>
+#include <functional>
 #include <limits>
 #include <mutex>
-#include <set>
 #include <shared_mutex>
 #include <utility>
 #include <vector>
@@ -17,7 +18,7 @@ namespace {
 struct OpenFileTable {
     std::shared_mutex lock;
     std::vector<std::shared_ptr<OpenFile>> files;  // number - 1 is the place
-    std::set<std::size_t> free;
+    std::vector<std::size_t> free;                 // a heap, the lowest place first
 };
 
 OpenFileTable& table() {
@@ -30,21 +31,25 @@ OpenFileTable& table() {
 Result<SInt16> addOpenFile(std::shared_ptr<OpenFile> file) {
     OpenFileTable& open = table();
     const std::unique_lock guard(open.lock);
+    std::size_t place = open.files.size();
     if (open.free.empty()) {
-        if (open.files.size() == std::numeric_limits<SInt16>::max()) return Failure(tmfoErr);
-        open.free.insert(open.files.size());
-        open.files.emplace_back();
+        if (place == std::numeric_limits<SInt16>::max()) return Failure(tmfoErr);
+        open.files.push_back(std::move(file));
+    } else {
+        std::ranges::pop_heap(open.free, std::greater<>());
+        place = open.free.back();
+        open.free.pop_back();
+        open.files[place] = std::move(file);
     }
-    const std::size_t place = open.free.extract(open.free.begin()).value();
-    open.files[place] = std::move(file);
     return static_cast<SInt16>(place + 1);
 }
 
-std::shared_ptr<OpenFile> findOpenFile(SInt16 number) {
+std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind) {
     OpenFileTable& open = table();
     const std::shared_lock guard(open.lock);
     if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return nullptr;
-    return open.files[static_cast<std::size_t>(number) - 1];
+    const std::shared_ptr<OpenFile>& file = open.files[static_cast<std::size_t>(number) - 1];
+    return file != nullptr && file->kind == kind ? file : nullptr;
 }
 
 bool removeOpenFile(SInt16 number) {
@@ -55,7 +60,8 @@ bool removeOpenFile(SInt16 number) {
     const auto place = static_cast<std::size_t>(number) - 1;
     if (open.files[place] == nullptr) return false;
     closing = std::exchange(open.files[place], nullptr);
-    open.free.insert(place);
+    open.free.push_back(place);
+    std::ranges::push_heap(open.free, std::greater<>());
     return true;
 }
 

@@ -43,16 +43,13 @@ Packed pack(FolderIndex folder, std::string_view name, const posix::FileStatus& 
     return packed;
 }
 
-bool unpackName(const Packed& packed, std::string& name) {
-    if (packed.nameLength <= kInlineName) {
-        name.assign(packed.name, packed.nameLength);
-        return true;
-    }
+/// Empty when the reference is damaged.
+std::string_view nameIn(const Packed& packed) {
+    if (packed.nameLength <= kInlineName) return {packed.name, packed.nameLength};
     std::uint32_t number = 0;
     std::memcpy(&number, packed.name, sizeof number);
     const std::string* const text = packed.nameLength == kLongName ? longName(number) : nullptr;
-    if (text != nullptr) name = *text;
-    return text != nullptr;
+    return text == nullptr ? std::string_view() : *text;
 }
 
 /// Splits an absolute path without a slash at its end.
@@ -64,17 +61,13 @@ void splitPath(const std::string& path, std::string& folder, std::string& name) 
 
 }  // namespace
 
-std::string joinPath(std::string_view folder, std::string_view name) {
+std::string joinPath(std::string_view folder, std::string_view name, std::string_view rest) {
     std::string path;
-    path.reserve(folder.size() + 1 + name.size());
+    path.reserve(folder.size() + 1 + name.size() + rest.size());
     path += folder;
     if (path.empty() || path.back() != '/') path += '/';
-    path += name;
+    path.append(name).append(rest);
     return path;
-}
-
-std::string Located::path() const {
-    return isRoot() ? "/" : joinPath(folder, name);
 }
 
 Result<Located> describeReference(const FSRef* ref) {
@@ -82,15 +75,15 @@ Result<Located> describeReference(const FSRef* ref) {
     const auto packed = std::bit_cast<Packed>(*ref);
     if (packed.mark != kMark) return Failure(errFSBadFSRef);
     Located object;
+    if (packed.folder != kNoFolder) {
+        const std::string* const folder = folderPath(packed.folder);
+        const std::string_view name = nameIn(packed);
+        if (folder == nullptr || name.empty()) return Failure(errFSBadFSRef);
+        object = Located(*folder, name);
+    }
     object.status.device = packed.device;
     object.status.inode = packed.inode;
     object.birth = packed.birth;
-    if (packed.folder == kNoFolder) return object;
-    const std::string* const folder = folderPath(packed.folder);
-    if (folder == nullptr || !unpackName(packed, object.name) || object.name.empty()) {
-        return Failure(errFSBadFSRef);
-    }
-    object.folder = *folder;
     return object;
 }
 
@@ -143,7 +136,7 @@ Result<FSRef> referenceToPath(std::string path, bool* isFolder) {
 
 Result<FSRef> parentReference(const Located& object) {
     if (object.isRoot()) return FSRef{};
-    return referenceToRealPath(object.folder);
+    return referenceToRealPath(std::string(object.folder()));
 }
 
 UInt32 nodeIDFromInode(std::uint64_t inode) {

@@ -11,23 +11,38 @@
 
 namespace osa {
 
+/// "folder/name", and `rest` behind it, without doubling the slash of the root.
+std::string joinPath(std::string_view folder, std::string_view name, std::string_view rest = {});
+
 /// An object found on disk: where it is and what the system says of it.
-struct Located {
-    std::string folder;  ///< absolute, without links; empty for the root folder itself
-    std::string name;    ///< leaf as on disk; empty for the root folder
+class Located {
+  public:
+    /// The root folder.
+    Located() = default;
+    /// `folder`: absolute, without links. `name`: leaf as on disk.
+    Located(std::string_view folder, std::string_view name)
+        : path_(joinPath(folder, name)), leaf_(path_.size() - name.size()) {}
+
     posix::FileStatus status;
     std::uint32_t birth = 0;  ///< of the object when the reference was made
 
+    const std::string& path() const { return path_; }
+    /// The root folder is its own.
+    std::string_view folder() const {
+        return std::string_view(path_).substr(0, leaf_ == 1 ? 1 : leaf_ - 1);
+    }
+    /// Empty for the root folder.
+    std::string_view name() const { return std::string_view(path_).substr(leaf_); }
+    bool isRoot() const { return leaf_ == path_.size(); }
     /// Whether `found` is the object that the reference was made of.
     bool isStill(const posix::FileStatus& found) const {
         return found.isSameObject(status) && found.birth() == birth;
     }
-    std::string path() const;
-    bool isRoot() const { return name.empty(); }
-};
 
-/// "folder/name" without doubling the slash of the root.
-std::string joinPath(std::string_view folder, std::string_view name);
+  private:
+    std::string path_ = "/";
+    std::size_t leaf_ = 1;  // where the name begins
+};
 
 /// Asks the disk: paramErr for null, errFSBadFSRef, or fnfErr when another object is in its place.
 Result<Located> locate(const FSRef* ref);

@@ -65,7 +65,9 @@ Result<std::shared_ptr<const ByteSource>> openSource(const std::string& path) {
 Result<std::vector<std::byte>> readFile(const std::string& path, std::uint64_t limit) {
     OSA_TRY(const auto file, openFile(path, Follow::yes));
     if (file->size() > limit) return Failure(fileBoundsErr);
-    return readRange(*file, {0, file->size()});
+    std::vector<std::byte> content(file->size());
+    OSA_CHECK(file->readExactly(0, content));
+    return content;
 }
 
 Result<void> writeFile(const std::string& path, ByteSpan content) {

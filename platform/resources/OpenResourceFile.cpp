@@ -45,7 +45,8 @@ Result<Handle> OpenResourceFile::get(const ResourceReference& reference, bool lo
         }
     }
     HSetRBit(handle);
-    indexes_.emplace(handle, index);
+    indexes_.insert(std::ranges::upper_bound(indexes_, handle, {}, &IndexedHandle::handle),
+                    {handle, index});
     return handles_[index] = handle;
 }
 
@@ -56,15 +57,21 @@ Result<void> OpenResourceFile::load(Handle handle) {
     return read(*reference, handle);
 }
 
+std::vector<OpenResourceFile::IndexedHandle>::const_iterator OpenResourceFile::entryOf(
+    Handle handle) const {
+    const auto entry = std::ranges::lower_bound(indexes_, handle, {}, &IndexedHandle::handle);
+    return entry != indexes_.end() && entry->handle == handle ? entry : indexes_.end();
+}
+
 const ResourceReference* OpenResourceFile::find(Handle handle) const {
-    const auto entry = indexes_.find(handle);
-    return entry == indexes_.end() ? nullptr : &fork_.references()[entry->second];
+    const auto entry = entryOf(handle);
+    return entry == indexes_.end() ? nullptr : &fork_.references()[entry->index];
 }
 
 bool OpenResourceFile::detach(Handle handle) {
-    const auto entry = indexes_.find(handle);
+    const auto entry = entryOf(handle);
     if (entry == indexes_.end()) return false;
-    handles_[entry->second] = nullptr;
+    handles_[entry->index] = nullptr;
     indexes_.erase(entry);
     HClrRBit(handle);
     return true;
@@ -82,7 +89,7 @@ Result<void> OpenResourceFile::read(const ResourceReference& reference, Handle h
             return {};
         OSA_TRY(const std::vector<std::byte> data, expandResource(stored));
         OSA_CHECK(resize(handle, data.size()));
-        std::ranges::copy(data, block(handle, data.size()).begin());
+        std::copy_n(data.data(), data.size(), block(handle, data.size()).data());
         return {};
     };
     const Result<void> filled = fill();
@@ -93,7 +100,8 @@ Result<void> OpenResourceFile::read(const ResourceReference& reference, Handle h
 Result<std::vector<std::byte>> resourceData(const ResourceFork& fork,
                                             const ResourceReference& reference) {
     OSA_TRY(const CheckedRange range, fork.dataRange(reference));
-    OSA_TRY(std::vector<std::byte> stored, readRange(fork.source(), range));
+    std::vector<std::byte> stored(range.length);
+    OSA_CHECK(fork.source().readExactly(range.offset, stored));
     if ((reference.attributes & kResourceCompressed) == 0 || !isCompressedData(stored))
         return stored;
     return expandResource(stored);

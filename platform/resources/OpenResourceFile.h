@@ -4,7 +4,6 @@
 #include <CoreServices/MacTypes.h>
 
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/files/ReferenceNumbers.h"
@@ -14,7 +13,8 @@ namespace osa {
 
 class OpenResourceFile : public OpenFile {
   public:
-    explicit OpenResourceFile(ResourceFork fork) : fork_(std::move(fork)) {}
+    static constexpr Kind kKind = Kind::resourceFile;
+    explicit OpenResourceFile(ResourceFork fork) : OpenFile(kKind), fork_(std::move(fork)) {}
     /// Disposes of the handles that still belong to the file.
     ~OpenResourceFile() override;
     OpenResourceFile(const OpenResourceFile&) = delete;
@@ -35,15 +35,21 @@ class OpenResourceFile : public OpenFile {
     bool detach(Handle handle);
 
   private:
+    struct IndexedHandle {
+        Handle handle;
+        std::size_t index;
+    };
     std::size_t indexOf(const ResourceReference& reference) const {
         return static_cast<std::size_t>(&reference - fork_.references().data());
     }
+    /// The end for a handle that is none of this file.
+    std::vector<IndexedHandle>::const_iterator entryOf(Handle handle) const;
     Result<void> read(const ResourceReference& reference, Handle handle) const;
 
     ResourceFork fork_;
     SInt16 number_ = 0;
     std::vector<Handle> handles_;  // by reference; as long as the references from the first use on
-    std::unordered_map<Handle, std::size_t> indexes_;  // the way back
+    std::vector<IndexedHandle> indexes_;  // the way back, in the order of the handles
 };
 
 /// The data of a resource as its users see it: expanded when it is stored compressed.

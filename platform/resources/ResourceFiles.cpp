@@ -34,7 +34,7 @@ Result<ForkKind> forkNamed(UniCharCount length, const UniChar* name) {
 }
 
 Result<OpenResourceFilePtr> fileOfNumber(SInt16 number) {
-    auto file = std::dynamic_pointer_cast<OpenResourceFile>(findOpenFile(number));
+    auto file = findOpenFile<OpenResourceFile>(number);
     if (!file) return Failure(resFNotFound);
     return file;
 }

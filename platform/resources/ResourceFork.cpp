@@ -14,6 +14,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/text/MacRoman.h"
 
@@ -45,8 +46,9 @@ bool isZero(ByteSpan bytes) {
 struct ResourceFork::MapLayout {
     ResType code = 0;
     std::size_t count = 0;
-    std::size_t list = 0;  // from the map's start
-    std::size_t rank = 0;  // place in the map, or that of the first entry of the same type
+    std::size_t list = 0;   // from the map's start
+    std::size_t place = 0;  // in the map
+    std::size_t rank = 0;   // the place of the first entry of the same type
 };
 
 Result<ResourceFork> ResourceFork::open(std::shared_ptr<const ByteSource> source) {
@@ -101,25 +103,30 @@ bool ResourceFork::parseMap() {
         const UInt16 lastReference = map.u16();
         layouts[i].count = lastReference == kNone ? 0 : std::size_t{lastReference} + 1;
         layouts[i].list = typeList + map.u16();
-        layouts[i].rank = i;
+        layouts[i].place = layouts[i].rank = i;
         const std::uint64_t bytes = std::uint64_t{layouts[i].count} * kReferenceSize;
         if (!CheckedRange{layouts[i].list, bytes}.fits(map_.size())) return false;
         total += layouts[i].count;
     }
     // Types may share lists, which no honest file does twelvefold: memory stays in proportion.
-    return total <= map_.size() && expandTypes(layouts);
+    if (total > map_.size()) return false;
+    references_.reserve(total);
+    types_.reserve(count);
+    expandTypes(layouts);
+    return true;
 }
 
-bool ResourceFork::expandTypes(std::span<const MapLayout> layouts) {
-    std::vector<MapLayout> sorted(layouts.begin(), layouts.end());
-    std::ranges::stable_sort(sorted, {}, &MapLayout::code);
-    for (std::size_t i = 1; i < sorted.size(); ++i)
-        if (sorted[i].code == sorted[i - 1].code) sorted[i].rank = sorted[i - 1].rank;
-    std::ranges::stable_sort(sorted, {}, &MapLayout::rank);
+void ResourceFork::expandTypes(std::span<MapLayout> layouts) {
+    std::ranges::sort(layouts, {},
+                      [](const MapLayout& each) { return std::pair(each.code, each.place); });
+    for (std::size_t i = 1; i < layouts.size(); ++i)
+        if (layouts[i].code == layouts[i - 1].code) layouts[i].rank = layouts[i - 1].rank;
+    std::ranges::sort(layouts, {},
+                      [](const MapLayout& each) { return std::pair(each.rank, each.place); });
 
     types_.clear();
     references_.clear();
-    for (const MapLayout& layout : sorted) {
+    for (const MapLayout& layout : layouts) {
         if (layout.count == 0) continue;
         if (types_.empty() || types_.back().code != layout.code)
             types_.push_back({layout.code, static_cast<UInt32>(references_.size()), 0});
@@ -137,7 +144,6 @@ bool ResourceFork::expandTypes(std::span<const MapLayout> layouts) {
             references_.push_back(reference);
         }
     }
-    return true;
 }
 
 const ResourceFork::Type* ResourceFork::findType(ResType code) const {

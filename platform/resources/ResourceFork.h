@@ -67,11 +67,11 @@ class ResourceFork {
     struct MapLayout;
     ResourceFork() = default;
     bool parseMap();
-    bool expandTypes(std::span<const MapLayout> layouts);
+    void expandTypes(std::span<MapLayout> layouts);
 
     std::shared_ptr<const ByteSource> source_;
     std::uint64_t dataStart_ = 0;
-    std::vector<std::byte> map_;
+    RangeBytes map_;
     std::size_t nameList_ = 0;
     std::vector<Type> types_;
     std::vector<ResourceReference> references_;

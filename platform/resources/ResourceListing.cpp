@@ -62,7 +62,8 @@ Result<CFDataRef> copyData(const ResourceFork& fork, const ResourceReference& re
         OSA_TRY(bytes, resourceData(fork, reference));
     } else {
         OSA_TRY(const CheckedRange range, fork.dataRange(reference));
-        OSA_TRY(bytes, readRange(fork.source(), range));
+        bytes.resize(range.length);
+        OSA_CHECK(fork.source().readExactly(range.offset, bytes));
     }
     const CFDataRef data =
         CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),

@@ -6,8 +6,24 @@
 #include "platform/text/TextConverter.h"
 
 __CFURL::~__CFURL() {
-    CFRelease(string);
+    const CFStringRef made = string_.load(std::memory_order_acquire);
+    if (made != nullptr) CFRelease(made);
     if (base != nullptr) CFRelease(base);
+}
+
+/// Two threads may make it at the same time: the first to be done sets it for all.
+CFStringRef __CFURL::makeString() const {
+    try {
+        std::string text = "file://" + osa::escapePath(path);
+        if (isDirectory && !text.ends_with('/')) text += '/';
+        const CFStringRef made = osa::createMacRomanString(osa::asBytes(text));
+        CFStringRef first = nullptr;
+        if (made == nullptr || string_.compare_exchange_strong(first, made)) return made;
+        CFRelease(made);
+        return first;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 namespace {
@@ -19,7 +35,7 @@ bool equalURLs(const osa::CFObject* a, const osa::CFObject* b) {
 }
 
 CFHashCode hashURL(const osa::CFObject* object) {
-    return CFHash(static_cast<const __CFURL*>(object)->string);
+    return CFHash(static_cast<const __CFURL*>(object)->string());
 }
 
 std::string describeURL(const osa::CFObject* object) {
@@ -88,7 +104,7 @@ CFURLRef CFURLCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex length
 }
 
 CFStringRef CFURLGetString(CFURLRef url) {
-    return url == nullptr ? nullptr : url->string;
+    return url == nullptr ? nullptr : url->string();
 }
 
 CFURLRef CFURLGetBaseURL(CFURLRef url) {
@@ -106,7 +122,7 @@ CFDataRef CFURLCreateData(CFAllocatorRef allocator, CFURLRef url, CFStringEncodi
     const CFURLRef absolute = CFURLCopyAbsoluteURL(url);
     if (absolute == nullptr) return nullptr;
     const CFDataRef data =
-        CFStringCreateExternalRepresentation(allocator, absolute->string, encoding, 0);
+        CFStringCreateExternalRepresentation(allocator, absolute->string(), encoding, 0);
     CFRelease(absolute);
     return data;
 }

@@ -32,6 +32,12 @@ bool escapedUTF8(CFStringRef string, std::string& out) {
     return true;
 }
 
+/// Whether a path says by itself that it leads to a folder.
+bool endsInFolder(std::string_view path) {
+    const osa::SplitPath split = osa::splitPath(path);
+    return split.endsInSlash || split.component == "." || split.component == "..";
+}
+
 bool hasComponents(CFURLRef url) {
     return url != nullptr && !url->parts().isOpaque();
 }
@@ -44,11 +50,12 @@ CFStringRef copyDecoded(std::string_view escaped) {
 }  // namespace
 
 Boolean CFURLHasDirectoryPath(CFURLRef url) {
-    if (!hasComponents(url)) return false;
+    if (url == nullptr) return false;
+    if (!url->path.empty()) return url->isDirectory || endsInFolder(url->path);
     const osa::URLParts parts = url->parts();
+    if (parts.isOpaque()) return false;
     if (parts.path.empty()) return url->base != nullptr && CFURLHasDirectoryPath(url->base);
-    const osa::SplitPath split = osa::splitPath(parts.path);
-    return split.endsInSlash || split.component == "." || split.component == "..";
+    return endsInFolder(parts.path);
 }
 
 CFStringRef CFURLCopyLastPathComponent(CFURLRef url) {

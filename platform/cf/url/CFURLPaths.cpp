@@ -103,6 +103,10 @@ CFRef<CFURLRef> currentFolderURL() {
 
 bool posixPath(CFStringRef path, CFURLPathStyle style, std::string& out) {
     if (path == nullptr || path->length == 0) return false;
+    if (style == kCFURLPOSIXPathStyle && !path->isWide) {
+        out = osa::utf8Of(path);
+        return out.find('\0') == out.npos;
+    }
     const std::u16string units = osa::unitsOf(path);
     const bool known = style == kCFURLPOSIXPathStyle || style == kCFURLHFSPathStyle;
     const std::u16string posix = style == kCFURLHFSPathStyle ? posixFromHFS(units) : units;
@@ -117,15 +121,19 @@ namespace osa {
 CFURLRef createPathURL(std::string_view path, bool isDirectory, CFURLRef base) {
     const std::size_t last = path.find_last_not_of('/');
     if (!path.empty()) path = path.substr(0, last == path.npos ? 1 : last + 1);
+    if (path.starts_with('/')) return makeObject<__CFURL>(path, isDirectory);
     std::string text = escapePath(path);
     if (isDirectory && !text.ends_with('/')) text += '/';
-    if (path.starts_with('/')) return createURL("file://" + text, nullptr);
     // "a:b" would be read as a scheme.
     if (text.find(':') < text.find('/')) text.insert(0, "./");
     return createURL(text, base);
 }
 
 bool filePathOf(CFURLRef url, bool resolve, std::string& path) {
+    if (!url->path.empty()) {
+        path = url->path;
+        return true;
+    }
     const std::string text = resolve ? absoluteText(url) : std::string(url->text());
     const URLParts parts = parseURL(text);
     if (parts.scheme && !parts.isFileScheme()) return false;

@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CFURL.h>
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -10,19 +11,39 @@
 #include "platform/cf/StringObject.h"
 #include "platform/cf/url/URLParts.h"
 
+/// A URL is its text or, when it was made of an absolute path on disk, that path: most such URLs
+/// only carry the path from one call to the next, and their text is made when it is first asked
+/// for. Nothing else of a URL ever changes.
 struct __CFURL : osa::CFObject {
     static const osa::ClassRecord kClass;
     /// Takes over one reference to each.
     __CFURL(CFStringRef ownText, CFURLRef ownBase)
-        : CFObject(kClass), string(ownText), base(ownBase) {}
+        : CFObject(kClass), base(ownBase), string_(ownText) {}
+    /// `absolutePath` ends in "/" only when it is the root.
+    __CFURL(std::string_view absolutePath, bool directory)
+        : CFObject(kClass), path(absolutePath), isDirectory(directory) {}
     ~__CFURL();
 
+    /// Borrowed; null when memory fails.
+    CFStringRef string() const {
+        const CFStringRef made = string_.load(std::memory_order_acquire);
+        return made != nullptr ? made : makeString();
+    }
     /// ASCII, hence kept in 8 bits.
-    std::string_view text() const { return string->macRoman(); }
+    std::string_view text() const {
+        const CFStringRef made = string();
+        return made == nullptr ? std::string_view() : made->macRoman();
+    }
     osa::URLParts parts() const { return osa::parseURL(text()); }
 
-    CFStringRef string;
-    CFURLRef base;  ///< or null
+    const CFURLRef base = nullptr;   ///< or null
+    const std::string path;          ///< bytes as on disk; empty: the URL was made of text
+    const bool isDirectory = false;  ///< of a URL made of a path
+
+  private:
+    CFStringRef makeString() const;
+
+    mutable std::atomic<CFStringRef> string_{nullptr};
 };
 
 namespace osa {

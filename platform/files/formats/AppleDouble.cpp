@@ -51,6 +51,7 @@ Result<AppleDouble> AppleDouble::parse(std::shared_ptr<const ByteSource> source)
         CheckedRange{kHeaderSize, count * kEntrySize}.clamped(source->size());
     OSA_TRY(const auto bytes, readRange(*source, table));
     ByteReader rows(bytes);
+    parsed.entries_.reserve(rows.size() / kEntrySize);
     while (rows.remaining() >= kEntrySize) {
         Entry entry;
         entry.id = rows.u32();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "platform/base/ByteWriter.h"
 
@@ -92,7 +93,8 @@ FinderInfoBytes finderInfoBytes(ByteSpan stored) {
 }
 
 bool isBlank(const FinderInfoBytes& bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
+    static constexpr FinderInfoBytes kBlank{};
+    return std::memcmp(bytes.data(), kBlank.data(), kBlank.size()) == 0;
 }
 
 FinderInfo basicFinderInfo(const FinderInfoBytes& bytes, bool isFolder) {

@@ -9,12 +9,12 @@ namespace {
 class DotUnderscoreFile : public ForkStore {
   public:
     Result<StoredParts> look(const Located& object, FolderSurroundings& around) const override {
-        const std::string path = joinPath(object.folder, "._" + object.name);
+        const std::string path = joinPath(object.folder(), "._", object.name());
         OSA_TRY(StoredParts parts, readAppleDoubleSideFile(path, false));
         if (!parts.witnesses.front().seen) {
             // It cannot come into being without a change of the folder, which is asked for anyway.
             OSA_TRY(const posix::FileStatus folder, around.status());
-            parts.witnesses.front() = {around.path(), folder};
+            parts.witnesses.front() = {std::string(around.path()), folder};
         }
         return parts;
     }
@@ -28,7 +28,7 @@ class AppleDoubleFolder : public ForkStore {
         }
         OSA_TRY(const FolderStores stores, around.stores());
         if (!stores.appleDouble) return StoredParts();
-        return readAppleDoubleSideFile(joinPath(around.path(), ".AppleDouble/" + object.name),
+        return readAppleDoubleSideFile(joinPath(around.path(), ".AppleDouble/", object.name()),
                                        true);
     }
 };
@@ -38,7 +38,7 @@ class PercentFile : public ForkStore {
     Result<StoredParts> look(const Located& object, FolderSurroundings& around) const override {
         OSA_TRY(const FolderStores stores, around.stores());
         if (!stores.percentNames) return StoredParts();
-        return readAppleDoubleSideFile(joinPath(around.path(), "%" + object.name), true);
+        return readAppleDoubleSideFile(joinPath(around.path(), "%", object.name()), true);
     }
 };
 

@@ -15,8 +15,8 @@ class EmulatorFolders : public ForkStore {
         StoredParts parts;
         OSA_TRY(const FolderStores stores, around.stores());
         if (!(stores.*present_)) return parts;
-        OSA_CHECK(lookForInfo(joinPath(joinPath(around.path(), infos_), object.name), parts));
-        OSA_CHECK(lookForFork(joinPath(joinPath(around.path(), forks_), object.name), parts));
+        OSA_CHECK(lookForInfo(joinPath(joinPath(around.path(), infos_), object.name()), parts));
+        OSA_CHECK(lookForFork(joinPath(joinPath(around.path(), forks_), object.name()), parts));
         return parts;
     }
 

@@ -58,7 +58,7 @@ class ExtendedAttributes : public ForkStore {
   public:
     Result<StoredParts> look(const Located& object, FolderSurroundings&) const override {
         StoredParts parts;
-        const std::string path = object.path();
+        const std::string& path = object.path();
         OSA_TRY(const auto names, posix::listAttributes(path));
         for (const InfoName& info : kInfoNames) {
             OSA_TRY(const Bytes value, valueOf(path, names, info.name));
@@ -73,7 +73,7 @@ class ExtendedAttributes : public ForkStore {
             }
             if (value.empty() || parts.resourceFork) continue;
             parts.resourceFork = std::make_shared<StoredFork>(
-                StoredFork{std::make_shared<MemorySource>(std::move(value)), {}, {}, {}});
+                StoredFork{std::make_shared<MemorySource>(value), {}, {}, {}});
         }
         // No witness: setting an attribute changes the object's own dates.
         return parts;

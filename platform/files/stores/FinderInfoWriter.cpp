@@ -51,7 +51,7 @@ Result<void> writeToPlace(const Located& object, const StoredParts& keeper,
 }
 
 Result<void> writeToSideFile(const Located& object, const FinderInfoBytes& bytes) {
-    const std::string path = joinPath(object.folder, "._" + object.name);
+    const std::string path = joinPath(object.folder(), "._", object.name());
     const auto there = posix::openFile(path, posix::Follow::yes);
     if (there.ok() && (*there)->size() > 0) {
         auto written = writeToFile(path, Form::appleDouble, bytes);

@@ -27,9 +27,9 @@ struct ScannedFolder {
 };
 
 /// A fixed number of places; a folder that falls on another's place displaces it.
-ScannedFolder& place(const std::string& path) {
+ScannedFolder& place(std::string_view path) {
     thread_local std::array<ScannedFolder, 64> folders;
-    return folders[std::hash<std::string>{}(path) % folders.size()];
+    return folders[std::hash<std::string_view>{}(path) % folders.size()];
 }
 
 Result<FolderStores> scan(const std::string& path) {
@@ -68,7 +68,7 @@ Result<std::vector<std::string>> macosxRoots(std::string path) {
 
 Result<posix::FileStatus> FolderSurroundings::status() {
     if (!status_) {
-        OSA_TRY(status_, posix::status(folder_, posix::Follow::yes));
+        OSA_TRY(status_, posix::status(std::string(folder_), posix::Follow::yes));
     }
     return *status_;
 }
@@ -81,11 +81,11 @@ Result<FolderStores> FolderSurroundings::stores() {
                            posix::isSettled(current.changed, known.observed);
     if (!isCurrent) {
         known.path.clear();
-        OSA_TRY(FolderStores stores, scan(folder_));
-        known = {folder_, current, now, {}, std::move(stores)};
+        OSA_TRY(FolderStores stores, scan(std::string(folder_)));
+        known = {std::string(folder_), current, now, {}, std::move(stores)};
     }
     if (now.seconds - known.rootsObserved.seconds > kRootsTrustedSeconds) {
-        OSA_TRY(known.stores.macosxRoots, macosxRoots(folder_));
+        OSA_TRY(known.stores.macosxRoots, macosxRoots(std::string(folder_)));
         known.rootsObserved = now;
     }
     return known.stores;

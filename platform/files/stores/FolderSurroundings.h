@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/files/References.h"
@@ -22,16 +23,16 @@ struct FolderStores {
 /// The folder around one object during one question: asks for its status once at most.
 class FolderSurroundings {
   public:
-    explicit FolderSurroundings(const std::string& folder) : folder_(folder) {}
+    explicit FolderSurroundings(std::string_view folder) : folder_(folder) {}
 
-    const std::string& path() const { return folder_; }
+    std::string_view path() const { return folder_; }
     Result<posix::FileStatus> status();
     /// Costs a scan of the folder the first time, and nothing but its status while it stays as it
     /// is.
     Result<FolderStores> stores();
 
   private:
-    const std::string& folder_;  // weak
+    const std::string_view folder_;  // weak
     std::optional<posix::FileStatus> status_;
 };
 

@@ -40,17 +40,19 @@ bool isSame(const Witness& witness, posix::Time observed, FolderSurroundings& ar
 /// One question: walks the stores, taking remembered answers that still hold.
 class Question {
   public:
-    explicit Question(const Located& object) : object_(object), around_(object.folder) {
-        std::string path = object.path();
-        const bool isKnown = lastObject.path == path &&
-                             object.status.isUnchangedSince(lastObject.status) &&
-                             posix::isSettled(object.status.changed, lastObject.observed);
+    explicit Question(const Located& object) : object_(object), around_(object.folder()) {
+        const bool isKnown = last_.path == object.path() &&
+                             object.status.isUnchangedSince(last_.status) &&
+                             posix::isSettled(object.status.changed, last_.observed);
         if (isKnown) return;
-        lastObject = LastObject{std::move(path), object.status, posix::now(), {}};
+        last_.path = object.path();
+        last_.status = object.status;
+        last_.observed = posix::now();
+        last_.answers.fill(std::nullopt);
     }
 
     Result<const StoredParts*> ask(std::size_t store) {
-        auto& answer = lastObject.answers[store];
+        auto& answer = last_.answers[store];
         const bool holds =
             answer && std::all_of(answer->parts.witnesses.begin(), answer->parts.witnesses.end(),
                                   [&](const Witness& witness) {
@@ -66,7 +68,8 @@ class Question {
     }
 
   private:
-    const Located& object_;  // weak
+    const Located& object_;          // weak
+    LastObject& last_ = lastObject;  // this thread's
     FolderSurroundings around_;
 };
 

@@ -12,10 +12,10 @@ class MacosxFolder : public ForkStore {
         OSA_TRY(const FolderStores stores, around.stores());
         StoredParts all;
         for (const std::string& root : stores.macosxRoots) {
-            const std::string below = object.folder.substr(root == "/" ? 0 : root.size());
-            const std::string shadow = joinPath(root, "__MACOSX") + below;
+            const std::string_view below = object.folder().substr(root == "/" ? 0 : root.size());
+            const std::string shadow = joinPath(root, "__MACOSX", below);
             OSA_TRY(StoredParts parts,
-                    readAppleDoubleSideFile(joinPath(shadow, "._" + object.name), true));
+                    readAppleDoubleSideFile(joinPath(shadow, "._", object.name()), true));
             if (isBlank(all.finderInfo)) {
                 all.finderInfo = parts.finderInfo;
                 all.infoPlace = {parts.infoPlace.form, nullptr, all.witnesses.size()};

@@ -17,8 +17,9 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
     parts.witnesses.push_back({path, status});
     const bool isInMemory = content->size() <= kReadWhole;
     if (isInMemory) {
-        OSA_TRY(auto bytes, readRange(*content, {0, content->size()}));
-        content = std::make_shared<MemorySource>(std::move(bytes));
+        ByteBlock whole(content->size());
+        OSA_CHECK(content->readExactly(0, whole.toFill()));
+        content = std::make_shared<MemorySource>(std::move(whole));
     }
     const auto parsed = AppleDouble::parse(content);
     if (!parsed.ok()) {
@@ -30,9 +31,9 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
     const AppleDouble::Entry* const fork = parsed->find(AppleDouble::resourceFork);
     if (fork == nullptr) return parts;
     // A large side file is not kept open: it is opened again when the fork is.
-    auto bytes = isInMemory ? parsed->content(AppleDouble::resourceFork) : nullptr;
-    parts.resourceFork =
-        std::make_shared<StoredFork>(StoredFork{std::move(bytes), path, status, fork->range});
+    parts.resourceFork = std::make_shared<StoredFork>(
+        isInMemory ? StoredFork{parsed->content(AppleDouble::resourceFork), {}, {}, {}}
+                   : StoredFork{nullptr, path, status, fork->range});
     return parts;
 }
 

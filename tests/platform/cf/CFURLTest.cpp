@@ -1,6 +1,7 @@
 // CFURL: text, resolution, paths and components.
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/platform/cf/CFTestSupport.h"
 
@@ -125,6 +126,33 @@ TEST_F(CFURLTest, PathsOfBothStyles) {
     }
     EXPECT_EQ(absolute(makePathURL("x")),
               "file://" + std::filesystem::current_path().string() + "/x");
+}
+
+TEST_F(CFURLTest, PathsAnswerAsTheirTextDoes) {
+    for (const char* path : {"/", "/a", "/a b/c;d?", "/a/..", "/a/.", "//a//", "/%41/caf\u00E9"}) {
+        for (const bool isDirectory : {false, true}) {
+            SCOPED_TRACE(std::string(path) + (isDirectory ? " as a folder" : ""));
+            const URLRef fresh = makePathURL(path, isDirectory);
+            const URLRef same = makeURL(urlText(makePathURL(path, isDirectory)));
+            EXPECT_EQ(CFURLHasDirectoryPath(fresh.get()), CFURLHasDirectoryPath(same.get()));
+            EXPECT_EQ(pathOf(fresh), pathOf(same));
+            EXPECT_EQ(CFHash(fresh.get()), CFHash(same.get()));
+            EXPECT_TRUE(CFEqual(fresh.get(), same.get()));
+        }
+    }
+}
+
+TEST_F(CFURLTest, ThreadsThatAskFirstGetOneText) {
+    for (int round = 0; round < 200; ++round) {
+        const URLRef url = makePathURL("/a folder/a file");
+        CFStringRef texts[4] = {};
+        std::thread threads[4];
+        for (std::size_t i = 0; i < 4; ++i)
+            threads[i] = std::thread([&, i] { texts[i] = CFURLGetString(url.get()); });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(text(texts[0]), "file:///a%20folder/a%20file");
+        for (const CFStringRef other : texts) ASSERT_EQ(other, texts[0]);
+    }
 }
 
 TEST_F(CFURLTest, AnyUnixPathSurvives) {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <thread>
 
+#include "platform/files/FolderTable.h"
 #include "tests/platform/files/FileFixture.h"
 
 namespace osa::test {
@@ -43,6 +44,23 @@ TEST_F(FileThreads, ReadTheirOwnFilesOnly) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(OSAOpenFileCount(), 0);
+}
+
+TEST_F(FileThreads, AgreeOnFoldersThatComeMeanwhile) {
+    std::atomic<int> wrong = 0;
+    const auto work = [&] {
+        for (int i = 0; i < 500; ++i) {
+            const std::string path = "/no folder/" + std::to_string(i);
+            const FolderIndex index = internRealFolder(path);
+            const std::string* const known = folderPath(index);
+            if (known == nullptr || *known != path || internRealFolder(path) != index) ++wrong;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) threads.emplace_back(work);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(folderPath(0xFFFFFFFE), nullptr);
 }
 
 }  // namespace

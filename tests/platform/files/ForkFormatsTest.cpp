@@ -7,8 +7,7 @@ namespace osa::test {
 namespace {
 
 std::shared_ptr<const ByteSource> source(const std::string& content) {
-    const ByteSpan bytes = asBytes(content);
-    return std::make_shared<MemorySource>(std::vector<std::byte>(bytes.begin(), bytes.end()));
+    return std::make_shared<MemorySource>(asBytes(content));
 }
 
 std::string text(const ByteSource& bytes) {

@@ -151,6 +151,36 @@ TEST_F(ResourceManager, GivesTheSameHandleUntilItIsReleasedOrDetached) {
     EXPECT_EQ(ResError(), resNotFound);
 }
 
+TEST_F(ResourceManager, KnowsEachOfManyHandlesAnyWayTheyGo) {
+    samples::ResourceForkBuilder builder;
+    for (int id = 0; id < 100; ++id) builder.add(FourCC("TEXT"), id, std::to_string(id));
+    const FSRef many = file("many", builder.text());
+    const SInt16 number = FSOpenResFile(&many, fsRdPerm);
+    std::vector<Handle> handles(100);
+    const auto expectAll = [&] {
+        for (SInt16 id = 0; id < 100; ++id) {
+            const Handle handle = handles[static_cast<std::size_t>(id)];
+            SInt16 found = -1;
+            if (handle == nullptr) continue;
+            GetResInfo(handle, &found, nullptr, nullptr);
+            ASSERT_EQ(found, id);
+            ASSERT_EQ(Get1Resource(FourCC("TEXT"), id), handle);
+        }
+    };
+    // 37 and 100 have no common factor: every resource is met once, in a jumble.
+    for (std::size_t i = 0; i < 100; ++i)
+        handles[i * 37 % 100] = Get1Resource(FourCC("TEXT"), static_cast<SInt16>(i * 37 % 100));
+    expectAll();
+    for (std::size_t i = 0; i < 60; ++i) {
+        Handle& handle = handles[i * 73 % 100];
+        ReleaseResource(handle);
+        EXPECT_EQ(ResError(), noErr);
+        handle = nullptr;
+    }
+    expectAll();
+    CloseResFile(number);
+}
+
 TEST_F(ResourceManager, EverySuccessClearsTheError) {
     const FSRef script = file("script", sample("x").text());
     const SInt16 number = FSOpenResFile(&script, fsRdPerm);
