@@ -50,7 +50,7 @@ std::string_view textOf(ConstStr255Param name) {
     return {reinterpret_cast<const char*>(name) + 1, name[0]};
 }
 
-/// The specification of `leaf` (Mac Roman, may be missing) in the folder at `path`.
+/// The FSSpec of `leaf` (Mac Roman, may be missing) in the folder at `path`.
 Result<void> specInFolder(const std::string& path, std::string_view leaf, FSSpec& spec) {
     OSA_TRY(const posix::FileStatus status, posix::status(path, posix::Follow::yes));
     if (!status.isFolder()) return Failure(dirNFErr);

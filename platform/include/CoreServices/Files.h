@@ -153,7 +153,7 @@ OSA_PLATFORM_EXPORT OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2);
 
 // Catalog
 
-/// Reads the fields named by `whichInfo`, the name, the old-style specification and the parent. A
+/// Reads the fields named by `whichInfo`, the name, the FSSpec and the parent. A
 /// folder asked for nothing but fork sizes answers fnfErr. The root folder's parent is a zeroed
 /// reference. bdNamErr when the name is wanted and is no UTF-8 or has over 255 units.
 OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
