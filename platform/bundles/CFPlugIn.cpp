@@ -14,7 +14,8 @@ namespace {
 using UUIDKey = std::array<UInt8, 16>;
 
 struct Factory {
-    CFPlugInRef plugIn;  // weak: the plug-in takes its factories off the register when it goes
+    // weak: the plug-in takes its factories off the register when it goes
+    CFPlugInRef plugIn = nullptr;
     std::string function;
 };
 
@@ -62,12 +63,12 @@ void registerFactory(const void* key, const void* value, void* context) {
     auto* const plugIn = static_cast<CFPlugInRef>(context);
     const CFRef<CFUUIDRef> uuid = uuidFrom(key);
     if (!uuid || cfCast<__CFString>(value) == nullptr) return;
-    const bool isNew = plugInRegister()
-                           .factories
-                           .try_emplace(keyOf(uuid.get()),
-                                        Factory{plugIn, utf8Of(static_cast<CFStringRef>(value))})
-                           .second;
-    if (isNew) plugIn->factories.push_back(CFRef<CFTypeRef>::Retain(uuid.get()));
+    Factory& entry = plugInRegister().factories[keyOf(uuid.get())];
+    // A plug-in whose last reference is gone is only waiting to take its factories off the
+    // register.
+    if (entry.plugIn != nullptr && CFGetRetainCount(entry.plugIn) > 0) return;
+    entry = {plugIn, utf8Of(static_cast<CFStringRef>(value))};
+    plugIn->factories.push_back(CFRef<CFTypeRef>::Retain(uuid.get()));
 }
 
 CFRef<CFPlugInRef> livingPlugIn(const Factory& factory) {
@@ -115,7 +116,11 @@ void unregisterFactories(CFBundleRef plugIn) {
     if (plugIn->factories.empty()) return;
     const std::lock_guard<std::mutex> lock(plugInRegister().lock);
     for (const auto& uuid : plugIn->factories) {
-        plugInRegister().factories.erase(keyOf(static_cast<CFUUIDRef>(uuid.get())));
+        const auto entry =
+            plugInRegister().factories.find(keyOf(static_cast<CFUUIDRef>(uuid.get())));
+        const bool isOwn =
+            entry != plugInRegister().factories.end() && entry->second.plugIn == plugIn;
+        if (isOwn) plugInRegister().factories.erase(entry);
     }
 }
 

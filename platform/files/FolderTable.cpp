@@ -110,7 +110,10 @@ Result<FolderIndex> internFolder(const std::string& path) {
     // A link on the way may lead elsewhere by now.
     OSA_TRY(const posix::FileStatus status, posix::status(path, posix::Follow::yes));
     if (known && spelling.device == status.device && spelling.inode == status.inode) {
-        return spelling.folder;
+        // The same folder may have been renamed, or another one have its number: it must still be
+        // where the link led.
+        const auto there = posix::status(*folderPath(spelling.folder), posix::Follow::no);
+        if (there.ok() && there->isSameObject(status)) return spelling.folder;
     }
     OSA_TRY(const std::string real, posix::realPath(path));
     spelling = {internRealFolder(real), real == path, status.device, status.inode};
