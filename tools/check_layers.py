@@ -16,14 +16,15 @@ FLOORS = {
     "platform/files": 3,
     "platform/resources": 4,
     "platform/aliases": 5, "platform/bundles": 5, "platform/foundation": 5,
-    "platform/events": 6, "platform/services": 6,
-    "platform/osa": 7,
-    "fsextensions": 8, "fileurl": 8,
-    "Libraries/MacToolboxLib": 9,
-    "Libraries/TCLClasses": 10,
-    "importer": 11,
-    "service": 12,
-    "cli": 13,
+    "platform/services": 6,
+    "platform/events": 7,
+    "platform/osa": 8,
+    "fsextensions": 9, "fileurl": 9,
+    "Libraries/MacToolboxLib": 10,
+    "Libraries/TCLClasses": 11,
+    "importer": 12,
+    "service": 13,
+    "cli": 14,
 }
 # Rooms on the Mac side of the published interfaces: they see platform/include and each other only.
 ABOVE_PLATFORM = ("fsextensions", "fileurl", "Libraries", "importer", "service", "cli")
