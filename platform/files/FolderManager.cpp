@@ -94,6 +94,9 @@ Result<std::string> specialPath(FSVolumeRefNum number, OSType type) {
             return user.library("Application Support", "XDG_DATA_HOME", ".local/share");
         case kCachedDataFolderType:
             return user.library("Caches", "XDG_CACHE_HOME", ".cache");
+        case kApplicationsFolderType:
+            return number == kUserDomain || user.isRedirected() ? user.home() + "/Applications"
+                                                                : "/Applications";
         default:
             return Failure(fnfErr);
     }

@@ -130,6 +130,10 @@ std::string environment(const char* name) {
     return value == nullptr ? "" : value;
 }
 
+std::uint32_t processID() {
+    return static_cast<std::uint32_t>(getpid());
+}
+
 std::uint32_t userID() {
     return getuid();
 }

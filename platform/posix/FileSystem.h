@@ -83,6 +83,8 @@ std::string currentFolder();
 std::string environment(const char* name);
 /// The calling user's number and home folder from the user database (empty when there is none).
 std::uint32_t userID();
+/// The calling process's number.
+std::uint32_t processID();
 std::string homeFolder();
 
 /// Reads a folder's names one after the other in the file system's order, without "." and "..".

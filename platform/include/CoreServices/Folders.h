@@ -27,11 +27,13 @@ enum {
     kPreferencesFolderType = 0x70726566,         ///< 'pref'
     kApplicationSupportFolderType = 0x61737570,  ///< 'asup'
     kCachedDataFolderType = 0x63616368,          ///< 'cach'
+    kApplicationsFolderType = 0x61707073,        ///< 'apps'
     kCurrentUserFolderType = 0x63757372          ///< 'cusr'
 };
 
 /// The folder of `folderType` for a volume or domain. Only the trash differs from volume to volume;
-/// all other folders are the user's. With `createFolder` it is made when it is missing, parents
+/// the Applications folder is the user's own for kUserDomain and the machine's otherwise; all other
+/// folders are the user's. With `createFolder` it is made when it is missing, parents
 /// included. fnfErr: it is missing, or the type is not one of the above; nsvErr: no such volume.
 OSA_PLATFORM_EXPORT OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType,
                                        Boolean createFolder, FSRef* foundRef);

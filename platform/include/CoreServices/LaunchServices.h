@@ -40,6 +40,14 @@ OSA_PLATFORM_EXPORT OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo 
 /// it.
 OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringRef* name);
 
+/// Searches the user's and then the machine's Applications folder, and the folders in them, for an
+/// application that meets every criterion given: its creator (0: any), its bundle identifier (any
+/// case; null: any), its file name with or without ".app" (null: any). The caller releases the URL;
+/// `ref` and `url` may be null. kLSApplicationNotFoundErr when there is none, paramErr when no
+/// criterion is given.
+OSA_PLATFORM_EXPORT OSStatus LSFindApplicationForInfo(OSType creator, CFStringRef bundleID,
+                                                      CFStringRef name, FSRef* ref, CFURLRef* url);
+
 #ifdef __cplusplus
 }
 #endif
