@@ -201,9 +201,10 @@ OSA_PLATFORM_EXPORT OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volum
 
 // Old-style specifications
 
-/// `name` is Mac Roman: a leaf in the folder `dirID`, or with 0 and 0 a full path
-/// "Volume:folder:leaf". fnfErr with `spec` filled when only the leaf is missing; dirNFErr when the
-/// folder is not known; bdNamErr for a leaf over 63 bytes.
+/// `name` is Mac Roman: a leaf in the folder `dirID`; a path ":folder:leaf" below it; empty for the
+/// folder itself; or a full path "Volume:folder:leaf", whatever the numbers say. fnfErr with `spec`
+/// filled when only the leaf is missing; dirNFErr when its folder is, or is not known; bdNamErr for
+/// a leaf over 63 bytes and for what is no path.
 OSA_PLATFORM_EXPORT OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID,
                                        ConstStr255Param fileName, FSSpec* spec);
 /// fnfErr when there is no such object.
