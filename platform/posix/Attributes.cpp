@@ -13,7 +13,7 @@ namespace osa::posix {
 namespace {
 
 // The kernel's own limit for a value and for a list of names.
-constexpr std::size_t kLimit = 65536;
+constexpr std::size_t kLimit = kLargestAttribute;
 
 using Value = std::optional<std::vector<std::byte>>;
 
@@ -36,6 +36,18 @@ Result<Value> readGrowing(Read read) {
         if (!none) return lastError();
         return Value();
     }
+}
+
+Failure cannotSet() {
+    // Too long for the file system, or for what is left beside the others.
+    const bool isNoRoom = errno == E2BIG || errno == ERANGE;
+    return isNoRoom ? Failure(dskFulErr) : lastError(Intent::changeCatalog);
+}
+
+/// Whether a copy of the file without the attribute would be another file to its users: their own
+/// attributes, and who may read it.
+bool isEssential(const std::string& name) {
+    return name.starts_with("user.") || name.starts_with("system.posix_acl_");
 }
 
 }  // namespace
@@ -64,10 +76,31 @@ Result<std::vector<std::string>> listAttributes(const std::string& path) {
     return names;
 }
 
+Result<void> copyAttributes(const std::string& from, int to) {
+    const auto names = listAttributes(from);
+    if (names.status() == fnfErr) return {};
+    OSA_CHECK(names);
+    for (const std::string& name : *names) {
+        const auto value = attribute(from, name);
+        if (value.status() == fnfErr || (!value.ok() && !isEssential(name))) continue;
+        OSA_CHECK(value);
+        const int failed = systemCall(
+            [&] { return fsetxattr(to, name.c_str(), value->data(), value->size(), 0); });
+        if (failed != 0 && isEssential(name)) return cannotSet();
+    }
+    return {};
+}
+
 Result<void> setAttribute(const std::string& path, const std::string& name, ByteSpan value) {
     const int failed = systemCall(
         [&] { return lsetxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0); });
-    if (failed != 0) return lastError(Intent::changeCatalog);
+    if (failed != 0) return cannotSet();
+    return {};
+}
+
+Result<void> removeAttribute(const std::string& path, const std::string& name) {
+    const int failed = systemCall([&] { return lremovexattr(path.c_str(), name.c_str()); });
+    if (failed != 0 && errno != ENODATA) return lastError(Intent::changeCatalog);
     return {};
 }
 

@@ -31,6 +31,7 @@ OSStatus statusFromErrno(int error, Intent intent) {
         case EEXIST:
             return dupFNErr;
         case ENOTEMPTY:
+        case EBUSY:  // a folder on which a volume is mounted
             return fBsyErr;
         case EACCES:
         case EPERM:
@@ -40,6 +41,10 @@ OSStatus statusFromErrno(int error, Intent intent) {
         case ENOSPC:
         case EDQUOT:
             return dskFulErr;
+        case EFBIG:
+            return fileBoundsErr;
+        case EXDEV:
+            return diffVolErr;
         case EISDIR:
             return notAFileErr;
         case ENAMETOOLONG:

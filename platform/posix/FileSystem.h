@@ -108,7 +108,12 @@ class DirectoryReader {
 Result<std::vector<std::string>> listAttributes(const std::string& path);
 /// fnfErr when there is no such attribute. Links are not followed.
 Result<std::vector<std::byte>> attribute(const std::string& path, const std::string& name);
+/// dskFulErr when the file system has no room for it there.
 Result<void> setAttribute(const std::string& path, const std::string& name, ByteSpan value);
+/// There being none is no failure.
+Result<void> removeAttribute(const std::string& path, const std::string& name);
+/// The largest value that the kernel takes.
+inline constexpr std::uint64_t kLargestAttribute = 65536;
 
 /// The permission bits of `mode` (07777). Links are followed.
 Result<void> changeMode(const std::string& path, std::uint32_t mode);
@@ -119,11 +124,16 @@ Result<void> createFolder(const std::string& path, std::uint32_t mode = 0777);
 /// Creates or replaces the whole file.
 Result<void> writeFile(const std::string& path, ByteSpan content);
 /// Creates or replaces the whole file in one step, so that whoever opens `path` finds the old or
-/// the new content; after a failure it is the old. The file gets the permission bits of `like`, and
-/// its owner where the system allows. `content` may rest on the file that is replaced. Meanwhile
-/// the new content lies beside it under a name that begins with "._.".
+/// the new content, also after a crash; after a failure it is the old. The file gets the permission
+/// bits of `like`, the replaced file's attributes, and owner and group of `like` where the system
+/// allows; afpAccessDenied when it does not and others could then read or write the file than
+/// before. `content` may rest on the file that is replaced. Meanwhile the new content lies beside
+/// it under a name that begins with "._.".
 Result<void> replaceFile(const std::string& path, const ByteSource& content,
                          const FileStatus& like);
+/// The same for a new file: dupFNErr when something has the name, if only a link.
+Result<void> createFileWith(const std::string& path, const ByteSource& content,
+                            const FileStatus& like);
 /// A file or an empty folder (fBsyErr when it is not).
 Result<void> remove(const std::string& path);
 /// Replaces a file of the new name.

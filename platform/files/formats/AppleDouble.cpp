@@ -99,27 +99,39 @@ Result<AppleDouble::Dates> AppleDouble::dates() const {
     return dates;
 }
 
-Result<std::vector<AppleDouble::Attribute>> AppleDouble::attributes() const {
-    std::vector<Attribute> found;
+Result<std::optional<AppleDouble::AttributeBlock>> AppleDouble::attributeBlock() const {
+    std::optional<AttributeBlock> block;
     const Entry* const entry = find(finderInfo);
-    if (entry == nullptr || entry->range.length < kAttributeBlock + kAttributeHead) return found;
+    if (entry == nullptr || entry->range.length < kAttributeBlock + kAttributeHead) return block;
     const std::uint64_t start = entry->range.offset + kAttributeBlock;
     const std::uint64_t length =
         std::min(entry->range.length - kAttributeBlock, kLargestAttributeArea);
-    OSA_TRY(const auto bytes, readRange(*source_, {start, length}));
+    OSA_TRY(RangeBytes bytes, readRange(*source_, {start, length}));
     ByteReader reader(bytes);
-    if (reader.fourCC() != FourCC("ATTR")) return found;
+    if (reader.fourCC() != FourCC("ATTR")) return block;
+    block = AttributeBlock{start, std::move(bytes), {}};
     reader.seek(34);
     for (unsigned left = reader.u16(); left > 0; --left) {
         // Entries lie on multiples of 4, counted from the file's start.
         reader.skip((4 - (start + reader.position()) % 4) % 4);
+        const std::size_t row = reader.position();
         const std::uint32_t offset = reader.u32();
         const std::uint32_t size = reader.u32();
         reader.skip(2);
         std::string_view name = reader.text(reader.u8());
         if (!reader.ok()) break;
         name = name.substr(0, name.find('\0'));
-        found.push_back({std::string(name), CheckedRange{offset, size}.clamped(source_->size())});
+        block->rows.push_back({row, offset, size, std::string(name)});
+    }
+    return block;
+}
+
+Result<std::vector<AppleDouble::Attribute>> AppleDouble::attributes() const {
+    std::vector<Attribute> found;
+    OSA_TRY(const auto block, attributeBlock());
+    if (!block) return found;
+    for (const AttributeRow& row : block->rows) {
+        found.push_back({row.name, CheckedRange{row.offset, row.size}.clamped(source_->size())});
     }
     return found;
 }

@@ -73,12 +73,15 @@ class AppleDouble {
     /// attribute block, whose entries must not move, is in no such file. fileBoundsErr: the file
     /// would be too long for its offsets. (AppleDoubleWriting.cpp)
     Result<std::shared_ptr<const ByteSource>> withFinderInfo(const FinderInfoBytes& bytes) const;
-    /// The whole file with another resource fork, which is put at its end. fileBoundsErr as above;
-    /// unimpErr: there is no entry for one, and no room for the entry before attributes that must
-    /// not move.
-    Result<std::shared_ptr<const ByteSource>> withResourceFork(ByteSpan fork) const;
-    /// A new AppleDouble file with Finder information and, unless it is empty, a resource fork.
-    static std::shared_ptr<const ByteSource> make(const FinderInfoBytes& bytes, ByteSpan fork = {});
+    /// The whole file with another resource fork, which stays where it is; what lies behind it moves
+    /// if its length changes. Where that cannot be, because it shares bytes with another entry or
+    /// has attributes behind it, it goes to the file's end. fileBoundsErr as above.
+    Result<std::shared_ptr<const ByteSource>> withResourceFork(
+        const std::shared_ptr<const ByteSource>& fork) const;
+    /// A new AppleDouble file with Finder information and, unless it is null or empty, a resource
+    /// fork.
+    static std::shared_ptr<const ByteSource> make(
+        const FinderInfoBytes& bytes, const std::shared_ptr<const ByteSource>& fork = {});
     /// Empty when there is no attribute block or it is damaged at its start.
     Result<std::vector<Attribute>> attributes() const;
 
@@ -90,8 +93,28 @@ class AppleDouble {
     static constexpr std::uint32_t kVersion1 = 0x00010000;
     static constexpr std::uint32_t kVersion2 = 0x00020000;
 
-    Result<std::shared_ptr<const ByteSource>> insertFinderInfo(const FinderInfoBytes& bytes) const;
-    Result<std::shared_ptr<const ByteSource>> addResourceFork(ByteSpan fork) const;
+    using Source = std::shared_ptr<const ByteSource>;
+    struct AttributeRow {
+        std::size_t place;     ///< of its offset, in the block
+        std::uint32_t offset;  ///< from the file's start
+        std::uint32_t size;
+        std::string name;
+    };
+    struct AttributeBlock {
+        std::uint64_t start;
+        RangeBytes bytes;
+        std::vector<AttributeRow> rows;
+    };
+
+    std::uint64_t tableEnd() const { return kHeaderSize + entries_.size() * kEntrySize; }
+    Source part(std::uint64_t from, std::uint64_t to) const;
+    Result<std::optional<AttributeBlock>> attributeBlock() const;
+    bool isAlone(const Entry& entry) const;
+    Result<bool> hasAttributesBehind(std::uint64_t offset) const;
+    Result<Source> withMovedAttributes(std::uint32_t distance) const;
+    Result<Source> insertFinderInfo(const FinderInfoBytes& bytes) const;
+    Result<Source> addResourceFork(const Source& fork) const;
+    Result<Source> assemble(const std::vector<Entry>& rows, std::vector<Source> content) const;
 
     std::shared_ptr<const ByteSource> source_;
     Kind kind_ = Kind::appleDouble;

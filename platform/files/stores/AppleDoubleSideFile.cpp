@@ -10,11 +10,11 @@ class DotUnderscoreFile : public ForkStore {
   public:
     Result<StoredParts> look(const Located& object, FolderSurroundings& around) const override {
         const std::string path = joinPath(object.folder(), "._", object.name());
-        OSA_TRY(StoredParts parts, readAppleDoubleSideFile(path, false));
-        if (!parts.witnesses.front().seen) {
+        OSA_TRY(StoredParts parts, readDotUnderscoreFile(path));
+        if (parts.witnesses.empty()) {
             // It cannot come into being without a change of the folder, which is asked for anyway.
             OSA_TRY(const posix::FileStatus folder, around.status());
-            parts.witnesses.front() = {std::string(around.path()), folder};
+            parts.witnesses.push_back({std::string(around.path()), folder});
         }
         return parts;
     }

@@ -26,7 +26,8 @@ class EmulatorFolders : public ForkStore {
         if (!file.ok()) return absent(path, file.status(), parts);
         parts.witnesses.push_back({path, (*file)->status()});
         OSA_TRY(const auto bytes, readRange(**file, CheckedRange{0, 32}.clamped((*file)->size())));
-        parts.finderInfo = finderInfoBytes(bytes);
+        parts.addFinderInfo(finderInfoBytes(bytes),
+                            {.form = PartPlace::Form::bare, .witness = parts.witnesses.size() - 1});
         return {};
     }
 
@@ -35,8 +36,9 @@ class EmulatorFolders : public ForkStore {
         if (!status.ok()) return absent(path, status.status(), parts);
         parts.witnesses.push_back({path, *status});
         if (status->isRegular()) {
-            parts.resourceFork =
-                std::make_shared<StoredFork>(StoredFork{nullptr, path, *status, {0, status->size}});
+            parts.addFork(
+                std::make_shared<StoredFork>(StoredFork{nullptr, path, *status, {0, status->size}}),
+                {.form = PartPlace::Form::bare, .witness = parts.witnesses.size() - 1});
         }
         return {};
     }

@@ -34,24 +34,25 @@ FinderInfoBytes streamFinderInfo(const Bytes& value) {
 struct InfoName {
     const char* name;
     FinderInfoBytes (*read)(const Bytes&);
-    FinderInfoPlace::Form form;
+    PartPlace::Form form;
 };
 constexpr std::array kInfoNames{
-    InfoName{"user.com.apple.FinderInfo", rawFinderInfo, FinderInfoPlace::Form::bare},
-    InfoName{"user.org.netatalk.Metadata", headerFinderInfo, FinderInfoPlace::Form::appleDouble},
-    InfoName{"user.DosStream.AFP_AfpInfo:$DATA", streamFinderInfo, FinderInfoPlace::Form::afpInfo},
-    InfoName{"user.DosStream.AFP_AfpInfo", streamFinderInfo, FinderInfoPlace::Form::afpInfo},
+    InfoName{"user.com.apple.FinderInfo", rawFinderInfo, PartPlace::Form::bare},
+    InfoName{"user.org.netatalk.Metadata", headerFinderInfo, PartPlace::Form::appleDouble},
+    InfoName{"user.DosStream.AFP_AfpInfo:$DATA", streamFinderInfo, PartPlace::Form::afpInfo},
+    InfoName{"user.DosStream.AFP_AfpInfo", streamFinderInfo, PartPlace::Form::afpInfo},
 };
 
 struct ForkName {
     const char* name;
-    bool hasZeroAtEnd;  // SMB servers add one, because some systems keep no empty attributes
+    PartPlace::Form form;
 };
+// SMB servers add a zero, because some systems keep no empty attributes.
 constexpr std::array kForkNames{
-    ForkName{"user.com.apple.ResourceFork", false},
-    ForkName{"user.org.netatalk.ResourceFork", false},
-    ForkName{"user.DosStream.AFP_Resource:$DATA", true},
-    ForkName{"user.DosStream.AFP_Resource", true},
+    ForkName{"user.com.apple.ResourceFork", PartPlace::Form::bare},
+    ForkName{"user.org.netatalk.ResourceFork", PartPlace::Form::bare},
+    ForkName{"user.DosStream.AFP_Resource:$DATA", PartPlace::Form::zeroEnded},
+    ForkName{"user.DosStream.AFP_Resource", PartPlace::Form::zeroEnded},
 };
 
 class ExtendedAttributes : public ForkStore {
@@ -61,32 +62,32 @@ class ExtendedAttributes : public ForkStore {
         const std::string& path = object.path();
         OSA_TRY(const auto names, posix::listAttributes(path));
         for (const InfoName& info : kInfoNames) {
-            OSA_TRY(const Bytes value, valueOf(path, names, info.name));
-            if (!isBlank(parts.finderInfo) || value.empty()) continue;
-            parts.finderInfo = info.read(value);
-            parts.infoPlace = {info.form, info.name, 0};
+            OSA_TRY(const auto value, valueOf(path, names, info.name));
+            if (value) parts.addFinderInfo(info.read(*value), {info.form, info.name});
         }
         for (const ForkName& fork : kForkNames) {
-            OSA_TRY(Bytes value, valueOf(path, names, fork.name));
-            if (fork.hasZeroAtEnd && !value.empty() && value.back() == std::byte{0}) {
-                value.pop_back();
-            }
-            if (value.empty() || parts.resourceFork) continue;
-            parts.resourceFork = std::make_shared<StoredFork>(
-                StoredFork{std::make_shared<MemorySource>(value), {}, {}, {}});
+            OSA_TRY(auto value, valueOf(path, names, fork.name));
+            if (!value) continue;
+            const bool hasZero = fork.form == PartPlace::Form::zeroEnded;
+            if (hasZero && !value->empty() && value->back() == std::byte{0}) value->pop_back();
+            parts.addFork(std::make_shared<StoredFork>(
+                              StoredFork{std::make_shared<MemorySource>(*value), {}, {}, {}}),
+                          {fork.form, fork.name});
         }
         // No witness: setting an attribute changes the object's own dates.
         return parts;
     }
 
   private:
-    /// Empty when there is none of the name.
-    static Result<Bytes> valueOf(const std::string& path, const std::vector<std::string>& names,
-                                 const char* name) {
-        if (std::find(names.begin(), names.end(), name) == names.end()) return Bytes();
+    static Result<std::optional<Bytes>> valueOf(const std::string& path,
+                                                const std::vector<std::string>& names,
+                                                const char* name) {
+        std::optional<Bytes> none;
+        if (std::find(names.begin(), names.end(), name) == names.end()) return none;
         auto value = posix::attribute(path, name);
-        if (!value.ok() && value.status() == fnfErr) return Bytes();
-        return value;
+        if (!value.ok() && value.status() == fnfErr) return none;
+        OSA_TRY(Bytes bytes, std::move(value));
+        return std::optional<Bytes>(std::move(bytes));
     }
 };
 

@@ -75,6 +75,19 @@ class Question {
 
 }  // namespace
 
+void StoredParts::addFork(std::shared_ptr<const StoredFork> fork, PartPlace place) {
+    place.isBlank = fork->size() == 0;
+    forkPlaces.push_back(place);
+    const bool counts = resourceFork == nullptr || (resourceFork->size() == 0 && !place.isBlank);
+    if (counts) resourceFork = std::move(fork);
+}
+
+void StoredParts::addFinderInfo(const FinderInfoBytes& info, PartPlace place) {
+    if (osa::isBlank(info)) return;
+    infoPlaces.push_back(place);
+    if (osa::isBlank(finderInfo)) finderInfo = info;
+}
+
 bool hasParts(const Located& object) {
     return !object.isRoot() && (object.status.isRegular() || object.status.isFolder());
 }
@@ -92,18 +105,24 @@ Result<FinderInfoBytes> findFinderInfo(const Located& object) {
         link.fourCC(kSymLinkFileType).fourCC(kSymLinkCreator);
         return finderInfoBytes(link.view());
     }
-    OSA_TRY(const StoredParts* const keeper, findFinderInfoKeeper(object));
-    return keeper == nullptr ? FinderInfoBytes{} : keeper->finderInfo;
-}
-
-Result<const StoredParts*> findFinderInfoKeeper(const Located& object) {
-    if (!hasParts(object)) return nullptr;
+    if (!hasParts(object)) return FinderInfoBytes{};
     Question question(object);
     for (std::size_t store = 0; store < kStores; ++store) {
         OSA_TRY(const StoredParts* const parts, question.ask(store));
-        if (!isBlank(parts->finderInfo)) return parts;
+        if (!isBlank(parts->finderInfo)) return parts->finderInfo;
     }
-    return nullptr;
+    return FinderInfoBytes{};
+}
+
+Result<std::vector<const StoredParts*>> askEveryStore(const Located& object) {
+    std::vector<const StoredParts*> all;
+    if (!hasParts(object)) return all;
+    Question question(object);
+    for (std::size_t store = 0; store < kStores; ++store) {
+        OSA_TRY(const StoredParts* const parts, question.ask(store));
+        all.push_back(parts);
+    }
+    return all;
 }
 
 void forgetLastObject() {

@@ -34,19 +34,31 @@ struct Witness {
     std::optional<posix::FileStatus> seen;  ///< none: there was nothing
 };
 
-/// Where Finder information lies, for writing it there again.
-struct FinderInfoPlace {
-    enum class Form { bare, afpInfo, appleDouble };
+/// Where one part lies, for writing it there again.
+struct PartPlace {
+    enum class Form {
+        bare,
+        zeroEnded,  ///< a zero byte behind it
+        afpInfo,
+        appleDouble
+    };
     Form form = Form::bare;
     const char* attribute = nullptr;  ///< of the object; null: in a file
     std::size_t witness = 0;          ///< number of the witness that is the file
+    bool isBlank = false;             ///< an empty resource fork
 };
 
 struct StoredParts {
     FinderInfoBytes finderInfo{};                    ///< blank: none kept
-    FinderInfoPlace infoPlace;                       ///< means something when there is one
     std::shared_ptr<const StoredFork> resourceFork;  ///< null: none kept; may be empty
+    // All places, in the order in which they count. Blank Finder information has none.
+    std::vector<PartPlace> infoPlaces;
+    std::vector<PartPlace> forkPlaces;
     std::vector<Witness> witnesses;
+
+    /// One of several places' forks: the first counts that is not empty, else the first.
+    void addFork(std::shared_ptr<const StoredFork> fork, PartPlace place);
+    void addFinderInfo(const FinderInfoBytes& info, PartPlace place);
 };
 
 class FolderSurroundings;

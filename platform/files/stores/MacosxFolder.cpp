@@ -16,12 +16,10 @@ class MacosxFolder : public ForkStore {
             const std::string shadow = joinPath(root, "__MACOSX", below);
             OSA_TRY(StoredParts parts,
                     readAppleDoubleSideFile(joinPath(shadow, "._", object.name()), true));
-            if (isBlank(all.finderInfo)) {
-                all.finderInfo = parts.finderInfo;
-                all.infoPlace = {parts.infoPlace.form, nullptr, all.witnesses.size()};
-            }
-            all.witnesses.push_back(parts.witnesses.front());
-            if (all.resourceFork == nullptr) all.resourceFork = std::move(parts.resourceFork);
+            const PartPlace place{PartPlace::Form::appleDouble, nullptr, all.witnesses.size()};
+            all.addFinderInfo(parts.finderInfo, place);
+            if (parts.resourceFork) all.addFork(std::move(parts.resourceFork), place);
+            all.witnesses.push_back(std::move(parts.witnesses.front()));
         }
         return all;
     }

@@ -26,14 +26,15 @@ Result<StoredParts> partsOf(const std::string& path, const posix::FileStatus& st
         if (parsed.status() == paramErr) return parts;
         return Failure(parsed.status());
     }
-    OSA_TRY(parts.finderInfo, parsed->finderInfoContent());
-    parts.infoPlace.form = FinderInfoPlace::Form::appleDouble;
+    constexpr PartPlace kHere{.form = PartPlace::Form::appleDouble};
+    OSA_TRY(const FinderInfoBytes info, parsed->finderInfoContent());
+    parts.addFinderInfo(info, kHere);
     const AppleDouble::Entry* const fork = parsed->find(AppleDouble::resourceFork);
     if (fork == nullptr) return parts;
     // A large side file is not kept open: it is opened again when the fork is.
-    parts.resourceFork = std::make_shared<StoredFork>(
-        isInMemory ? StoredFork{parsed->content(AppleDouble::resourceFork), {}, {}, {}}
-                   : StoredFork{nullptr, path, status, fork->range});
+    auto stored = isInMemory ? StoredFork{parsed->content(AppleDouble::resourceFork), {}, {}, {}}
+                             : StoredFork{nullptr, path, status, fork->range};
+    parts.addFork(std::make_shared<StoredFork>(std::move(stored)), kHere);
     return parts;
 }
 
@@ -49,6 +50,14 @@ Result<std::shared_ptr<const ByteSource>> StoredFork::open() const {
 bool meansAbsent(OSStatus status, bool mayBeRefused) {
     return status == fnfErr || status == notAFileErr || status == errFSNameTooLong ||
            (mayBeRefused && status == permErr);
+}
+
+Result<StoredParts> readDotUnderscoreFile(const std::string& path) {
+    const auto opened = posix::openFile(path, posix::Follow::no);
+    if (opened.ok()) return partsOf(path, (*opened)->status(), *opened);
+    if (opened.status() == fnfErr) return StoredParts();
+    // A link, perhaps: its target comes and goes without a change of this folder.
+    return readAppleDoubleSideFile(path, false);
 }
 
 Result<StoredParts> readAppleDoubleSideFile(const std::string& path, bool mayBeRefused) {

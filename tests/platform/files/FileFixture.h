@@ -4,10 +4,13 @@
 
 #include <CoreServices/Files.h>
 #include <CoreServices/MacErrors.h>
+#include <OSA/Diagnostics.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -95,6 +98,24 @@ class FileFixture : public testing::Test {
         return opened.ok() ? textOf(**opened) : "status " + std::to_string(opened.status());
     }
 
+    /// Of a file, or of an attribute given as "name@attribute"; "none" when there is none.
+    std::string content(const std::string& name) const {
+        const std::size_t sign = name.find('@');
+        const auto bytes = sign == std::string::npos
+                               ? posix::readFile(at(name), 1 << 20)
+                               : posix::attribute(at(name.substr(0, sign)), name.substr(sign + 1));
+        return bytes.ok() ? std::string(asText(*bytes)) : "none";
+    }
+
+    /// Everything below the folder, by path.
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
+            found.insert(std::filesystem::relative(entry.path(), root_));
+        }
+        return found;
+    }
+
     std::string root_;
 };
 
@@ -102,6 +123,26 @@ class FileFixture : public testing::Test {
 inline std::size_t openDescriptors() {
     const std::filesystem::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// Runs `work` from `prepare` anew with its first, second, … system call failing, until none does;
+/// `check` gets its status. Nothing may be left open.
+inline void failEachCall(const std::function<void()>& prepare,
+                         const std::function<OSStatus()>& work,
+                         const std::function<void(OSStatus)>& check) {
+    const std::size_t descriptors = openDescriptors();
+    for (UInt32 nth = 1, failed = 1; failed > 0 && nth < 500; ++nth) {
+        SCOPED_TRACE("failing call " + std::to_string(nth));
+        prepare();
+        OSAFailOperation(nth, false);
+        const OSStatus status = work();
+        failed = OSAFailedOperations();
+        OSAFailOperation(0, false);
+        check(status);
+        EXPECT_TRUE(failed > 0 || status == noErr) << status;
+        EXPECT_EQ(OSAOpenFileCount(), 0);
+        EXPECT_EQ(openDescriptors(), descriptors);
+    }
 }
 
 }  // namespace osa::test

@@ -1,10 +1,8 @@
 // Finder information written: to each place where it may lie, without harm to what lies beside it.
-#include <OSA/Diagnostics.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <set>
 
 #include "platform/files/formats/AppleDouble.h"
 #include "tests/platform/files/FileFixture.h"
@@ -39,21 +37,6 @@ class FinderInfoWriter : public FileFixture {
     static OSStatus set(const FSRef& object, FSCatalogInfoBitmap which,
                         const FSCatalogInfo& info = kNew) {
         return FSSetCatalogInfo(&object, which, &info);
-    }
-    /// Of a file, or of an attribute given as "name@attribute".
-    std::string content(const std::string& name) const {
-        const std::size_t sign = name.find('@');
-        const auto bytes = sign == std::string::npos
-                               ? posix::readFile(at(name), 1 << 20)
-                               : posix::attribute(at(name.substr(0, sign)), name.substr(sign + 1));
-        return bytes.ok() ? std::string(asText(*bytes)) : "none";
-    }
-    std::set<std::string> names() const {
-        std::set<std::string> found;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
-            found.insert(entry.path().filename());
-        }
-        return found;
     }
 };
 
@@ -157,26 +140,40 @@ TEST_F(FinderInfoWriter, MakesRoomWhereThereIsNone) {
 
 TEST_F(FinderInfoWriter, LeavesTheOldOrTheNewWhereverItFails) {
     put("x");
+    FSRef x{};
     for (const std::string& before : {std::string("none"), appleDouble(kOld, "fork")}) {
-        UInt32 failed = 1;
-        for (UInt32 nth = 2; failed > 0; ++nth) {
-            SCOPED_TRACE(nth);
-            std::filesystem::remove(at("._x"));
-            if (before != "none") put("._x", before);
-            const FSRef x = ref("x");
-            OSAFailOperation(nth / 2, nth % 2 != 0);
-            const OSStatus status = set(x, kBoth);
-            failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
-            EXPECT_TRUE(content("._x") == before || status == noErr);
-            EXPECT_EQ(+info(x, kBoth).finderInfo.fdType == FourCC("TEXT"), status == noErr);
-            EXPECT_LE(names().size(), 2u);
-        }
+        failEachCall(
+            [&] {
+                std::filesystem::remove(at("._x"));
+                if (before != "none") put("._x", before);
+                x = ref("x");
+            },
+            [&] { return set(x, kBoth); },
+            [&](OSStatus status) {
+                EXPECT_TRUE(content("._x") == before || status == noErr);
+                EXPECT_EQ(+info(x, kBoth).finderInfo.fdType == FourCC("TEXT"), status == noErr);
+                EXPECT_LE(names().size(), 2u);
+            });
     }
+    // Blanked in several places: all or none.
+    const std::string kept = appleDouble(kOld, "fork");
+    failEachCall(
+        [&] {
+            for (const char* name : {"._x", "%x", ".finf/x"}) put(name, kept);
+            x = ref("x");
+        },
+        [&] { return set(x, kBoth, FSCatalogInfo{}); },
+        [&](OSStatus status) {
+            for (const char* name : {"._x", "%x", ".finf/x"}) {
+                EXPECT_EQ(content(name) == kept, status != noErr);
+            }
+            EXPECT_EQ(names(), (std::set<std::string>{"x", "._x", "%x", ".finf", ".finf/x"}));
+        });
 }
 
 TEST_F(FinderInfoWriter, SaysWhyItDoesNot) {
-    for (const char* name : {"x", "gone", "y"}) put(name);
+    for (const char* name : {"x", "gone", "y", "z"}) put(name);
+    std::filesystem::create_symlink("nowhere", at("._z"));
     put("._y", "not ours");
     std::filesystem::create_symlink("x", at("link"));
     const FSRef gone = ref("gone"), x = ref("x"), folder = ref("");
@@ -187,9 +184,12 @@ TEST_F(FinderInfoWriter, SaysWhyItDoesNot) {
     EXPECT_EQ(set(FSRef{}, kBoth), errFSBadFSRef);
     EXPECT_EQ(set(gone, kBoth), fnfErr);
     EXPECT_EQ(set(link, kBoth), unimpErr);
-    EXPECT_EQ(set(x, kBoth | kFSCatInfoCreateDate), unimpErr);
+    EXPECT_EQ(set(x, kBoth | kFSCatInfoNodeFlags), unimpErr);
     EXPECT_EQ(set(ref("y"), kBoth), dupFNErr);
     EXPECT_EQ(content("._y"), "not ours");
+    EXPECT_EQ(set(ref("z"), kBoth), dupFNErr);
+    put("nowhere", appleDouble(kOld, "fork"));
+    EXPECT_EQ(+info(ref("z"), kBoth).finderInfo.fdType, FourCC("The ")) << "the link leads on now";
     // The superuser is refused nothing.
     const bool isSuper = geteuid() == 0;
     chmod(root_.c_str(), 0555);

@@ -1,0 +1,33 @@
+// Changes of names that overwrite nothing and can be taken back. Paths and failures as in
+// FileSystem.h; links are never followed.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/posix/FileSystem.h"
+
+namespace osa::posix {
+
+/// dupFNErr when something has the new name, also when it got it a moment ago; diffVolErr. On file
+/// systems that cannot tell in one step, only a folder's new name is looked up beforehand.
+Result<void> renameToFree(const std::string& from, const std::string& to);
+/// Each gets the other's name, in one step where the file system can.
+Result<void> exchangeNames(const std::string& one, const std::string& other);
+/// A second name for a file, or for a link itself; dupFNErr when something has it. Not all file
+/// systems can.
+Result<void> addName(const std::string& file, const std::string& name);
+/// Renames to "._." and six random characters in the same folder; answers the new path.
+Result<std::string> moveAside(const std::string& path);
+/// Dates that are given; a link's own.
+Result<void> setDates(const std::string& path, std::optional<Time> modified,
+                      std::optional<Time> accessed);
+/// Whether the calling user may write to the object: wrPermErr, wPrErr. Links are followed.
+Result<void> mayWrite(const std::string& path);
+
+// For taking back what was done. These have no fault points: whatever made the work fail, they are
+// tried, and nothing can be done when they fail.
+void putBack(const std::string& from, const std::string& to);
+void discard(const std::string& path);
+
+}  // namespace osa::posix

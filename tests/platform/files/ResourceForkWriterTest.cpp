@@ -1,0 +1,180 @@
+// Resource forks written: to each place where they may lie, without harm to what lies beside them.
+#include <sys/stat.h>
+
+#include "platform/files/formats/AppleDouble.h"
+#include "platform/files/stores/ResourceForkWriter.h"
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+const std::string kOld = "the old fork";
+const std::string kInfo = finderInfo(FourCC("osas"), FourCC("ToyS"));
+
+/// Entry 9 with the attribute "name" = "value", for a place `at` in a file.
+std::string infoWithAttribute(std::uint32_t at) {
+    const std::uint32_t value = at + 34 + 36 + 16;
+    ByteWriter entry;
+    entry.text(kInfo).fill(2).text("ATTR").u32(7).u32(value + 5).u32(value).u32(5).fill(12);
+    entry.u16(0).u16(1).u32(value).u32(5).u16(0).u8(5).text({"name\0", 5}).text("value");
+    return entry.takeText();
+}
+
+class ResourceForkWriter : public FileFixture {
+  protected:
+    static OSStatus write(const FSRef& file, const std::string& fork) {
+        return writeResourceFork(file, std::make_shared<MemorySource>(asBytes(fork))).status();
+    }
+    static std::string read(const FSRef& file) {
+        const std::string text = fork(file, ForkKind::resource);
+        return text == "status -1409" ? "" : text;
+    }
+    /// What an AppleDouble file holds besides the fork, and the attributes behind its information.
+    std::vector<std::string> others(const std::string& name) const {
+        std::vector<std::string> found;
+        const std::string all = content(name);
+        const auto file = AppleDouble::parse(std::make_shared<MemorySource>(asBytes(all)));
+        if (!file.ok()) return found;
+        for (const auto& [id, range] : file->entries()) {
+            if (id != AppleDouble::resourceFork) {
+                found.push_back(all.substr(range.offset, range.length));
+            }
+        }
+        const auto attributes = file->attributes();
+        for (const auto& [attribute, range] : *attributes) {
+            found.push_back(attribute + "=" + all.substr(range.offset, range.length));
+        }
+        return found;
+    }
+};
+
+TEST_F(ResourceForkWriter, ChangesNothingButTheForkWhereItLies) {
+    const auto build = [](std::vector<std::pair<std::uint32_t, std::string>> entries,
+                          std::uint32_t excess = 0) {
+        return AppleDoubleBuilder{.entries = std::move(entries), .excess = excess}.build();
+    };
+    const std::string rich = build({{8, "dates"}, {9, kInfo}, {2, kOld}, {77, "?"}});
+    const std::string noRow = build({{9, infoWithAttribute(38)}});
+    const std::pair<const char*, std::string> places[] = {
+        {"d/x@user.com.apple.ResourceFork", kOld},
+        {"d/x@user.org.netatalk.ResourceFork", kOld},
+        {"d/x@user.DosStream.AFP_Resource:$DATA", kOld + '\0'},
+        {"d/._x", rich},
+        {"d/.AppleDouble/x", rich},
+        {"__MACOSX/d/._x", rich},
+        {"d/.rsrc/x", kOld},
+        {"d/.resource/x", kOld},
+        {"d/%x", rich},
+        {"d/._x", rich + std::string(200000, '.')},
+        {"d/._x", build({{9, infoWithAttribute(50)}, {2, kOld}})},
+        {"d/._x", build({{2, kOld + "    "}, {9, infoWithAttribute(66)}})},
+        {"d/._x", noRow},
+        {"d/._x", build({{2, kOld}, {9, kInfo}}, 7)},
+        {"d/._x", build({{9, kInfo}, {2, ""}, {77, "?"}})},
+    };
+    for (const auto& [place, old] : places) {
+        const std::string holder = place;
+        const std::size_t sign = holder.find('@');
+        const bool isFile = sign == std::string::npos;
+        for (const char* fork : {"the new fork", "a longer fork than the old one", "short", ""}) {
+            SCOPED_TRACE(holder + ": " + fork);
+            for (const char* root : {"d", "__MACOSX"}) std::filesystem::remove_all(at(root));
+            put("d/x", "data");
+            if (isFile) {
+                chmod(put(holder, old).c_str(), 0640);
+                ASSERT_TRUE(posix::setAttribute(at(holder), "user.note", asBytes("kept")).ok());
+            } else {
+                const std::string name = holder.substr(sign + 1);
+                ASSERT_TRUE(posix::setAttribute(at("d/x"), name, asBytes(old)).ok());
+            }
+            const auto before = others(holder);
+            const auto there = names();
+            ASSERT_EQ(write(ref("d/x"), fork), noErr);
+            EXPECT_EQ(read(ref("d/x")), fork);
+            EXPECT_EQ(names(), there);
+            if (!isFile) continue;
+            EXPECT_EQ(posix::status(at(holder), posix::Follow::no)->mode & 0777, 0640u);
+            EXPECT_EQ(content(holder + "@user.note"), "kept");
+            auto after = others(holder);
+            // A table that grew: the attributes moved, and what says where they are.
+            if (old == noRow && *fork != 0) after[0] = before[0];
+            EXPECT_EQ(after, before);
+            if (old != rich || std::string(fork).size() != kOld.size()) continue;
+            EXPECT_EQ(content(holder), std::string(rich).replace(rich.find(kOld), 12, fork));
+        }
+    }
+}
+
+TEST_F(ResourceForkWriter, TakesAnotherPlaceOnlyWhenItMust) {
+    put("x", "data");
+    EXPECT_EQ(write(ref("x"), ""), noErr);
+    EXPECT_EQ(names(), std::set<std::string>{"x"}) << "nothing to be kept";
+    EXPECT_EQ(write(ref("x"), "new"), noErr);
+    EXPECT_EQ(content("._x").substr(0, 50) + "new",
+              std::string("\0\5\x16\7\0\2\0\0Mac OS X        \0\2\0\0\0\x9\0\0\0\x32\0\0\0\x20"
+                          "\0\0\0\2\0\0\0\x52\0\0\0\3new", 53));
+    // Too long for an attribute: the other attributes and the side file's information stay.
+    put("y");
+    put("._y", appleDouble(kInfo, "hidden"));
+    for (const char* name : {"user.com.apple.ResourceFork", "user.DosStream.AFP_Resource"}) {
+        ASSERT_TRUE(posix::setAttribute(at("y"), name, asBytes("seen")).ok());
+    }
+    const std::string large(3 << 20, 'x');
+    EXPECT_EQ(write(ref("y"), large), noErr);
+    EXPECT_EQ(read(ref("y")), large);
+    EXPECT_EQ(content("y@user.com.apple.ResourceFork"), "none");
+    EXPECT_EQ(content("y@user.DosStream.AFP_Resource"), "none");
+    EXPECT_EQ(+info(ref("y"), kFSCatInfoFinderInfo).finderInfo.fdType, FourCC("osas"));
+    // Emptied: nor does another one come to light.
+    put("%y", appleDouble(kInfo, "deeper"));
+    EXPECT_EQ(write(ref("y"), ""), noErr);
+    EXPECT_EQ(read(ref("y")), "");
+    // What is not ours.
+    put("z");
+    put("._z", "not ours");
+    EXPECT_EQ(write(ref("z"), "new"), dupFNErr);
+    EXPECT_EQ(content("._z"), "not ours");
+    EXPECT_EQ(write(ref(""), "new"), notAFileErr);
+}
+
+TEST_F(ResourceForkWriter, LeavesTheOldOrTheNewWhereverItFails) {
+    FSRef x{};
+    const std::string large(70000, 'x');
+    struct Row {
+        const char* holder;
+        std::string old, fork;
+    };
+    const Row rows[] = {{"._x", appleDouble(kInfo, kOld), "new"},
+                        {"%x", appleDouble(kInfo, kOld), ""},
+                        {".rsrc/x", kOld, "new"},
+                        {"x@user.com.apple.ResourceFork", kOld, "new"},
+                        {"x@user.com.apple.ResourceFork", kOld, large},
+                        {"", "", "new"}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.holder + row.fork.substr(0, 5));
+        const std::string holder = row.holder;
+        std::set<std::string> there;
+        failEachCall(
+            [&] {
+                for (const auto& name : names()) std::filesystem::remove_all(at(name));
+                put("x", "data");
+                if (holder.starts_with("x@")) {
+                    ASSERT_TRUE(posix::setAttribute(at("x"), holder.substr(2), asBytes(row.old)).ok());
+                } else if (!holder.empty()) {
+                    put(holder, row.old);
+                }
+                x = ref("x");
+                there = names();
+            },
+            [&] { return write(x, row.fork); },
+            [&](OSStatus status) {
+                EXPECT_EQ(read(x), status == noErr ? row.fork : holder.empty() ? "" : kOld);
+                const bool isMoved = row.fork == large || holder.empty();
+                if (status == noErr && isMoved) there.insert("._x");
+                EXPECT_EQ(names(), there);
+            });
+    }
+}
+
+}  // namespace
+}  // namespace osa::test
