@@ -50,9 +50,8 @@ Result<std::string> randomName() {
 
 Result<void> renameToFree(const std::string& from, const std::string& to) {
     if (!isUsablePath(from) || !isUsablePath(to)) return Failure(fnfErr);
-    const int failed = systemCall([&] {
-        return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
-    });
+    const int failed = systemCall(
+        [&] { return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE); });
     if (failed == 0) return {};
     if (!isFlagUnknown(errno)) return lastError(Intent::changeCatalog);
     const auto linked = renameByLink(from, to);
@@ -62,9 +61,8 @@ Result<void> renameToFree(const std::string& from, const std::string& to) {
 
 Result<void> exchangeNames(const std::string& one, const std::string& other) {
     if (!isUsablePath(one) || !isUsablePath(other)) return Failure(fnfErr);
-    const int failed = systemCall([&] {
-        return renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE);
-    });
+    const int failed = systemCall(
+        [&] { return renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE); });
     if (failed == 0) return {};
     if (!isFlagUnknown(errno)) return lastError(Intent::changeCatalog);
     OSA_TRY(const std::string aside, moveAside(one));
@@ -102,8 +100,8 @@ Result<void> setDates(const std::string& path, std::optional<Time> modified,
         return timespec{time->seconds, static_cast<long>(time->nanoseconds)};
     };
     const struct timespec dates[2] = {stamp(accessed), stamp(modified)};
-    const int failed = systemCall(
-        [&] { return utimensat(AT_FDCWD, path.c_str(), dates, AT_SYMLINK_NOFOLLOW); });
+    const int failed =
+        systemCall([&] { return utimensat(AT_FDCWD, path.c_str(), dates, AT_SYMLINK_NOFOLLOW); });
     if (failed != 0) return lastError(Intent::changeCatalog);
     return {};
 }

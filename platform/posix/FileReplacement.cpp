@@ -88,7 +88,8 @@ class TemporaryFile {
         }
         // It stays with its maker, who could read the old one to copy it; but another group's
         // members would come under the group's rights, and the old group's under the others'.
-        if (made.gid != like.gid && tellsGroupFromOthers(like.mode)) return Failure(afpAccessDenied);
+        if (made.gid != like.gid && tellsGroupFromOthers(like.mode))
+            return Failure(afpAccessDenied);
         return setMode(made.mode & 0777, like.mode & 0777);
     }
 
@@ -107,8 +108,7 @@ class TemporaryFile {
   private:
     /// Only some may give files away, but all may give theirs to a group of their own.
     void giveTo(const FileStatus& like) {
-        const int given =
-            systemCall([&] { return fchown(descriptor_.get(), like.uid, like.gid); });
+        const int given = systemCall([&] { return fchown(descriptor_.get(), like.uid, like.gid); });
         if (given == 0) return;
         constexpr uid_t kSameOwner = ~uid_t{0};
         (void)systemCall([&] { return fchown(descriptor_.get(), kSameOwner, like.gid); });

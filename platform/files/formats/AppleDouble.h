@@ -73,9 +73,9 @@ class AppleDouble {
     /// attribute block, whose entries must not move, is in no such file. fileBoundsErr: the file
     /// would be too long for its offsets. (AppleDoubleWriting.cpp)
     Result<std::shared_ptr<const ByteSource>> withFinderInfo(const FinderInfoBytes& bytes) const;
-    /// The whole file with another resource fork, which stays where it is; what lies behind it moves
-    /// if its length changes. Where that cannot be, because it shares bytes with another entry or
-    /// has attributes behind it, it goes to the file's end. fileBoundsErr as above.
+    /// The whole file with another resource fork, which stays where it is; what lies behind it
+    /// moves if its length changes. Where that cannot be, because it shares bytes with another
+    /// entry or has attributes behind it, it goes to the file's end. fileBoundsErr as above.
     Result<std::shared_ptr<const ByteSource>> withResourceFork(
         const std::shared_ptr<const ByteSource>& fork) const;
     /// A new AppleDouble file with Finder information and, unless it is null or empty, a resource

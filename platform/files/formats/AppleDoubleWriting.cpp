@@ -106,8 +106,8 @@ Result<Source> AppleDouble::withResourceFork(const Source& fork) const {
     if (fork->size() == old.length) {
         if (old.length == 0) return source_;
         if (alone) {
-            return Source(std::make_shared<JoinedSource>(std::vector<Source>{
-                part(0, old.offset), fork, part(end, source_->size())}));
+            return Source(std::make_shared<JoinedSource>(
+                std::vector<Source>{part(0, old.offset), fork, part(end, source_->size())}));
         }
     }
     OSA_TRY(const bool isHeld, hasAttributesBehind(old.offset));

@@ -12,8 +12,8 @@ namespace osa {
 /// The first non-blank Finder information; blank when nobody keeps any. A link has type and creator
 /// of its own.
 Result<FinderInfoBytes> findFinderInfo(const Located& object);
-/// What every store said, in the order in which they are asked; nothing for what has no parts. Lasts
-/// until the thread's next question.
+/// What every store said, in the order in which they are asked; nothing for what has no parts.
+/// Lasts until the thread's next question.
 Result<std::vector<const StoredParts*>> askEveryStore(const Located& object);
 /// Files and folders may have parts, but not the root folder.
 bool hasParts(const Located& object);

@@ -112,7 +112,8 @@ TEST_F(ResourceForkWriter, TakesAnotherPlaceOnlyWhenItMust) {
     EXPECT_EQ(write(ref("x"), "new"), noErr);
     EXPECT_EQ(content("._x").substr(0, 50) + "new",
               std::string("\0\5\x16\7\0\2\0\0Mac OS X        \0\2\0\0\0\x9\0\0\0\x32\0\0\0\x20"
-                          "\0\0\0\2\0\0\0\x52\0\0\0\3new", 53));
+                          "\0\0\0\2\0\0\0\x52\0\0\0\3new",
+                          53));
     // Too long for an attribute: the other attributes and the side file's information stay.
     put("y");
     put("._y", appleDouble(kInfo, "hidden"));
@@ -159,7 +160,8 @@ TEST_F(ResourceForkWriter, LeavesTheOldOrTheNewWhereverItFails) {
                 for (const auto& name : names()) std::filesystem::remove_all(at(name));
                 put("x", "data");
                 if (holder.starts_with("x@")) {
-                    ASSERT_TRUE(posix::setAttribute(at("x"), holder.substr(2), asBytes(row.old)).ok());
+                    ASSERT_TRUE(
+                        posix::setAttribute(at("x"), holder.substr(2), asBytes(row.old)).ok());
                 } else if (!holder.empty()) {
                     put(holder, row.old);
                 }
