@@ -1,10 +1,44 @@
 // Owning, replacing and coercing a descriptor.
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+
+#include <limits>
+#include <memory>
 #include <utility>
 
+#include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SHandle.h"
+
+const CAEDesc CAEDesc::sTrue(true);
+const CAEDesc CAEDesc::sFalse(false);
+const CAEDesc CAEDesc::sEmpty;
+
+CAEDesc::CAEDesc(bool b) {
+    const UInt8 byte = b ? 1 : 0;
+    FailOSErr(AECreateDesc(typeBoolean, &byte, sizeof byte, &mDesc));
+}
+
+CAEDesc::CAEDesc(const ProcessSerialNumber* psn) {
+    FailOSErr(AECreateDesc(typeProcessSerialNumber, psn, sizeof *psn, &mDesc));
+}
+
+CAEDesc::CAEDesc(const unsigned char* pstr) {
+    if (pstr == nullptr) FailOSErr(paramErr);
+    FailOSErr(AECreateDesc(typeChar, pstr + 1, pstr[0], &mDesc));
+}
+
+CAEDesc::CAEDesc(DescType type, Handle handle) {
+    CopyContent(type, handle);
+}
+
+CAEDesc::CAEDesc(const AEDesc* event, AEKeyword keyword, DescType desiredType) {
+    FailOSErr(AEGetParamDesc(event, keyword, desiredType, &mDesc));
+}
+
 CAEDesc::~CAEDesc() {
-    if (mDesc.dataHandle != nullptr) AEDisposeDesc(&mDesc);
+    CAEDesc::Free();
 }
 
 void CAEDesc::Free() {
@@ -21,9 +55,38 @@ CAEDesc& CAEDesc::operator=(const CAEDescReader& other) {
     return *this;
 }
 
-void CAEDesc::Set(DescType type, const char* data, Size size) {
+void CAEDesc::CopyContent(DescType type, Handle handle) {
+    if (handle == nullptr) FailOSErr(nilHandleErr);
+    const SHandleState state(handle);
+    HLock(handle);
+    FailOSErr(AECreateDesc(type, *handle, GetHandleSize(handle), &mDesc));
+}
+
+void CAEDesc::Set(DescType type, const char* data, SInt32 size) {
     Free();
     FailOSErr(AECreateDesc(type, data, size, &mDesc));
+}
+
+void CAEDesc::Set(DescType type, Handle handle) {
+    Free();
+    CopyContent(type, handle);
+}
+
+void CAEDesc::SetString(CFStringRef s) {
+    Free();
+    if (s == nullptr) return;
+    const CFIndex length = CFStringGetLength(s);
+    constexpr CFIndex longest = std::numeric_limits<Size>::max() / sizeof(UniChar);
+    if (length > longest) FailOSErr(memFullErr);
+    const auto size = static_cast<Size>(length * static_cast<CFIndex>(sizeof(UniChar)));
+    if (const UniChar* const units = CFStringGetCharactersPtr(s)) {
+        Set(typeUnicodeText, reinterpret_cast<const char*>(units), size);
+        return;
+    }
+    const std::unique_ptr<char, decltype(&DisposePtr)> buffer(NewPtr(size), DisposePtr);
+    FailNIL(buffer.get());
+    CFStringGetCharacters(s, CFRangeMake(0, length), reinterpret_cast<UniChar*>(buffer.get()));
+    Set(typeUnicodeText, buffer.get(), size);
 }
 
 void CAEDesc::Copy(const AEDesc* source) {
@@ -35,6 +98,11 @@ void CAEDesc::Copy(const AEDesc* source) {
 void CAEDesc::Aquire(CAEDesc& other) {
     Free();
     mDesc = std::exchange(other.mDesc, AEDesc{typeNull, nullptr});
+}
+
+void CAEDesc::MakeList() {
+    Free();
+    FailOSErr(AECreateList(nullptr, 0, false, &mDesc));
 }
 
 void CAEDesc::CoerceTo(DescType type) {
