@@ -48,8 +48,8 @@ Result<std::optional<FSRef>> nextTarget(const Located& object) {
     }
     OSA_TRY(const auto record, aliasRecordOf(object));
     if (!record) return none;
-    OSA_TRY(const FSRef next, findAliasTarget(*record, std::string(object.folder())));
-    return std::optional(next);
+    OSA_TRY(const AliasTarget next, findAliasTarget(*record, std::string(object.folder())));
+    return std::optional(next.ref);
 }
 
 struct Resolved {

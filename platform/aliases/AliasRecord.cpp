@@ -10,15 +10,6 @@
 namespace osa {
 namespace {
 
-enum Tag : std::int16_t {
-    kEnd = -1,
-    kMacPath = 2,
-    kTargetName = 14,
-    kVolumeName = 15,
-    kPathOnVolume = 18,
-    kMountPoint = 19,
-};
-
 constexpr std::size_t kExtras2 = 150;
 constexpr std::size_t kExtras3 = 58;
 
@@ -60,7 +51,13 @@ std::string_view untilZero(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
-std::vector<std::string> macComponents(std::string_view path) {
+std::vector<std::string> macComponents(std::string_view value) {
+    // Some writers leave a zero behind every colon.
+    std::string text(value);
+    std::erase(text, '\0');
+    std::string_view path = text;
+    // "/:Applications:X.app/" stands for a place on whatever volume the system lies on.
+    if (path.starts_with("/:") && path.ends_with('/')) path.remove_suffix(1);
     std::vector<std::string> components;
     while (!path.empty()) {
         const std::size_t end = std::min(path.find(':'), path.size());
@@ -70,45 +67,88 @@ std::vector<std::string> macComponents(std::string_view path) {
     return components;
 }
 
-void readFixedPart(ByteReader& reader, AliasRecord& record) {
-    record.isFolder = reader.u16() == 1;
-    if (record.version == 2) {
-        record.volumeName = fixedName(reader, 28);
-        reader.skip(8);  // volume date, file system, drive type
-        record.parentID = reader.u32();
-        record.targetName = fixedName(reader, 64);
-        record.targetID = reader.u32();
-        reader.seek(kExtras2);
-    } else {
-        reader.seek(24);
-        record.parentID = reader.u32();
-        record.targetID = reader.u32();
-        reader.seek(kExtras3);
-    }
+/// Seconds since 1904 as a date.
+AliasRecord::Date wholeSeconds(std::uint32_t seconds) {
+    return AliasRecord::Date{seconds} << 16;
 }
 
-void takeExtra(std::int16_t tag, ByteSpan value, AliasRecord& record) {
+void readFixedPart2(ByteReader& reader, AliasRecord& record) {
+    record.volumeName = fixedName(reader, 28);
+    record.volumeCreated = wholeSeconds(reader.u32());
+    record.fileSystem = reader.u16();
+    record.driveType = reader.u16();
+    record.parentID = reader.u32();
+    record.targetName = fixedName(reader, 64);
+    record.targetID = reader.u32();
+    record.targetCreated = wholeSeconds(reader.u32());
+    record.type = reader.fourCC();
+    record.creator = reader.fourCC();
+    record.levelsUp = reader.s16();
+    record.levelsDown = reader.s16();
+    record.volumeAttributes = reader.u32();
+    record.fileSystemID = reader.u16();
+    reader.seek(kExtras2);
+}
+
+void readFixedPart3(ByteReader& reader, AliasRecord& record) {
+    record.volumeCreated = reader.u64();
+    record.fileSystem = reader.u16();
+    record.fileSystemID = reader.u16();
+    record.driveType = reader.u16();
+    record.parentID = reader.u32();
+    record.targetID = reader.u32();
+    record.targetCreated = reader.u64();
+    record.volumeAttributes = reader.u32();
+    reader.seek(kExtras3);
+}
+
+void takeName(std::string name, std::string& target) {
+    if (!name.empty()) target = std::move(name);
+}
+
+void takeDate(ByteReader value, AliasRecord::Date& date) {
+    if (value.size() == sizeof date) date = value.u64();
+}
+
+void takeExtra(AliasTag tag, ByteSpan value, AliasRecord& record) {
+    using enum AliasTag;
+    ByteReader reader(value);
     switch (tag) {
-        case kMacPath:
-            record.macPath = macComponents(untilZero(asText(value)));
+        case parentName:
+            record.parentName = fromMacRoman(untilZero(asText(value)));
             break;
-        case kTargetName: {
-            std::string name = unicodeName(ByteReader(value));
-            if (!name.empty()) record.targetName = std::move(name);
+        case folderIDs:
+            record.folderIDs.clear();
+            while (reader.remaining() >= 4) record.folderIDs.push_back(reader.u32());
             break;
-        }
-        case kVolumeName: {
-            std::string name = unicodeName(ByteReader(value));
-            if (!name.empty()) record.volumeName = std::move(name);
+        case macPath:
+            record.macPath = macComponents(asText(value));
             break;
-        }
-        case kPathOnVolume: {
+        case zoneName:
+            record.zoneName = fromMacRoman(asText(value));
+            break;
+        case serverName:
+            record.serverName = fromMacRoman(asText(value));
+            break;
+        case targetName:
+            takeName(unicodeName(reader), record.targetName);
+            break;
+        case volumeName:
+            takeName(unicodeName(reader), record.volumeName);
+            break;
+        case volumeCreated:
+            takeDate(reader, record.volumeCreated);
+            break;
+        case targetCreated:
+            takeDate(reader, record.targetCreated);
+            break;
+        case pathOnVolume: {
             std::string_view path = untilZero(asText(value));
             while (path.starts_with('/')) path.remove_prefix(1);
             record.pathOnVolume = path;
             break;
         }
-        case kMountPoint:
+        case mountPoint:
             record.mountPoint = untilZero(asText(value));
             break;
         default:
@@ -127,13 +167,19 @@ Result<AliasRecord> AliasRecord::parse(ByteSpan bytes) {
     const bool isKnown = record.version == 2 || record.version == 3;
     if (!head.ok() || !isKnown || size < kExtras3) return Failure(mapReadErr);
     ByteReader reader(bytes.first(std::min(size, bytes.size())));
-    reader.skip(8);
-    readFixedPart(reader, record);
+    record.userType = reader.fourCC();
+    reader.skip(4);  // size and version
+    record.isFolder = reader.u16() == 1;
+    if (record.version == 2) {
+        readFixedPart2(reader, record);
+    } else {
+        readFixedPart3(reader, record);
+    }
     if (!reader.ok()) return Failure(mapReadErr);
     while (reader.remaining() >= 4) {
-        const std::int16_t tag = reader.s16();
+        const auto tag = static_cast<AliasTag>(reader.s16());
         const std::size_t length = reader.u16();
-        if (tag == kEnd) break;
+        if (tag == AliasTag::end) break;
         const ByteSpan value = reader.bytes(length);
         if (!reader.ok()) break;
         takeExtra(tag, value, record);

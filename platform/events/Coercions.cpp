@@ -1,61 +1,70 @@
-// Coercions of descriptors, as a table of (from, to, how).
-#include <CoreFoundation/CFData.h>
-#include <CoreFoundation/CFRef.h>
-#include <CoreFoundation/CFString.h>
-#include <CoreFoundation/CFURL.h>
+// AECoerceDesc and AECoercePtr: duplicates, installed handlers, and the manager's own table.
 #include <CoreServices/AEDataModel.h>
-#include <CoreServices/Files.h>
-#include <CoreServices/MacErrors.h>
+
+#include <new>
+
+#include "platform/events/CoercionData.h"
+#include "platform/events/CoercionHandlers.h"
+#include "platform/events/CoercionTable.h"
 
 namespace osa {
 namespace {
 
-OSErr fileReferenceToURL(const AEDesc* desc, AEDesc* result) {
-    FSRef ref{};
-    if (AEGetDescDataSize(desc) != sizeof ref) return errAECoercionFail;
-    AEGetDescData(desc, &ref, sizeof ref);
-    const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(kCFAllocatorDefault, &ref));
-    if (!url) return fnfErr;
-    const auto bytes = CFRef<CFDataRef>::Adopt(
-        CFURLCreateData(kCFAllocatorDefault, url.get(), kCFStringEncodingUTF8, true));
-    if (!bytes) return memFullErr;
-    return AECreateDesc(typeFileURL, CFDataGetBytePtr(bytes.get()),
-                        static_cast<Size>(CFDataGetLength(bytes.get())), result);
-}
+/// Handlers that coerce what they were given to the same type would go round until the stack ends,
+/// and so would lists of lists of lists; nobody nests this deep in earnest.
+constexpr int kDeepestNesting = 32;
+thread_local int nesting = 0;
 
-OSErr urlToFileReference(const AEDesc* desc, AEDesc* result) {
-    if (desc->dataHandle == nullptr) return errAECoercionFail;
-    const auto url = CFRef<CFURLRef>::Adopt(
-        CFURLCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(*desc->dataHandle),
-                             AEGetDescDataSize(desc), kCFStringEncodingUTF8, nullptr));
-    FSRef ref{};
-    if (!url || !CFURLGetFSRef(url.get(), &ref)) return fnfErr;
-    return AECreateDesc(typeFSRef, &ref, sizeof ref, result);
-}
-
-struct Coercion {
-    DescType from;
-    DescType to;
-    OSErr (*coerce)(const AEDesc* desc, AEDesc* result);
+class NestingLevel {
+  public:
+    NestingLevel() { ++nesting; }
+    ~NestingLevel() { --nesting; }
+    NestingLevel(const NestingLevel&) = delete;
+    NestingLevel& operator=(const NestingLevel&) = delete;
+    bool isTooDeep() const { return nesting > kDeepestNesting; }
 };
 
-constexpr Coercion kCoercions[] = {
-    {typeFSRef, typeFileURL, fileReferenceToURL},
-    {typeFileURL, typeFSRef, urlToFileReference},
-};
+OSErr coerceBuiltIn(CoercionSource& source, DescType toType, AEDesc* result) {
+    const Coercion coercion = findCoercion(source.type(), toType);
+    if (coercion == nullptr) return errAECoercionFail;
+    const AEDesc* desc = nullptr;
+    const OSErr status = source.asDesc(&desc);
+    return status != noErr ? status : coercion(desc, toType, result);
+}
+
+/// For a target that is another type. `result` may be the source itself: it is written last.
+OSErr coerce(CoercionSource& source, DescType toType, AEDesc* result) {
+    AEDesc made = {typeNull, nullptr};
+    OSErr status = errAECoercionFail;
+    try {
+        if (const NestingLevel level; !level.isTooDeep()) {
+            status = coerceWithHandlers(source, toType, &made);
+            if (status == errAECoercionFail) status = coerceBuiltIn(source, toType, &made);
+        }
+    } catch (const std::bad_alloc&) {
+        status = memFullErr;
+    }
+    *result = made;
+    return status;
+}
 
 }  // namespace
 }  // namespace osa
 
 OSErr AECoerceDesc(const AEDesc* desc, DescType toType, AEDesc* result) {
     if (desc == nullptr || result == nullptr) return paramErr;
-    if (toType == desc->descriptorType || toType == typeWildCard)
+    if (toType == desc->descriptorType || toType == typeWildCard) {
         return AEDuplicateDesc(desc, result);
-    *result = {typeNull, nullptr};
-    for (const osa::Coercion& coercion : osa::kCoercions) {
-        if (coercion.from == desc->descriptorType && coercion.to == toType) {
-            return coercion.coerce(desc, result);
-        }
     }
-    return errAECoercionFail;
+    osa::CoercionSource source(desc);
+    return osa::coerce(source, toType, result);
+}
+
+OSErr AECoercePtr(DescType type, const void* data, Size size, DescType toType, AEDesc* result) {
+    if (result == nullptr) return paramErr;
+    *result = {typeNull, nullptr};
+    if (size < 0 || (data == nullptr && size > 0)) return paramErr;
+    if (toType == type || toType == typeWildCard) return AECreateDesc(type, data, size, result);
+    osa::CoercionSource source(type, data, size);
+    return osa::coerce(source, toType, result);
 }

@@ -5,32 +5,41 @@
 
 #include <algorithm>
 
+#include "platform/events/ItemBlock.h"
+
+void AEInitializeDesc(AEDesc* desc) {
+    if (desc != nullptr) *desc = {typeNull, nullptr};
+}
+
 OSErr AECreateDesc(DescType type, const void* data, Size size, AEDesc* result) {
-    if (result == nullptr || size < 0 || (data == nullptr && size > 0)) return paramErr;
-    *result = {typeNull, nullptr};
+    if (result == nullptr) return paramErr;
+    AEInitializeDesc(result);
+    if (size < 0 || (data == nullptr && size > 0)) return paramErr;
     if (type == typeNull) return noErr;
-    Handle handle = nullptr;
-    const OSErr status = PtrToHand(data, &handle, size);
-    if (status == noErr) *result = {type, handle};
-    return status;
+    const Handle handle = NewHandle(size);
+    if (handle == nullptr) return memFullErr;
+    osa::copyShared(*handle, data, size);
+    *result = {type, handle};
+    return noErr;
 }
 
 OSErr AEDisposeDesc(AEDesc* desc) {
     if (desc == nullptr) return paramErr;
     if (desc->dataHandle != nullptr) DisposeHandle(desc->dataHandle);
-    *desc = {typeNull, nullptr};
+    AEInitializeDesc(desc);
     return noErr;
 }
 
 OSErr AEDuplicateDesc(const AEDesc* desc, AEDesc* result) {
-    if (desc == nullptr || result == nullptr) return paramErr;
-    const AEDesc source = *desc;
-    *result = {typeNull, nullptr};
+    if (result == nullptr) return paramErr;
+    const AEDesc source = desc != nullptr ? *desc : AEDesc{typeNull, nullptr};
+    AEInitializeDesc(result);
+    if (desc == nullptr) return paramErr;
     if (source.dataHandle == nullptr) {
-        result->descriptorType = source.descriptorType;
+        *result = source;
         return noErr;
     }
-    return AECreateDesc(source.descriptorType, *source.dataHandle, GetHandleSize(source.dataHandle),
+    return AECreateDesc(source.descriptorType, *source.dataHandle, AEGetDescDataSize(&source),
                         result);
 }
 
@@ -43,7 +52,17 @@ OSErr AEGetDescData(const AEDesc* desc, void* buffer, Size maximumSize) {
         return paramErr;
     }
     if (desc->dataHandle == nullptr) return noErr;
-    BlockMoveData(*desc->dataHandle, buffer,
-                  std::min(maximumSize, GetHandleSize(desc->dataHandle)));
+    osa::copyShared(buffer, *desc->dataHandle, std::min(maximumSize, AEGetDescDataSize(desc)));
+    return noErr;
+}
+
+OSErr AEReplaceDescData(DescType type, const void* data, Size size, AEDesc* desc) {
+    if (desc == nullptr) return paramErr;
+    // The data may be those of the descriptor itself.
+    AEDesc replacement;
+    const OSErr status = AECreateDesc(type, data, size, &replacement);
+    if (status != noErr) return status;
+    AEDisposeDesc(desc);
+    *desc = replacement;
     return noErr;
 }

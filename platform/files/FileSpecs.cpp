@@ -34,17 +34,6 @@ FSSpec makeSpec(FSVolumeRefNum volume, UInt32 parentID, const std::string& name)
     return spec;
 }
 
-Result<std::string> folderWithID(FSVolumeRefNum number, UInt32 id) {
-    const auto volume = findVolume(number);
-    if (!volume) return Failure(nsvErr);
-    if (id == fsRtDirID || id == 0) return volume->mountPoint;
-    FolderIDs& known = folderIDs();
-    const std::shared_lock guard(known.lock);
-    const auto found = known.paths.find({number, id});
-    if (found == known.paths.end()) return Failure(dirNFErr);
-    return found->second;
-}
-
 std::string_view textOf(ConstStr255Param name) {
     if (name == nullptr) return {};
     return {reinterpret_cast<const char*>(name) + 1, name[0]};
@@ -91,7 +80,7 @@ Result<FSRef> referenceToSpec(const FSSpec& spec) {
         if (!volume) return Failure(nsvErr);
         return referenceToRealPath(volume->mountPoint);
     }
-    OSA_TRY(const std::string folder, folderWithID(spec.vRefNum, parentID));
+    OSA_TRY(const std::string folder, rememberedFolder(spec.vRefNum, parentID));
     const std::string leaf = leafFromMacRoman(textOf(spec.name));
     if (leaf.empty() || leaf == "." || leaf == "..") return Failure(fnfErr);
     return referenceToRealPath(joinPath(folder, leaf));
@@ -103,6 +92,17 @@ void rememberFolder(FSVolumeRefNum volume, UInt32 nodeID, const std::string& pat
     FolderIDs& known = folderIDs();
     const std::unique_lock guard(known.lock);
     known.paths[{volume, nodeID}] = path;
+}
+
+Result<std::string> rememberedFolder(FSVolumeRefNum number, UInt32 id) {
+    const auto volume = findVolume(number);
+    if (!volume) return Failure(nsvErr);
+    if (id == fsRtDirID || id == 0) return volume->mountPoint;
+    FolderIDs& known = folderIDs();
+    const std::shared_lock guard(known.lock);
+    const auto found = known.paths.find({number, id});
+    if (found == known.paths.end()) return Failure(dirNFErr);
+    return found->second;
 }
 
 Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID) {
@@ -124,7 +124,7 @@ OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileNa
                                              : bdNamErr);
     }
     if (name.empty() || name.find(':') != std::string_view::npos) return bdNamErr;
-    const auto folder = osa::folderWithID(vRefNum, static_cast<UInt32>(dirID));
+    const auto folder = osa::rememberedFolder(vRefNum, static_cast<UInt32>(dirID));
     if (!folder.ok()) return static_cast<OSErr>(folder.status());
     return static_cast<OSErr>(osa::specInFolder(*folder, name, *spec).status());
 }

@@ -10,6 +10,10 @@ namespace osa {
 /// From now on specifications may name the folder by this node ID.
 void rememberFolder(FSVolumeRefNum volume, UInt32 nodeID, const std::string& path);
 
+/// The path remembered for the ID, where another folder may be by now; the mount point for 0 and
+/// fsRtDirID. nsvErr: no such volume; dirNFErr: none is remembered.
+Result<std::string> rememberedFolder(FSVolumeRefNum volume, UInt32 nodeID);
+
 /// bdNamErr when the object's name has no old-style form.
 Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID);
 

@@ -2,8 +2,10 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 
 #include "platform/memory/MemoryError.h"
 
@@ -13,6 +15,7 @@ namespace {
 struct HandleRecord {
     char* block;  // the master pointer: a Handle is the address of this field
     Size size;
+    Size capacity;  // of the block: what grows little by little is copied a few times only
     SInt8 state;
 };
 static_assert(offsetof(HandleRecord, block) == 0);
@@ -29,9 +32,30 @@ HandleRecord* recordOf(Handle handle) {
 Handle newRecord() {
     auto* const record = static_cast<HandleRecord*>(allocateBlock(sizeof(HandleRecord)));
     if (record == nullptr) return nullptr;
-    *record = {nullptr, 0, 0};
+    *record = {nullptr, 0, 0, 0};
     countBlock(1);
     return &record->block;
+}
+
+void setBlock(HandleRecord* record, char* block, Size size, Size capacity) {
+    releaseBlock(record->block);
+    record->block = block;
+    record->size = size;
+    record->capacity = capacity;
+}
+
+/// Whether the block serves for the size: room is given back when three quarters of it are unused.
+bool isRoomKept(const HandleRecord& record, Size size) {
+    constexpr Size kSmall = 256;
+    return record.block != nullptr && size >= 0 && size <= record.capacity &&
+           (record.capacity <= kSmall || size >= record.capacity / 4);
+}
+
+/// Half as much again as there was, if that is more than is needed.
+Size grownCapacity(const HandleRecord& record, Size size) {
+    const Size half = record.size / 2;
+    if (record.size > std::numeric_limits<Size>::max() - half) return size;
+    return std::max(size, record.size + half);
 }
 
 void changeState(Handle handle, int set, int clear) {
@@ -70,18 +94,13 @@ void ReallocateHandle(Handle handle, Size size) {
     HandleRecord* const record = recordOf(handle);
     if (record == nullptr) return;
     char* const block = static_cast<char*>(osa::allocateBlock(size));
-    if (block == nullptr) return;
-    osa::releaseBlock(record->block);
-    record->block = block;
-    record->size = size;
+    if (block != nullptr) osa::setBlock(record, block, size, size);
 }
 
 void EmptyHandle(Handle handle) {
     HandleRecord* const record = recordOf(handle);
     if (record == nullptr) return;
-    osa::releaseBlock(record->block);
-    record->block = nullptr;
-    record->size = 0;
+    osa::setBlock(record, nullptr, 0, 0);
 }
 
 void DisposeHandle(Handle handle) {
@@ -100,13 +119,21 @@ Size GetHandleSize(Handle handle) {
 void SetHandleSize(Handle handle, Size size) {
     HandleRecord* const record = recordOf(handle);
     if (record == nullptr) return;
-    char* const block = static_cast<char*>(osa::allocateBlock(size));
-    if (block == nullptr) return;
-    const Size kept = record->size < size ? record->size : size;
-    if (kept > 0) std::memcpy(block, record->block, static_cast<std::size_t>(kept));
-    osa::releaseBlock(record->block);
-    record->block = block;
-    record->size = size;
+    if (osa::isRoomKept(*record, size)) {
+        record->size = size;
+        return;
+    }
+    const Size capacity = size > record->size ? osa::grownCapacity(*record, size) : size;
+    char* const block = static_cast<char*>(osa::allocateBlock(capacity));
+    if (block != nullptr) {
+        const Size kept = std::min(record->size, size);
+        if (kept > 0) std::memcpy(block, record->block, static_cast<std::size_t>(kept));
+        osa::setBlock(record, block, size, capacity);
+    } else if (size >= 0 && size <= record->capacity && record->block != nullptr) {
+        // Room is only not given back.
+        record->size = size;
+        osa::setMemoryError(noErr);
+    }
 }
 
 void HLock(Handle handle) {

@@ -150,8 +150,9 @@ OSA_PLATFORM_EXPORT OSErr AEReplaceDescData(DescType type, const void* data, Siz
 OSA_PLATFORM_EXPORT OSErr AECreateList(const void* factoringPtr, Size factoredSize,
                                        Boolean isRecord, AEDescList* result);
 OSA_PLATFORM_EXPORT OSErr AECountItems(const AEDescList* list, SInt32* count);
-/// Puts a copy of `desc` in place of the item at `index`; 0, or one more than there are, appends.
-/// Appending takes constant time, amortised.
+/// Puts a copy of `desc`, which may be the list itself, in place of the item at `index`; 0, or one
+/// more than there are, appends. errAEWrongDataType for records and events, whose items need a
+/// keyword. Appending takes constant time, amortised.
 OSA_PLATFORM_EXPORT OSErr AEPutDesc(AEDescList* list, SInt32 index, const AEDesc* desc);
 OSA_PLATFORM_EXPORT OSErr AEPutPtr(AEDescList* list, SInt32 index, DescType type, const void* data,
                                    Size size);

@@ -24,8 +24,11 @@ typedef char** Handle;
 typedef unsigned char Str255[256];
 typedef unsigned char Str63[64];
 typedef unsigned char Str32[33];
+typedef unsigned char Str31[32];
 typedef unsigned char* StringPtr;
 typedef const unsigned char* ConstStr255Param;
+typedef const unsigned char* ConstStr32Param;
+typedef const unsigned char* ConstStr31Param;
 
 typedef struct Point {
     SInt16 v;
