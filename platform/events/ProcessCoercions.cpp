@@ -73,7 +73,7 @@ OSErr signatureToProcess(const AEDesc* from, DescType, AEDesc* result) {
 }
 
 OSErr bundleIDToProcess(const AEDesc* from, DescType, AEDesc* result) {
-    const ByteSpan bytes = dataOf(from);
+    const ByteSpan bytes = dataOf(*from);
     const auto wanted = CFRef<CFStringRef>::Adopt(
         CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
                                 static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8, 0));
