@@ -10,20 +10,6 @@
 namespace osa {
 namespace {
 
-/// Handlers that coerce what they were given to the same type would go round until the stack ends,
-/// and so would lists of lists of lists; nobody nests this deep in earnest.
-constexpr int kDeepestNesting = 32;
-thread_local int nesting = 0;
-
-class NestingLevel {
-  public:
-    NestingLevel() { ++nesting; }
-    ~NestingLevel() { --nesting; }
-    NestingLevel(const NestingLevel&) = delete;
-    NestingLevel& operator=(const NestingLevel&) = delete;
-    bool isTooDeep() const { return nesting > kDeepestNesting; }
-};
-
 OSErr coerceBuiltIn(CoercionSource& source, DescType toType, AEDesc* result) {
     const Coercion coercion = findCoercion(source.type(), toType);
     if (coercion == nullptr) return errAECoercionFail;
@@ -37,7 +23,7 @@ OSErr coerce(CoercionSource& source, DescType toType, AEDesc* result) {
     AEDesc made = {typeNull, nullptr};
     OSErr status = errAECoercionFail;
     try {
-        if (const NestingLevel level; !level.isTooDeep()) {
+        if (const CoercionLevel level; !level.isTooDeep()) {
             status = coerceWithHandlers(source, toType, &made);
             if (status == errAECoercionFail) status = coerceBuiltIn(source, toType, &made);
         }
