@@ -1,5 +1,5 @@
 // Installed coercion handlers: one table for the application, one for the system.
-#include "platform/events/CoercionHandlers.h"
+#include "platform/events/coercions/CoercionHandlers.h"
 
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>

@@ -6,8 +6,8 @@
 #include <CoreServices/MacMemory.h>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
 
 namespace osa {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <new>
 
-#include "platform/events/CoercionData.h"
-#include "platform/events/CoercionHandlers.h"
-#include "platform/events/CoercionTable.h"
+#include "platform/events/coercions/CoercionData.h"
+#include "platform/events/coercions/CoercionHandlers.h"
+#include "platform/events/coercions/CoercionTable.h"
 
 namespace osa {
 namespace {

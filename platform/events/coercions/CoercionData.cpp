@@ -1,5 +1,5 @@
 // Descriptors made of bytes.
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/CoercionData.h"
 
 #include <limits>
 

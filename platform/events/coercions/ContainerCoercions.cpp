@@ -1,7 +1,7 @@
 // Lists, records and events into each other, and what is made of lists of numbers.
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
-#include "platform/events/CoercionTable.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
+#include "platform/events/coercions/CoercionTable.h"
 
 namespace osa {
 namespace {
