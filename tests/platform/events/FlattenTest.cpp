@@ -59,7 +59,9 @@ TEST(Flatten, ComesBackWholeAndRefusesEverythingElse) {
     Desc back;
     ASSERT_EQ(AEUnflattenDesc(bytes.data(), back), noErr);
     EXPECT_EQ(back.data(), block);
+    AEDisposeDesc(back);
     ASSERT_EQ(AEUnflattenDescFromBytes((bytes + "behind").data(), bytes.size() + 6, back), noErr);
+    AEDisposeDesc(back);
     for (std::size_t size = 0; size < bytes.size(); ++size) {
         const std::string cut = bytes.substr(0, size);  // a copy: reads past its end are seen
         ASSERT_EQ(AEUnflattenDescFromBytes(cut.data(), size, back), errAECorruptData) << size;
