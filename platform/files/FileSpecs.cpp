@@ -53,27 +53,56 @@ Result<void> specInFolder(const std::string& path, std::string_view leaf, FSSpec
     return {};
 }
 
+/// `path` is "folder:leaf" below the folder.
+Result<void> specBelow(std::string folder, std::string_view path, FSSpec& spec) {
+    if (path.ends_with(':')) path.remove_suffix(1);
+    for (std::size_t end = path.find(':'); end != std::string_view::npos; end = path.find(':')) {
+        if (end == 0) return Failure(bdNamErr);
+        folder = joinPath(folder, leafFromMacRoman(path.substr(0, end)));
+        path.remove_prefix(end + 1);
+    }
+    if (path.empty()) return Failure(bdNamErr);
+    const auto real = posix::realPath(folder);
+    if (!real.ok()) return Failure(real.status() == fnfErr ? dirNFErr : real.status());
+    return specInFolder(*real, path, spec);
+}
+
 /// "Volume:folder:leaf", or "Volume:" for the volume itself.
 Result<void> specOfFullPath(std::string_view path, FSSpec& spec) {
     const std::size_t colon = path.find(':');
     const auto volume = findVolumeNamed(leafFromMacRoman(path.substr(0, colon)));
     if (!volume) return Failure(nsvErr);
     path.remove_prefix(colon + 1);
-    if (path.ends_with(':')) path.remove_suffix(1);
-    if (path.empty()) {
-        spec = makeSpec(volume->number, fsRtParID, volumeName(*volume).substr(0, 63));
+    if (!path.empty()) return specBelow(volume->mountPoint, path, spec);
+    spec = makeSpec(volume->number, fsRtParID, volumeName(*volume).substr(0, 63));
+    return {};
+}
+
+Result<void> specOfFolder(FSVolumeRefNum number, UInt32 id, FSSpec& spec) {
+    const auto volume = findVolume(number);
+    if (!volume) return Failure(nsvErr);
+    OSA_TRY(const std::string path, rememberedFolder(number, id));
+    if (path == volume->mountPoint) {
+        spec = makeSpec(number, fsRtParID, volumeName(*volume).substr(0, 63));
         return {};
     }
-    std::string folder = volume->mountPoint;
-    for (std::size_t end = path.find(':'); end != std::string_view::npos; end = path.find(':')) {
-        folder = joinPath(folder, leafFromMacRoman(path.substr(0, end)));
-        path.remove_prefix(end + 1);
-    }
-    OSA_TRY(folder, posix::realPath(folder));
-    return specInFolder(folder, path, spec);
+    const std::size_t slash = path.rfind('/');
+    OSA_TRY(const std::string leaf, macRomanFromLeaf(std::string_view(path).substr(slash + 1)));
+    return specInFolder(slash == 0 ? "/" : path.substr(0, slash), leaf, spec);
+}
+
+Result<void> makeSpecOf(FSVolumeRefNum volume, UInt32 folderID, std::string_view name,
+                        FSSpec& spec) {
+    const bool isPath = name.find(':') != std::string_view::npos;
+    if (isPath && !name.starts_with(':')) return specOfFullPath(name, spec);
+    if (volume == 0 && folderID == 0) return Failure(bdNamErr);
+    if (name.empty()) return specOfFolder(volume, folderID, spec);
+    OSA_TRY(const std::string folder, rememberedFolder(volume, folderID));
+    return specBelow(folder, isPath ? name.substr(1) : name, spec);
 }
 
 Result<FSRef> referenceToSpec(const FSSpec& spec) {
+    if (spec.name[0] >= sizeof spec.name) return Failure(bdNamErr);
     const auto parentID = static_cast<UInt32>(spec.parID);
     if (parentID == fsRtParID) {
         const auto volume = findVolume(spec.vRefNum);
@@ -117,16 +146,9 @@ Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 paren
 OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileName, FSSpec* spec) {
     if (spec == nullptr) return paramErr;
     *spec = {};
-    const std::string_view name = osa::textOf(fileName);
-    if (vRefNum == 0 && dirID == 0) {
-        const bool isFullPath = name.find(':') != std::string_view::npos && name.front() != ':';
-        return static_cast<OSErr>(isFullPath ? osa::specOfFullPath(name, *spec).status()
-                                             : bdNamErr);
-    }
-    if (name.empty() || name.find(':') != std::string_view::npos) return bdNamErr;
-    const auto folder = osa::rememberedFolder(vRefNum, static_cast<UInt32>(dirID));
-    if (!folder.ok()) return static_cast<OSErr>(folder.status());
-    return static_cast<OSErr>(osa::specInFolder(*folder, name, *spec).status());
+    const auto made =
+        osa::makeSpecOf(vRefNum, static_cast<UInt32>(dirID), osa::textOf(fileName), *spec);
+    return static_cast<OSErr>(made.status());
 }
 
 OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef) {

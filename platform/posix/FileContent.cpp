@@ -70,6 +70,17 @@ Result<std::vector<std::byte>> readFile(const std::string& path, std::uint64_t l
     return content;
 }
 
+Result<FileStatus> createFile(const std::string& path, std::uint32_t mode) {
+    if (!isUsablePath(path)) return Failure(fnfErr);
+    const UniqueFd descriptor(systemCall(
+        [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
+    if (!descriptor.valid()) return lastError(Intent::changeCatalog);
+    auto status = statusOfDescriptor(descriptor.get());
+    // No fault point: without its status nobody learns of the file.
+    if (!status.ok()) ::unlink(path.c_str());
+    return status;
+}
+
 Result<void> writeFile(const std::string& path, ByteSpan content) {
     if (!isUsablePath(path)) return Failure(fnfErr);
     const UniqueFd descriptor(systemCall(

@@ -112,6 +112,8 @@ Result<void> setAttribute(const std::string& path, const std::string& name, Byte
 
 /// The permission bits of `mode` (07777). Links are followed.
 Result<void> changeMode(const std::string& path, std::uint32_t mode);
+/// A new empty file; dupFNErr when something has the name, even a link that leads nowhere.
+Result<FileStatus> createFile(const std::string& path, std::uint32_t mode = 0666);
 /// Only the last component is made; dupFNErr when something has the name.
 Result<void> createFolder(const std::string& path, std::uint32_t mode = 0777);
 /// Creates or replaces the whole file.

@@ -73,8 +73,12 @@ class AppleDouble {
     /// attribute block, whose entries must not move, is in no such file. fileBoundsErr: the file
     /// would be too long for its offsets. (AppleDoubleWriting.cpp)
     Result<std::shared_ptr<const ByteSource>> withFinderInfo(const FinderInfoBytes& bytes) const;
-    /// A new AppleDouble file with nothing but Finder information.
-    static std::shared_ptr<const ByteSource> make(const FinderInfoBytes& bytes);
+    /// The whole file with another resource fork, which is put at its end. fileBoundsErr as above;
+    /// unimpErr: there is no entry for one, and no room for the entry before attributes that must
+    /// not move.
+    Result<std::shared_ptr<const ByteSource>> withResourceFork(ByteSpan fork) const;
+    /// A new AppleDouble file with Finder information and, unless it is empty, a resource fork.
+    static std::shared_ptr<const ByteSource> make(const FinderInfoBytes& bytes, ByteSpan fork = {});
     /// Empty when there is no attribute block or it is damaged at its start.
     Result<std::vector<Attribute>> attributes() const;
 
@@ -87,6 +91,7 @@ class AppleDouble {
     static constexpr std::uint32_t kVersion2 = 0x00020000;
 
     Result<std::shared_ptr<const ByteSource>> insertFinderInfo(const FinderInfoBytes& bytes) const;
+    Result<std::shared_ptr<const ByteSource>> addResourceFork(ByteSpan fork) const;
 
     std::shared_ptr<const ByteSource> source_;
     Kind kind_ = Kind::appleDouble;

@@ -3,10 +3,9 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include <mutex>
-
 #include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
+#include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {
@@ -51,18 +50,9 @@ Result<void> writeToPlace(const Located& object, const StoredParts& keeper,
 }
 
 Result<void> writeToSideFile(const Located& object, const FinderInfoBytes& bytes) {
-    const std::string path = joinPath(object.folder(), "._", object.name());
-    const auto there = posix::openFile(path, posix::Follow::yes);
-    if (there.ok() && (*there)->size() > 0) {
-        auto written = writeToFile(path, Form::appleDouble, bytes);
-        // A file of this name that is something else is not ours to replace.
-        return written.status() == paramErr ? Failure(dupFNErr) : written;
-    }
-    if (there.status() == notAFileErr) return Failure(dupFNErr);
-    if (!there.ok() && there.status() != fnfErr) return Failure(there.status());
-    posix::FileStatus like = object.status;
-    like.mode = (like.mode & 0666) | 0600;
-    return posix::replaceFile(path, *AppleDouble::make(bytes), like);
+    return writeDotUnderscoreFile(
+        object, [&](const Source& old) { return edited(Form::appleDouble, old, bytes); },
+        [&] { return AppleDouble::make(bytes); });
 }
 
 /// `keeper` null: nobody keeps any.
@@ -83,9 +73,7 @@ Result<void> write(const Located& object, const StoredParts* keeper, const Finde
 
 Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
                              const ExtendedFinderInfo* extended) {
-    // Two threads that write one half each must not undo each other's.
-    static std::mutex oneAtATime;
-    const std::lock_guard lock(oneAtATime);
+    const std::lock_guard lock(partsLock());
     OSA_TRY(const Located object, locate(ref));
     if (!hasParts(object)) return Failure(unimpErr);
     OSA_TRY(const StoredParts* const keeper, findFinderInfoKeeper(object));

@@ -168,6 +168,16 @@ OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap
 OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                                            const FSCatalogInfo* catalogInfo);
 
+/// Makes an empty file in the folder `parentRef`, named as for FSMakeFSRefUnicode; settable fields
+/// are applied as by FSSetCatalogInfo, whose failure removes the file again. dupFNErr: something
+/// has the name, if only a link that leads nowhere; bdNamErr: "." and ".."; afpAccessDenied,
+/// wPrErr: the folder may not be written. `newSpec` of a name without an old-style form is
+/// bdNamErr, with the file made and `newRef` filled.
+OSA_PLATFORM_EXPORT OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength,
+                                              const UniChar* name, FSCatalogInfoBitmap whichInfo,
+                                              const FSCatalogInfo* catalogInfo, FSRef* newRef,
+                                              FSSpec* newSpec);
+
 /// Starts a walk over a folder's own children (kFSIterateFlat; errFSBadIteratorFlags otherwise).
 /// The caller closes the iterator.
 OSA_PLATFORM_EXPORT OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags,
@@ -191,9 +201,10 @@ OSA_PLATFORM_EXPORT OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volum
 
 // Old-style specifications
 
-/// `name` is Mac Roman: a leaf in the folder `dirID`, or with 0 and 0 a full path
-/// "Volume:folder:leaf". fnfErr with `spec` filled when only the leaf is missing; dirNFErr when the
-/// folder is not known; bdNamErr for a leaf over 63 bytes.
+/// `name` is Mac Roman: a leaf in the folder `dirID`; a path ":folder:leaf" below it; empty for the
+/// folder itself; or a full path "Volume:folder:leaf", whatever the numbers say. fnfErr with `spec`
+/// filled when only the leaf is missing; dirNFErr when its folder is, or is not known; bdNamErr for
+/// a leaf over 63 bytes and for what is no path.
 OSA_PLATFORM_EXPORT OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID,
                                        ConstStr255Param fileName, FSSpec* spec);
 /// fnfErr when there is no such object.

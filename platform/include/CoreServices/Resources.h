@@ -1,5 +1,5 @@
-// Resource Manager: the reading half. Opens resource forks and resource maps kept in data forks,
-// and hands out their resources as handles.
+// Resource Manager: the reading half, and making resource files. Opens resource forks and resource
+// maps kept in data forks, and hands out their resources as handles.
 //
 // Each thread has a current resource file, a chain of the files it opened, a switch for loading and
 // a ResError of its own; reference numbers are those of the File Manager and known to all threads.
@@ -35,6 +35,14 @@ enum {
 
 /// Status of the thread's last Resource Manager call.
 OSA_PLATFORM_EXPORT OSErr ResError(void);
+
+/// Makes a file as FSCreateFileUnicode does and gives it a resource fork without resources, kept in
+/// a "._" side file. An existing file without a resource fork gets one; `whichInfo` does not
+/// matter then. dupFNErr: it has one, or is no file; the results are filled all the same.
+OSA_PLATFORM_EXPORT void FSCreateResFile(const FSRef* parentRef, UniCharCount nameLength,
+                                         const UniChar* name, FSCatalogInfoBitmap whichInfo,
+                                         const FSCatalogInfo* catalogInfo, FSRef* newRef,
+                                         FSSpec* newSpec);
 
 /// Opens the resource fork of a file and makes it the thread's current file, for reading whatever
 /// `permission` asks: no call of this version changes a file. Answers -1 on failure: fnfErr no such

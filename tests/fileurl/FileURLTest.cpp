@@ -1,0 +1,261 @@
+// File URL descriptors: to and from everything else that names a file.
+#include "fileurl/FileURL.h"
+
+#include <CoreFoundation/CFRef.h>
+#include <CoreServices/AEObjects.h>
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/Resources.h>
+#include <OSA/Diagnostics.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa::test {
+namespace {
+
+/// A descriptor, or the status that came instead of one.
+struct Desc {
+    AEDesc desc{typeNull, nullptr};
+    OSStatus status = noErr;
+
+    Desc() = default;
+    Desc(DescType type, const std::string& data) {
+        status = AECreateDesc(type, data.data(), static_cast<Size>(data.size()), &desc);
+    }
+    Desc(Desc&& other) noexcept
+        : desc(std::exchange(other.desc, {typeNull, nullptr})), status(other.status) {}
+    ~Desc() { AEDisposeDesc(&desc); }
+
+    Desc to(DescType type) const {
+        Desc made;
+        made.status = AECoerceDesc(&desc, type, &made.desc);
+        return made;
+    }
+    Desc handled() const {
+        Desc made;
+        made.status = FURLCoerceDescToFURL(&desc, typeFileURL, 0, &made.desc);
+        return made;
+    }
+    /// The data, or "status -43".
+    std::string text() const {
+        if (status != noErr) return "status " + std::to_string(status);
+        std::string data(static_cast<std::size_t>(AEGetDescDataSize(&desc)), '\0');
+        AEGetDescData(&desc, data.data(), static_cast<Size>(data.size()));
+        return data;
+    }
+};
+
+std::string failure(OSStatus status) {
+    return "status " + std::to_string(status);
+}
+
+using URL = CFRef<CFURLRef>;
+
+URL urlOf(const std::string& path) {
+    return URL::Adopt(CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()),
+        path.ends_with('/')));
+}
+
+Desc furlOf(const std::string& path) {
+    Desc made;
+    made.status = FURLCreateDescFromCFURL(urlOf(path).get(), &made.desc);
+    return made;
+}
+
+std::string pathOf(const URL& url) {
+    UInt8 path[4096] = {};
+    return CFURLGetFileSystemRepresentation(url.get(), true, path, sizeof path)
+               ? reinterpret_cast<char*>(path)
+               : "none";
+}
+
+FSRef refOf(const std::string& path) {
+    FSRef ref{};
+    EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
+    return ref;
+}
+
+class FileURL : public testing::Test {
+  protected:
+    ~FileURL() override {
+        EXPECT_EQ(OSALiveBlockCount(), blocks_);
+        EXPECT_EQ(OSALiveObjectCount(), objects_);
+    }
+    TemporaryFolder folder_;
+    CFIndex blocks_ = OSALiveBlockCount();
+    CFIndex objects_ = OSALiveObjectCount();
+};
+
+TEST_F(FileURL, GoesToEveryFormAndBack) {
+    const std::string names[] = {"plain",   "two words", "100% #1?",
+                                 "Ünï",     "a:b",       "in a folder/",
+                                 "e\u0301", "日本",      std::string(70, 'n')};
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        folder_.write(name.ends_with('/') ? name + "in" : name, "");
+        const Desc furl = furlOf(folder_.path(name));
+        const bool isRoman = name.size() <= 63 && name[0] != '\xE6' && name != "e\u0301";
+        for (const DescType type : {typeFSRef, typeAlias, typeChar, typeUnicodeText, typeFSS}) {
+            const Desc other = furl.to(type);
+            const bool isPossible = type != typeFSS || isRoman;
+            EXPECT_EQ(isPossible ? other.to(typeFileURL).text() : other.text(),
+                      isPossible ? furl.text() : failure(bdNamErr))
+                << "by way of " << type;
+        }
+        EXPECT_EQ(furl.to(typeChar).text(), furl.text()) << "the URL, no path";
+        EXPECT_EQ(furl.to(typeObjectSpecifier).handled().text(), furl.text());
+        EXPECT_EQ(furl.to(cFile).desc.descriptorType, DescType{isRoman ? typeFSS : typeNull});
+    }
+}
+
+TEST_F(FileURL, NamesWhatIsNotThere) {
+    const Desc later = furlOf(folder_.path("la:ter"));
+    EXPECT_EQ(later.to(typeFSRef).text(), failure(fnfErr));
+    const Desc spec = later.to(typeFSS);
+    EXPECT_EQ(spec.to(typeFileURL).text(), later.text());
+    const Desc alias = later.to(typeAlias);
+    EXPECT_EQ(alias.to(typeFileURL).text(), failure(fnfErr));
+    folder_.write("la:ter", "");
+    EXPECT_EQ(alias.to(typeFileURL).text(), later.text());
+    const Desc folder = furlOf(folder_.path("folder/")).to(typeAlias);
+    folder_.write("folder/in", "");
+    EXPECT_EQ(folder.to(typeFileURL).text(), furlOf(folder_.path("folder/")).text());
+
+    const auto rest = 255 - std::string("Linux").size() - folder_.path("").size();
+    EXPECT_EQ(furlOf(folder_.path(std::string(rest, 'x'))).to(typeAlias).status, noErr);
+    EXPECT_EQ(furlOf(folder_.path(std::string(rest + 1, 'x'))).to(typeAlias).text(),
+              failure(pathTooLongErr));
+    EXPECT_EQ(furlOf(folder_.path("日本")).to(typeFSS).text(), failure(pathTooLongErr));
+    EXPECT_EQ(furlOf(folder_.path("no/where")).to(typeFSS).text(), failure(dirNFErr));
+    EXPECT_EQ(Desc(typeFileURL, "http://host/a").to(typeAlias).text(), failure(fnfErr));
+}
+
+TEST_F(FileURL, RefusesWhatIsNone) {
+    EXPECT_EQ(Desc(typeChar, "file:///a b").to(typeFileURL).text(), "file:///a%20b");
+    EXPECT_EQ(Desc(typeChar, "").to(typeFileURL).text(), failure(cfStringConversionErr));
+    EXPECT_EQ(Desc(typeSInt32, "four").handled().text(), failure(errAECoercionFail));
+    EXPECT_EQ(Desc(typeFSRef, "short").handled().text(), failure(errAECoercionFail));
+    EXPECT_EQ(Desc(typeFSS, std::string(70, '\xFF')).handled().text(), failure(fnfErr));
+    EXPECT_EQ(Desc(typeAlias, "none").handled().text(), failure(paramErr));
+    EXPECT_EQ(Desc(typeFileURL, "").to(typeFSRef).text(), failure(cfStringConversionErr));
+    AEDesc result{typeNull, nullptr};
+    EXPECT_EQ(FURLCoerceFURLPtrToDesc(typeFileURL, "file:///", 8, typeSInt32, 0, &result),
+              errAECoercionFail);
+    CFURLRef url = reinterpret_cast<CFURLRef>(&result);
+    const Desc number(typeSInt32, "four");
+    EXPECT_EQ(FURLCreateFromAEDesc(nullptr, &number.desc, &url), cfStringConversionErr);
+    EXPECT_EQ(url, nullptr);
+}
+
+TEST_F(FileURL, LooksIntoObjectSpecifiers) {
+    const std::string path = folder_.write("file", "");
+    const auto object = [](DescType wanted, const Desc& key) {
+        Desc made;
+        AEDesc none{typeNull, nullptr};
+        AEDesc keyData = key.desc;
+        made.status = CreateObjSpecifier(wanted, &none, formName, &keyData, false, &made.desc);
+        return made;
+    };
+    const Desc furl = furlOf(path);
+    for (const DescType type : {typeFSRef, typeAlias, typeFSS, typeFileURL, typeChar})
+        EXPECT_EQ(object(cFile, furl.to(type)).handled().text(), furl.text());
+    const Desc document = object('docu', Desc(typeChar, "name"));
+    EXPECT_EQ(document.handled().text(), failure(errAECoercionFail));
+    const auto handler = reinterpret_cast<AECoercionHandlerUPP>(FURLCoerceDescToFURL);
+    AEInstallCoercionHandler(typeObjectSpecifier, typeFileURL, handler, 0, true, false);
+    EXPECT_EQ(document.to(typeFileURL).text(), failure(errAECoercionFail)) << "without end";
+    AERemoveCoercionHandler(typeObjectSpecifier, typeFileURL, handler, false);
+}
+
+TEST_F(FileURL, NamesByFolderAndName) {
+    folder_.write("sub/in", "");
+    AEDesc event{typeNull, nullptr};
+    AECreateList(nullptr, 0, true, &event);
+    URL url;
+    EXPECT_EQ(FURLPutParamCFURL(&event, 'url ', urlOf(folder_.path("sub")).get()), noErr);
+    EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'url ', url.out()), noErr);
+    EXPECT_EQ(pathOf(url), folder_.path("sub"));
+    url.reset();
+    EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'none', url.out()), errAEDescNotFound);
+    AEDisposeDesc(&event);
+
+    NavReplyRecord reply{};
+    reply.saveFileName = CFSTR("new/file");
+    AECreateList(nullptr, 0, false, &reply.selection);
+    EXPECT_EQ(FURLCreateFromNavReply(nullptr, &reply, url.out()), errAEIllegalIndex);
+    const Desc chosen = furlOf(folder_.path()).to(typeAlias);
+    AEPutDesc(&reply.selection, 0, &chosen.desc);
+    EXPECT_EQ(FURLCreateFromNavReply(nullptr, &reply, url.out()), noErr);
+    EXPECT_EQ(pathOf(url), folder_.path("new:file"));
+    AEDisposeDesc(&reply.selection);
+
+    FSSpec spec{};
+    const FSRef inside = refOf(folder_.path("sub"));
+    ASSERT_EQ(FSGetCatalogInfo(&inside, 0, nullptr, nullptr, &spec, nullptr), noErr);
+    const std::pair<std::string, std::string> specs[] = {
+        {"leaf", "leaf"},
+        {"sub:le/af", "sub/le:af"},
+        {":sub:deep:", "sub/deep/"},
+        {":gone:leaf", "none"},
+        {":", "none"},
+    };
+    for (const auto& [name, path] : specs) {
+        SCOPED_TRACE(name);
+        spec.name[0] = static_cast<unsigned char>(name.size());
+        std::copy(name.begin(), name.end(), spec.name + 1);
+        url.reset();
+        EXPECT_EQ(FURLCreateFromFSSpec(nullptr, &spec, url.out()), path == "none" ? fnfErr : noErr);
+        if (path == "none") continue;
+        const auto wanted = urlOf(folder_.path(path));
+        EXPECT_TRUE(CFEqual(CFURLGetString(url.get()), CFURLGetString(wanted.get())));
+    }
+}
+
+TEST_F(FileURL, MakesFiles) {
+    FSCatalogInfo info{};
+    info.finderInfo.fdType = 'TEXT';
+    FSRef made{};
+    const auto create = [&](const std::string& name, auto function) {
+        return function(urlOf(folder_.path(name)).get(), kFSCatInfoFinderInfo, &info, &made);
+    };
+    EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), noErr);
+    EXPECT_TRUE(std::filesystem::exists(folder_.path("a:b ü")));
+    EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), dupFNErr);
+    EXPECT_EQ(create("no/where", FURLCreateFileWithCFURL), fnfErr);
+    EXPECT_EQ(FURLCreateFileWithCFURL(nullptr, 0, nullptr, &made), paramErr);
+    EXPECT_EQ(create("res", FURLCreateResFileWithCFURL), noErr);
+    const ResFileRefNum number = FSOpenResFile(&made, fsRdPerm);
+    EXPECT_GT(number, 0);
+    CloseResFile(number);
+    EXPECT_EQ(create("res", FURLCreateResFileWithCFURL), dupFNErr);
+}
+
+TEST_F(FileURL, SurvivesAnotherCopyOfItself) {
+    const auto handler = [] {
+        AECoercionHandlerUPP found = nullptr;
+        SInt32 refcon = 0;
+        Boolean takesDesc = 0;
+        AEGetCoercionHandler(typeFSRef, typeFileURL, &found, &refcon, &takesDesc, false);
+        return found;
+    };
+    const char* const path = getenv("FILEURL_COPY");
+    const AECoercionHandlerUPP ours = handler();
+    void* const copy = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(copy, nullptr) << dlerror();
+    EXPECT_NE(handler(), ours) << "the latest has them";
+    dlclose(copy);
+    EXPECT_EQ(dlopen(path, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it is gone";
+    EXPECT_EQ(handler(), nullptr) << "and nothing points into it";
+    EXPECT_EQ(furlOf(folder_.path("none")).to(typeFSRef).text(), failure(fnfErr));
+    EXPECT_EQ(FURLInstallCoercionHandlers(), noErr);
+    EXPECT_EQ(handler(), ours);
+    void* const other = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    EXPECT_EQ(FURLInstallCoercionHandlers(), noErr);
+    dlclose(other);
+    EXPECT_EQ(handler(), ours) << "only its own are taken away";
+}
+
+}  // namespace
+}  // namespace osa::test
