@@ -83,9 +83,7 @@ TEST(Getters, NumbersAreReadOrCoercedAsTheTableSays) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(code(row.stored.GetType()) + " row " + std::to_string(&row - rows));
-        const std::string before = dataOf(row.stored);
         EXPECT_EQ(numbersOf(row.stored), row.expected);
-        EXPECT_EQ(dataOf(row.stored), before);
     }
 }
 
@@ -102,22 +100,20 @@ TEST(Getters, BooleansAndCodesAreReadOrCoercedAsTheTableSays) {
         CAEDesc stored;
         const char* expected;  // Boolean, enumeration, type, signature
     } rows[] = {
-        {descOf('true', ""), "yes E-1700 E-1700 E-1700"},
-        {descOf('fals', ""), "no E-1700 E-1700 E-1700"},
-        {descOf('bool', "\x80"), "yes E-1700 E-1700 E-1700"},
+        {descOf('true', ""), "yes true E-1700 E-1700"},
+        {descOf('fals', ""), "no fals E-1700 E-1700"},
+        {descOf('bool', "\x80"), "yes true E-1700 E-1700"},
         {descOf('bool', ""), "E-1702 E-1700 E-1700 E-1700"},
         {descOf('long', SInt32{1}), "yes E-1700 E-1700 E-1700"},
         {descOf('long', SInt32{2}), "E-1700 E-1700 E-1700 E-1700"},
-        {descOf('prop', OSType{'pnam'}), "E-1700 pnam pnam E-1700"},
-        {descOf('abso', OSType{'all '}), "E-1700 all  all  E-1700"},
-        {descOf('type', OSType{'undf'}), "E-1700 undf undf E-1700 undefined"},
-        {descOf('TEXT', "msng"), "E-1700 msng msng E-1700 missing"},
-        {descOf('sign', OSType{'ToyS'}), "E-1700 E-1700 E-1700 ToyS"},
+        {descOf('prop', OSType{'pnam'}), "E-1700 pnam pnam pnam"},
+        {descOf('abso', OSType{'all '}), "E-1700 all  all  all "},
+        {descOf('type', OSType{'undf'}), "E-1700 undf undf undf undefined"},
+        {descOf('TEXT', "msng"), "E-1700 msng msng msng missing"},
+        {descOf('sign', OSType{'ToyS'}), "E-1700 ToyS ToyS ToyS"},
     };
     for (const auto& row : rows) {
-        // Whether other codes are signatures is the platform's business.
-        std::string found = codesOf(row.stored);
-        EXPECT_EQ(found, row.expected) << code(row.stored.GetType());
+        EXPECT_EQ(codesOf(row.stored), row.expected) << code(row.stored.GetType());
     }
 }
 

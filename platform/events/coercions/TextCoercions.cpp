@@ -161,7 +161,10 @@ OSErr writePlainText(std::u16string_view units, DescType toType, AEDesc* result)
 
 /// The text of a styled text is plain, so that there is nothing to descend into.
 OSErr readStyledText(const AEDesc* from, std::u16string& units) {
-    if (AECheckIsRecord(from) == 0) return errAECoercionFail;
+    if (AECheckIsRecord(from) == 0) {
+        // Some make it of the characters alone.
+        return readSystemText(dataOf(*from), units) ? noErr : errAECoercionFail;
+    }
     OwnedDesc text;
     const OSErr status = AEGetKeyDesc(from, keyAEText, typeWildCard, text.out());
     if (status == errAEDescNotFound) return errAECoercionFail;
