@@ -101,7 +101,7 @@ TEST(Coercion, Text) {
         {'TEXT', "a\0b"s, 'cstr', "a\0"s}, {'pstr', "\2abc", 'TEXT', "ab"},
         {'pstr', "\4abc", 'TEXT', kFail},
         {'TEXT', std::string(255, 'x'), 'pstr', "\xFF" + std::string(255, 'x')},
-        {'TEXT', std::string(256, 'x'), 'pstr', kFail}, {'STXT', "no record", 'TEXT', kFail},
+        {'TEXT', std::string(256, 'x'), 'pstr', kFail}, {'STXT', "no record", 'TEXT', "no record"},
         {'furl', "file:///a%20b", 'utxt', utxt(u"file:///a%20b")},
         {'TEXT', "file:///a", 'furl', kFail}, {'utxt', eAcute, 'bund', "\xC3\xA9"},
     });
