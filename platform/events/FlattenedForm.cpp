@@ -36,7 +36,7 @@ void writeItemHeader(std::byte* at, const ItemView& item, UInt32 flags, std::end
 /// Turns the fields of a block's header, which has been read already, from host order or into it.
 void turnBlockHeader(Bytes block) {
     if constexpr (std::endian::native == std::endian::big) return;
-    for (std::size_t at = 0; at < offsetof(BlockHeader, hint); at += 4) {
+    for (std::size_t at = 0; at < offsetof(BlockHeader, hints); at += 4) {
         std::ranges::reverse(block.subspan(at, 4));
     }
 }
@@ -75,8 +75,8 @@ ByteSpan paddingOf(const ItemView& item, ByteSpan allData) {
     return allData.subspan(end, paddedSize(item.data.size()) - item.data.size());
 }
 
-Bytes hintOf(Bytes block) {
-    return block.subspan(offsetof(BlockHeader, hint), sizeof BlockHeader::hint);
+Bytes hintsOf(Bytes block) {
+    return block.subspan(offsetof(BlockHeader, hints), sizeof BlockHeader::hints);
 }
 
 /// Whether a value that was put into host order would be flattened to the same bytes again.
@@ -141,7 +141,7 @@ OSStatus toFlattenedForm(DescType type, Bytes data) {
             turnData(item.type, value);
         } else {
             turnBlockHeader(value);
-            std::ranges::fill(hintOf(value), std::byte{0});
+            std::ranges::fill(hintsOf(value), std::byte{0});
         }
     }
     return walk.status();
@@ -164,7 +164,7 @@ OSStatus fromFlattenedForm(const FlattenedHead& head, Bytes data) {
         if (step.kind == Kind::leaf) {
             turnData(item.type, value);
         } else {
-            if (value.empty() || !isZero(hintOf(value))) return errAECorruptData;
+            if (value.empty() || !isZero(hintsOf(value))) return errAECorruptData;
             turnBlockHeader(value);
         }
         if (!comesBack(step.kind, item.type, value)) return errAECorruptData;

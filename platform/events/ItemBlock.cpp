@@ -41,6 +41,10 @@ std::atomic_ref<UInt32> flagsOf(ByteSpan block, const ItemView& item) {
     return sharedField<UInt32>(block, item.offset + offsetof(ItemHeader, flags));
 }
 
+std::atomic_ref<UInt64> hintOf(ByteSpan block, std::size_t slot) {
+    return sharedField<UInt64>(block, offsetof(BlockHeader, hints) + slot * sizeof(UInt64));
+}
+
 bool isHeaderPossible(const BlockHeader& header, std::size_t size) {
     if (header.signature != kBlockSignature || header.itemsOffset % 8 != 0) return false;
     if (header.itemsOffset < sizeof header || header.itemsOffset > size) return false;
@@ -53,7 +57,7 @@ bool isHeaderPossible(const BlockHeader& header, std::size_t size) {
 Result<BlockHeader> readBlockHeader(ByteSpan block, std::endian order) {
     if (block.size() < sizeof(BlockHeader)) return Failure(errAECorruptData);
     const auto [signature, attributes, items, itemsOffset] = readFields<4>(block, 0, order);
-    const BlockHeader header{signature, attributes, items, itemsOffset, 0};
+    const BlockHeader header{signature, attributes, items, itemsOffset, {}};
     if (!isHeaderPossible(header, block.size())) return Failure(errAECorruptData);
     return header;
 }
@@ -102,24 +106,34 @@ Result<ItemView> BlockView::find(Section section, AEKeyword keyword) const {
     return found;
 }
 
+BlockView::Place BlockView::nearestBefore(UInt32 index) const {
+    Place best{0, 0, 0};
+    Place spare{1, begin(Section::items), 0};
+    UInt32 spareIndex = 0;
+    for (std::size_t slot = 0; slot < header_.hints.size(); ++slot) {
+        const UInt64 hint = hintOf(bytes_, slot).load(std::memory_order_relaxed);
+        const Place place{static_cast<UInt32>(hint >> 32), static_cast<UInt32>(hint), slot};
+        if (place.index <= index && place.index > best.index) best = place;
+        // A hint that is free yet, or the farthest: who left that one has come to the end.
+        if (slot == 0 || place.index == 0 || (spareIndex != 0 && place.index > spareIndex)) {
+            spareIndex = place.index;
+            spare.slot = slot;
+        }
+    }
+    return best.index > 0 ? best : spare;
+}
+
 Result<ItemView> BlockView::item(SInt32 index) const {
     if (index < 1 || static_cast<UInt32>(index) > count(Section::items)) {
         return Failure(errAEIllegalIndex);
     }
-    const auto hint = sharedField<UInt64>(bytes_, offsetof(BlockHeader, hint));
-    const UInt64 last = hint.load(std::memory_order_relaxed);
     const auto wanted = static_cast<UInt32>(index);
-    auto reached = static_cast<UInt32>(last >> 32);
-    auto offset = static_cast<UInt32>(last);
-    if (reached < 1 || reached > wanted) {
-        reached = 1;
-        offset = begin(Section::items);
-    }
+    auto [reached, offset, slot] = nearestBefore(wanted);
     for (;; ++reached) {
         Result<ItemView> found = at(Section::items, offset);
         if (!found) return found;
         if (reached == wanted) {
-            hint.store(UInt64{wanted} << 32 | offset, std::memory_order_relaxed);
+            hintOf(bytes_, slot).store(UInt64{wanted} << 32 | offset, std::memory_order_relaxed);
             return found;
         }
         offset += found->length();

@@ -34,7 +34,7 @@ class NestedWalk {
     OSStatus status() const { return status_; }
 
   private:
-    /// An open container. It takes 32 bytes, a level of data at least 40.
+    /// An open container. It takes 32 bytes, a level of data at least 48.
     struct Frame {
         DescType type;
         UInt32 start;

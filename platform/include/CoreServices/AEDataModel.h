@@ -157,7 +157,7 @@ OSA_PLATFORM_EXPORT OSErr AEPutDesc(AEDescList* list, SInt32 index, const AEDesc
 OSA_PLATFORM_EXPORT OSErr AEPutPtr(AEDescList* list, SInt32 index, DescType type, const void* data,
                                    Size size);
 /// The item coerced to `desiredType`; typeWildCard gives it as it is. Going through the items in
-/// order takes constant time for each.
+/// order takes constant time for each, also for two that do so at once.
 OSA_PLATFORM_EXPORT OSErr AEGetNthDesc(const AEDescList* list, SInt32 index, DescType desiredType,
                                        AEKeyword* keyword, AEDesc* result);
 /// The coerced item's data, at most `maximumSize` bytes of it, its type and its whole size.

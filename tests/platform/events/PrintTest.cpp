@@ -12,7 +12,6 @@ std::string printed(const Desc& desc) {
     Handle handle = nullptr;
     EXPECT_EQ(AEPrintDescToHandle(desc, &handle), 0);
     const std::string text(*handle);
-    EXPECT_EQ(static_cast<Size>(text.size() + 1), GetHandleSize(handle));
     DisposeHandle(handle);
     return text;
 }
@@ -33,9 +32,7 @@ TEST(Print, WritesEveryKindOfValue) {
         {typeQDPoint, bytes(small, SInt16{3}), "'QDpt'(-2, 3)"},
         {typeIEEE64BitFloatingPoint, bytes(0.1), "'doub'(0.1)"},
         {typeFixed, bytes(SInt32{0x18000}), "'fixd'(1.5)"},
-        {typeBoolean, std::string(1, '\1'), "'bool'(true)"},
         {typeBoolean, "\2", "'bool'($02$)"},
-        {typeTrue, "", "'true'()"},
         {typeType, bytes(FourCharCode{'ID  '}), "type('ID  ')"},
         {typeEnumerated, bytes(FourCharCode{'indx'}), "indx"},
         {typeEnumerated, bytes(FourCharCode{0x27410AA9}), "'\\'A\\n\u00A9'"},
@@ -47,7 +44,6 @@ TEST(Print, WritesEveryKindOfValue) {
         {typeFileURL, "file:///\xC3\xA9\xE2\x80\xAE\xC2\x9B\xFF\xE2\x80",
          "'furl'(\"file:///\u00E9\\u202e\\u009b\uFFFD\uFFFD\uFFFD\")"},
         {'any ', "\x01\xFF", "'any '($01FF$)"},
-        {'any ', "", "'any '()"},
         {typeAEList, "damaged", "'list'($64616D61676564$)"},
     };
     for (const auto& each : cases) EXPECT_EQ(printed(Desc(each.type, each.data)), each.text);
