@@ -4,6 +4,7 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
@@ -13,11 +14,19 @@
 namespace osa {
 namespace {
 
-template <typename T>
-T load(ByteSpan bytes, std::size_t offset) {
-    T value;
-    std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
+/// The fields at an offset that was compared with the size.
+template <std::size_t N>
+std::array<UInt32, N> readFields(ByteSpan bytes, UInt32 offset, std::endian order) {
+    std::array<UInt32, N> fields;
+    if (order == std::endian::native) {
+        std::memcpy(fields.data(), bytes.data() + offset, sizeof fields);
+        return fields;
+    }
+    ByteReader reader(bytes.subspan(offset, sizeof fields));
+    for (UInt32& field : fields) {
+        field = order == std::endian::big ? reader.u32() : reader.u32LittleEndian();
+    }
+    return fields;
 }
 
 /// A field of the block that is written while the block is only read. Blocks of handles are aligned
@@ -41,13 +50,25 @@ bool isHeaderPossible(const BlockHeader& header, std::size_t size) {
 
 }  // namespace
 
+Result<BlockHeader> readBlockHeader(ByteSpan block, std::endian order) {
+    if (block.size() < sizeof(BlockHeader)) return Failure(errAECorruptData);
+    const auto [signature, attributes, items, itemsOffset] = readFields<4>(block, 0, order);
+    const BlockHeader header{signature, attributes, items, itemsOffset, 0};
+    if (!isHeaderPossible(header, block.size())) return Failure(errAECorruptData);
+    return header;
+}
+
+Result<ItemView> readItem(ByteSpan block, UInt32 offset, UInt32 limit, std::endian order) {
+    if (offset > limit || limit - offset < sizeof(ItemHeader)) return Failure(errAECorruptData);
+    const auto [keyword, type, size] = readFields<3>(block, offset, order);
+    if (paddedSize(size) > limit - offset - sizeof(ItemHeader)) return Failure(errAECorruptData);
+    return ItemView{keyword, type, offset, block.subspan(offset + sizeof(ItemHeader), size)};
+}
+
 Result<BlockView> BlockView::open(ByteSpan bytes) {
     BlockView view;
     if (bytes.empty()) return view;
-    if (bytes.size() < sizeof(BlockHeader)) return Failure(errAECorruptData);
-    // The hint is left out: it may be changing.
-    std::memcpy(&view.header_, bytes.data(), offsetof(BlockHeader, hint));
-    if (!isHeaderPossible(view.header_, bytes.size())) return Failure(errAECorruptData);
+    OSA_TRY(view.header_, readBlockHeader(bytes));
     view.bytes_ = bytes;
     return view;
 }
@@ -66,17 +87,8 @@ UInt32 BlockView::end(Section section) const {
 }
 
 Result<ItemView> BlockView::at(Section section, UInt32 offset) const {
-    const UInt32 limit = end(section);
-    if (offset % 8 != 0 || offset < begin(section) || offset > limit ||
-        limit - offset < sizeof(ItemHeader)) {
-        return Failure(errAECorruptData);
-    }
-    // Key, type and size; the flags may be changing.
-    const auto keyword = load<AEKeyword>(bytes_, offset);
-    const auto type = load<DescType>(bytes_, offset + offsetof(ItemHeader, type));
-    const auto size = load<UInt32>(bytes_, offset + offsetof(ItemHeader, size));
-    if (paddedSize(size) > limit - offset - sizeof(ItemHeader)) return Failure(errAECorruptData);
-    return ItemView{keyword, type, offset, bytes_.subspan(offset + sizeof(ItemHeader), size)};
+    if (offset % 8 != 0 || offset < begin(section)) return Failure(errAECorruptData);
+    return readItem(bytes_, offset, end(section));
 }
 
 Result<ItemView> BlockView::find(Section section, AEKeyword keyword) const {
@@ -156,7 +168,8 @@ void copyShared(void* target, const void* source, Size size) {
     const auto length = static_cast<std::size_t>(size);
     const ByteSpan bytes(static_cast<const std::byte*>(source), length);
     const bool isAligned = reinterpret_cast<std::uintptr_t>(source) % alignof(UInt64) == 0;
-    if (length < sizeof(BlockHeader) || !isAligned || load<UInt32>(bytes, 0) != kBlockSignature) {
+    if (length < sizeof(BlockHeader) || !isAligned ||
+        readFields<1>(bytes, 0, std::endian::native)[0] != kBlockSignature) {
         if (length > 0) std::memcpy(target, source, length);
         return;
     }

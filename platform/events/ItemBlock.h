@@ -17,6 +17,8 @@
 
 #include <CoreServices/AEDataModel.h>
 
+#include <bit>
+
 #include "platform/base/ByteReader.h"
 #include "platform/base/Result.h"
 
@@ -58,6 +60,12 @@ struct ItemView {
         return static_cast<UInt32>(sizeof(ItemHeader) + paddedSize(data.size()));
     }
 };
+
+/// The header of a block, its hint left out, and an item that ends at `limit` at the latest; with
+/// the fields in the order given. errAECorruptData for what is impossible.
+Result<BlockHeader> readBlockHeader(ByteSpan block, std::endian order = std::endian::native);
+Result<ItemView> readItem(ByteSpan block, UInt32 offset, UInt32 limit,
+                          std::endian order = std::endian::native);
 
 /// A block that is read. It owns nothing.
 class BlockView {

@@ -1,4 +1,5 @@
 // The program as scripts use it: output, error lines and exit statuses.
+#include <CoreServices/AEDataModel.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -135,6 +136,26 @@ TEST_F(Command, ExtractsTheSameBytesFromEveryContainer) {
     EXPECT_NE(plain.output.find("plain: has no resources\n"), std::string::npos) << plain.output;
     EXPECT_NE(plain.output.find("'TEXT'    128"), std::string::npos)
         << "the other file is still listed";
+}
+
+TEST_F(Command, DescribesFlattenedDescriptors) {
+    AEDesc list;
+    AECreateList(nullptr, 0, false, &list);
+    AEPutPtr(&list, 0, typeChar, "\x8E\n", 2);
+    std::string bytes(static_cast<std::size_t>(AESizeOfFlattenedDesc(&list)), '\0');
+    const auto size = static_cast<Size>(bytes.size());
+    EXPECT_EQ(AEFlattenDesc(&list, bytes.data(), size, nullptr), 0);
+    AEDisposeDesc(&list);
+    const std::string file = folder_.write("list", bytes);
+    const std::string cut = folder_.write("cut", bytes.substr(0, 40));
+    EXPECT_EQ(run("describe " + quoted(file)).output, "[\"\xC3\xA9\\n\"]\n");
+    folder_.write("Folder/x", "");
+    const Outcome several =
+        run("describe " + quoted(cut) + " " + quoted(folder_.path("Folder")) + " " + quoted(file));
+    EXPECT_EQ(several.exitStatus, 1);
+    EXPECT_EQ(several.output, "osa: " + cut + ": is no flattened descriptor, or a damaged one\n" +
+                                  "osa: " + folder_.path("Folder") + ": is a folder\n" + file +
+                                  ":\n[\"\xC3\xA9\\n\"]\n");
 }
 
 }  // namespace

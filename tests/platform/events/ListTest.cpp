@@ -123,7 +123,7 @@ TEST(Record, KeepsOneFieldAKeywordAndItsShapeUnderOtherTypes) {
     EXPECT_EQ(field.data(), "other");
     EXPECT_EQ(AEDeleteKeyDesc(specifier, keyAEDesiredClass), noErr);
     EXPECT_EQ(AESizeOfKeyDesc(specifier, keyAEDesiredClass, nullptr, nullptr), errAEDescNotFound);
-    EXPECT_EQ(CreateObjSpecifier('cwin', specifier, formName, nullptr, true, field), paramErr);
+    EXPECT_EQ(CreateObjSpecifier('cwin', specifier, formName, nullptr, true, key), paramErr);
     EXPECT_EQ(specifier->dataHandle, nullptr) << "disposed of on failure, too";
 }
 
