@@ -58,23 +58,14 @@ URL urlOf(const std::string& path) {
         path.ends_with('/')));
 }
 
-Desc furlOf(const std::string& path) {
+Desc furlOf(const URL& url) {
     Desc made;
-    made.status = FURLCreateDescFromCFURL(urlOf(path).get(), &made.desc);
+    made.status = FURLCreateDescFromCFURL(url.get(), &made.desc);
     return made;
 }
 
-std::string pathOf(const URL& url) {
-    UInt8 path[4096] = {};
-    return CFURLGetFileSystemRepresentation(url.get(), true, path, sizeof path)
-               ? reinterpret_cast<char*>(path)
-               : "none";
-}
-
-FSRef refOf(const std::string& path) {
-    FSRef ref{};
-    EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
-    return ref;
+Desc furlOf(const std::string& path) {
+    return furlOf(urlOf(path));
 }
 
 class FileURL : public testing::Test {
@@ -176,7 +167,7 @@ TEST_F(FileURL, NamesByFolderAndName) {
     URL url;
     EXPECT_EQ(FURLPutParamCFURL(&event, 'url ', urlOf(folder_.path("sub")).get()), noErr);
     EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'url ', url.out()), noErr);
-    EXPECT_EQ(pathOf(url), folder_.path("sub"));
+    EXPECT_EQ(furlOf(url).text(), furlOf(folder_.path("sub")).text());
     url.reset();
     EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'none', url.out()), errAEDescNotFound);
     AEDisposeDesc(&event);
@@ -188,37 +179,42 @@ TEST_F(FileURL, NamesByFolderAndName) {
     const Desc chosen = furlOf(folder_.path()).to(typeAlias);
     AEPutDesc(&reply.selection, 0, &chosen.desc);
     EXPECT_EQ(FURLCreateFromNavReply(nullptr, &reply, url.out()), noErr);
-    EXPECT_EQ(pathOf(url), folder_.path("new:file"));
+    EXPECT_EQ(furlOf(url).text(), furlOf(folder_.path("new:file")).text());
     AEDisposeDesc(&reply.selection);
 
-    FSSpec spec{};
-    const FSRef inside = refOf(folder_.path("sub"));
-    ASSERT_EQ(FSGetCatalogInfo(&inside, 0, nullptr, nullptr, &spec, nullptr), noErr);
     const std::pair<std::string, std::string> specs[] = {
         {"leaf", "leaf"},
         {"sub:le/af", "sub/le:af"},
         {":sub:deep:", "sub/deep/"},
-        {":gone:leaf", "none"},
-        {":", "none"},
+        {":gone:leaf", ""},
+        {":", ""},
     };
     for (const auto& [name, path] : specs) {
-        SCOPED_TRACE(name);
-        spec.name[0] = static_cast<unsigned char>(name.size());
-        std::copy(name.begin(), name.end(), spec.name + 1);
-        url.reset();
-        EXPECT_EQ(FURLCreateFromFSSpec(nullptr, &spec, url.out()), path == "none" ? fnfErr : noErr);
-        if (path == "none") continue;
-        const auto wanted = urlOf(folder_.path(path));
-        EXPECT_TRUE(CFEqual(CFURLGetString(url.get()), CFURLGetString(wanted.get())));
+        std::string spec = furlOf(folder_.path("sub")).to(typeFSS).text().substr(0, 6);
+        spec.append(1, static_cast<char>(name.size())).append(name).resize(sizeof(FSSpec));
+        EXPECT_EQ(Desc(typeFSS, spec).to(typeFileURL).text(),
+                  path.empty() ? failure(fnfErr) : furlOf(folder_.path(path)).text())
+            << name;
+    }
+}
+
+TEST_F(FileURL, LeaksNothingWhenTheSystemRefuses) {
+    const Desc furl = furlOf(folder_.write("file", ""));
+    for (const DescType type : {typeFSRef, typeAlias, typeChar, typeFSS}) {
+        bool wasHit = true;
+        for (UInt32 nth = 1; wasHit; ++nth) {
+            OSAFailOperation(nth, 0);
+            furl.to(type).handled();
+            wasHit = OSAFailedOperations() > 0;
+            OSAFailOperation(0, 0);
+        }
     }
 }
 
 TEST_F(FileURL, MakesFiles) {
-    FSCatalogInfo info{};
-    info.finderInfo.fdType = 'TEXT';
     FSRef made{};
     const auto create = [&](const std::string& name, auto function) {
-        return function(urlOf(folder_.path(name)).get(), kFSCatInfoFinderInfo, &info, &made);
+        return function(urlOf(folder_.path(name)).get(), 0, nullptr, &made);
     };
     EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), noErr);
     EXPECT_TRUE(std::filesystem::exists(folder_.path("a:b ü")));
