@@ -42,7 +42,8 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
 
 Outcome coerce(const AEDesc* from, DescType to) {
     Desc result;
-    result->descriptorType = 'junk';
+    AEDesc* const target = result;
+    target->descriptorType = 'junk';
     const OSErr status = AECoerceDesc(from, to, result);
     return {status, result->descriptorType, result.data()};
 }
@@ -223,7 +224,7 @@ TEST(Coercion, RecordsChangeTheirTypeAndEventsGiveTheirParameters) {
     EXPECT_EQ(coerce(record, typeAEList).status, noErr);
 }
 
-TEST(Coercion, FilesByReferenceSpecificationAliasAndURL) {
+TEST(Coercion, FilesByReferenceSpecAliasAndURL) {
     const TemporaryFolder folder;
     const std::string path = folder.write("50% caf\xC3\xA9 #1", "");
     const CFIndex blocks = OSALiveBlockCount();
