@@ -122,8 +122,14 @@ TEST(CAEDesc, IsMadeOfWhatItIsGiven) {
     CAEDesc self = descOf('TEXT', "kept");
     self.Copy(&self.GetDesc());
     EXPECT_EQ(dataOf(self), "kept");
+    self = CAEDescReader(self.GetDesc());
+    self.CoerceTo(&self.GetDesc(), 'utf8');
     self.CoerceTo('TEXT', self);
     EXPECT_EQ(dataOf(self), "kept");
+    const AEDesc bare{typeTrue, nullptr};
+    self = CAEDescReader(bare);
+    self.SetString(nullptr);
+    EXPECT_TRUE(self.Is(typeNull)) << "a type without data goes too";
 }
 
 TEST(CAEDesc, FailuresOfMemoryLeaveItEmptyAndItsHandleUnlocked) {

@@ -45,6 +45,12 @@ void CAEDesc::Free() {
     if (mDesc.dataHandle != nullptr) AEDisposeDesc(&mDesc);
 }
 
+/// Free, and away with the type of a descriptor that had no data.
+void CAEDesc::Clear() {
+    Free();
+    mDesc.descriptorType = typeNull;
+}
+
 CAEDesc& CAEDesc::operator=(const CAEDesc& other) {
     Copy(&other.mDesc);
     return *this;
@@ -63,17 +69,17 @@ void CAEDesc::CopyContent(DescType type, Handle handle) {
 }
 
 void CAEDesc::Set(DescType type, const char* data, SInt32 size) {
-    Free();
+    Clear();
     FailOSErr(AECreateDesc(type, data, size, &mDesc));
 }
 
 void CAEDesc::Set(DescType type, Handle handle) {
-    Free();
+    Clear();
     CopyContent(type, handle);
 }
 
 void CAEDesc::SetString(CFStringRef s) {
-    Free();
+    Clear();
     if (s == nullptr) return;
     const CFIndex length = CFStringGetLength(s);
     constexpr CFIndex longest = std::numeric_limits<Size>::max() / sizeof(UniChar);
@@ -90,18 +96,20 @@ void CAEDesc::SetString(CFStringRef s) {
 }
 
 void CAEDesc::Copy(const AEDesc* source) {
-    if (source == &mDesc) return;
-    Free();
+    const bool isOwnData = source != nullptr && source->dataHandle != nullptr &&
+                           source->dataHandle == mDesc.dataHandle;
+    if (source == &mDesc || isOwnData) return;
+    Clear();
     FailOSErr(AEDuplicateDesc(source, &mDesc));
 }
 
 void CAEDesc::Aquire(CAEDesc& other) {
-    Free();
+    Clear();
     mDesc = std::exchange(other.mDesc, AEDesc{typeNull, nullptr});
 }
 
 void CAEDesc::MakeList() {
-    Free();
+    Clear();
     FailOSErr(AECreateList(nullptr, 0, false, &mDesc));
 }
 
@@ -113,6 +121,10 @@ void CAEDesc::CoerceTo(DescType type) {
 }
 
 void CAEDesc::CoerceTo(const AEDesc* source, DescType type) {
-    Free();
-    FailOSErr(AECoerceDesc(source, type, &mDesc));
+    // Of a descriptor that may be this one.
+    AEDesc coerced{typeNull, nullptr};
+    const OSErr status = AECoerceDesc(source, type, &coerced);
+    Clear();
+    FailOSErr(status);
+    mDesc = coerced;
 }

@@ -93,6 +93,7 @@ class CAEDesc : public CAEDescReader {
     void SetFileSpec(const FSRef* ref, DescType type);
 
   private:
+    void Clear();
     void CopyContent(DescType type, Handle handle);
     void SetPath(const FSRef* ref);
 };

@@ -12,7 +12,7 @@ void CAEDesc::SetAlias(AliasHandle alias) {
 }
 
 void CAEDesc::SetAlias(const FSRef* ref) {
-    Free();
+    Clear();
     AliasHandle alias = nullptr;
     FailOSErr(FSNewAliasMinimal(ref, &alias));
     const SHandle owner(reinterpret_cast<Handle>(alias));
@@ -20,26 +20,26 @@ void CAEDesc::SetAlias(const FSRef* ref) {
 }
 
 void CAEDesc::SetFSSpec(const FSRef* ref) {
-    Free();
+    Clear();
     FSSpec spec;
     FailOSErr(FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
     Set(typeFSS, reinterpret_cast<const char*>(&spec), sizeof spec);
 }
 
 void CAEDesc::SetCFURL(CFURLRef url) {
-    Free();
+    Clear();
     FailOSErr(FURLCreateDescFromCFURL(url, &mDesc));
 }
 
 void CAEDesc::SetCFURL(const FSRef* ref) {
-    Free();
+    Clear();
     const SCoreFoundation<CFURLRef> url(CFURLCreateFromFSRef(kCFAllocatorDefault, ref));
     FailNIL(url);
     SetCFURL(url.Get());
 }
 
 void CAEDesc::SetCFURL(const FSRef* parent, const HFSUniStr255* name) {
-    Free();
+    Clear();
     CFURLRef url = nullptr;
     FailOSErr(FURLCreateFromParentAndName(kCFAllocatorDefault, parent, name, &url));
     const SCoreFoundation<CFURLRef> holder(url);
@@ -47,7 +47,7 @@ void CAEDesc::SetCFURL(const FSRef* parent, const HFSUniStr255* name) {
 }
 
 void CAEDesc::SetCFURL(const NavReplyRecord* reply) {
-    Free();
+    Clear();
     CFURLRef url = nullptr;
     FailOSErr(FURLCreateFromNavReply(kCFAllocatorDefault, reply, &url));
     const SCoreFoundation<CFURLRef> holder(url);
@@ -83,7 +83,7 @@ void CAEDesc::SetFileSpec(const FSRef* ref, DescType type) {
 }
 
 void CAEDesc::SetPath(const FSRef* ref) {
-    Free();
+    Clear();
     const SCoreFoundation<CFURLRef> url(CFURLCreateFromFSRef(kCFAllocatorDefault, ref));
     FailNIL(url);
     SCoreFoundation<CFStringRef> path(CFURLCopyFileSystemPath(url, kCFURLHFSPathStyle));

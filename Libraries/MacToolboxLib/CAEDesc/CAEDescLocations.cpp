@@ -96,7 +96,7 @@ void CAEDescReader::GetAppFileSpec(FSRef* ref) const {
         if (status != errAECoercionFail) throw;
     }
     std::string text;
-    GetString(text);
+    GetTextBytes(text);
     const SCoreFoundation<CFURLRef> url(CFURLCreateWithBytes(
         kCFAllocatorDefault, reinterpret_cast<const UInt8*>(text.data()),
         static_cast<CFIndex>(text.size()), CFStringGetSystemEncoding(), nullptr));
