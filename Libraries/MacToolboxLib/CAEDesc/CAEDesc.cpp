@@ -25,8 +25,8 @@ CAEDesc::CAEDesc(const ProcessSerialNumber* psn) {
 }
 
 CAEDesc::CAEDesc(const unsigned char* pstr) {
-    if (pstr == nullptr) FailOSErr(paramErr);
-    FailOSErr(AECreateDesc(typeChar, pstr + 1, pstr[0], &mDesc));
+    FailOSErr(pstr == nullptr ? OSErr{paramErr}
+                              : AECreateDesc(typeChar, pstr + 1, pstr[0], &mDesc));
 }
 
 CAEDesc::CAEDesc(DescType type, Handle handle) {
@@ -62,10 +62,10 @@ CAEDesc& CAEDesc::operator=(const CAEDescReader& other) {
 }
 
 void CAEDesc::CopyContent(DescType type, Handle handle) {
-    if (handle == nullptr) FailOSErr(nilHandleErr);
     const SHandleState state(handle);
     HLock(handle);
-    FailOSErr(AECreateDesc(type, *handle, GetHandleSize(handle), &mDesc));
+    FailOSErr(handle == nullptr ? OSErr{nilHandleErr}
+                                : AECreateDesc(type, *handle, GetHandleSize(handle), &mDesc));
 }
 
 void CAEDesc::Set(DescType type, const char* data, SInt32 size) {
