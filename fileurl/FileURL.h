@@ -46,7 +46,7 @@ OSStatus FURLCreateFromParentAndName(CFAllocatorRef allocator, const FSRef* pare
 OSStatus FURLCreateFromNavReply(CFAllocatorRef allocator, const NavReplyRecord* reply,
                                 CFURLRef* url);
 
-/// The URL of a file specification, whose name may be a path below its folder, ended by ":" when it
+/// The URL of an FSSpec, whose name may be a path below its folder, ended by ":" when it
 /// names a folder. What comes before the last name must exist. Every failure is fnfErr.
 OSStatus FURLCreateFromFSSpec(CFAllocatorRef allocator, const FSSpec* spec, CFURLRef* url);
 

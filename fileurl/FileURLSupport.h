@@ -1,4 +1,4 @@
-// What the files of this room share.
+// What the sources of this folder share.
 #pragma once
 
 #include <CoreFoundation/CFRef.h>

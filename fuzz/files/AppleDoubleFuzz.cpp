@@ -1,4 +1,4 @@
-// Everything a side file can be asked for, and Finder information written into it.
+// Everything a side file can be asked for, and Finder information and forks written into it.
 #include <cstdlib>
 
 #include "platform/files/formats/AppleDouble.h"
@@ -21,6 +21,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (written.ok()) {
         const auto again = AppleDouble::parse(*written);
         if (!again.ok() || *again->finderInfoContent() != info) std::abort();
+    }
+    const ByteSpan fork = asBytes("a fork");
+    const auto forked = parsed->withResourceFork(fork);
+    if (forked.ok()) {
+        const auto again = AppleDouble::parse(*forked);
+        if (!again.ok()) std::abort();
+        const auto content = again->content(AppleDouble::resourceFork);
+        const auto found = readRange(*content, {0, content->size()});
+        if (!found.ok() || asText(*found) != asText(fork)) std::abort();
     }
     const auto attributes = parsed->attributes();
     if (!attributes.ok()) return 0;

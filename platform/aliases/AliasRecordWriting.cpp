@@ -104,6 +104,8 @@ std::string joinedMacPath(const std::vector<std::string>& components) {
     }
     // Otherwise an empty component at the end would not show.
     if (!components.empty() && components.back().empty()) path += ':';
+    // Nor would a "/" that belongs to the last name of a path on any volume.
+    if (path.starts_with("/:") && path.ends_with('/')) path += '/';
     return path;
 }
 

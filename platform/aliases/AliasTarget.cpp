@@ -35,7 +35,10 @@ std::optional<posix::FileStatus> folderStatus(const std::string& path) {
 class Search {
   public:
     Search(const AliasRecord& record, const std::string& aliasFolder)
-        : record_(record), aliasFolder_(aliasFolder), below_(componentsBelowVolume(record)) {
+        : record_(record),
+          aliasFolder_(aliasFolder),
+          below_(componentsBelowVolume(record)),
+          leaf_(below_.empty() ? record.targetName : below_.back()) {
         if (record.mountPoint.starts_with('/') && folderStatus(record.mountPoint))
             roots_.push_back(record.mountPoint);
         if (const auto named = findVolumeNamed(record.volumeName)) addRoot(named->mountPoint);
@@ -48,8 +51,9 @@ class Search {
     }
 
     Result<AliasTarget> find() const {
-        if (below_.empty() && !record_.isVolume()) return Failure(missing());
-        if (const auto found = findByPath()) return *found;
+        if (!below_.empty() || record_.isVolume()) {
+            if (const auto found = findByPath()) return *found;
+        }
         for (const std::string& parent : parentFolders()) {
             if (const auto found = findInParent(parent)) return AliasTarget{*found, true};
         }
@@ -127,6 +131,7 @@ class Search {
 
     /// From the volume's root down, each folder by its number.
     std::optional<std::string> parentByNumbers(const std::string& root) const {
+        if (below_.empty() && record_.parentID == fsRtDirID) return root;
         const std::vector<UInt32>& ids = record_.folderIDs;
         if (ids.size() + 1 != below_.size()) return std::nullopt;
         std::optional<std::string> path = root;
@@ -187,12 +192,15 @@ class Search {
                 [this](const posix::FileStatus& status) { return canBeTarget(status); });
             if (path) return ofKindAt(*path);
         }
-        return ofKindAt(joinPath(parent, below_.back()));
+        const bool isName =
+            !leaf_.empty() && leaf_ != "." && leaf_ != ".." && leaf_.find('/') == std::string::npos;
+        return isName ? ofKindAt(joinPath(parent, leaf_)) : std::nullopt;
     }
 
     const AliasRecord& record_;       // weak
     const std::string& aliasFolder_;  // weak
     Paths below_;
+    std::string leaf_;
     Paths roots_;
     std::size_t recordedRoots_ = 0;  // of them, those that the record itself names
 };

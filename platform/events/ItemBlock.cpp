@@ -4,6 +4,7 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
@@ -13,11 +14,19 @@
 namespace osa {
 namespace {
 
-template <typename T>
-T load(ByteSpan bytes, std::size_t offset) {
-    T value;
-    std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
+/// The fields at an offset that was compared with the size.
+template <std::size_t N>
+std::array<UInt32, N> readFields(ByteSpan bytes, UInt32 offset, std::endian order) {
+    std::array<UInt32, N> fields;
+    if (order == std::endian::native) {
+        std::memcpy(fields.data(), bytes.data() + offset, sizeof fields);
+        return fields;
+    }
+    ByteReader reader(bytes.subspan(offset, sizeof fields));
+    for (UInt32& field : fields) {
+        field = order == std::endian::big ? reader.u32() : reader.u32LittleEndian();
+    }
+    return fields;
 }
 
 /// A field of the block that is written while the block is only read. Blocks of handles are aligned
@@ -32,6 +41,10 @@ std::atomic_ref<UInt32> flagsOf(ByteSpan block, const ItemView& item) {
     return sharedField<UInt32>(block, item.offset + offsetof(ItemHeader, flags));
 }
 
+std::atomic_ref<UInt64> hintOf(ByteSpan block, std::size_t slot) {
+    return sharedField<UInt64>(block, offsetof(BlockHeader, hints) + slot * sizeof(UInt64));
+}
+
 bool isHeaderPossible(const BlockHeader& header, std::size_t size) {
     if (header.signature != kBlockSignature || header.itemsOffset % 8 != 0) return false;
     if (header.itemsOffset < sizeof header || header.itemsOffset > size) return false;
@@ -41,13 +54,25 @@ bool isHeaderPossible(const BlockHeader& header, std::size_t size) {
 
 }  // namespace
 
+Result<BlockHeader> readBlockHeader(ByteSpan block, std::endian order) {
+    if (block.size() < sizeof(BlockHeader)) return Failure(errAECorruptData);
+    const auto [signature, attributes, items, itemsOffset] = readFields<4>(block, 0, order);
+    const BlockHeader header{signature, attributes, items, itemsOffset, {}};
+    if (!isHeaderPossible(header, block.size())) return Failure(errAECorruptData);
+    return header;
+}
+
+Result<ItemView> readItem(ByteSpan block, UInt32 offset, UInt32 limit, std::endian order) {
+    if (offset > limit || limit - offset < sizeof(ItemHeader)) return Failure(errAECorruptData);
+    const auto [keyword, type, size] = readFields<3>(block, offset, order);
+    if (paddedSize(size) > limit - offset - sizeof(ItemHeader)) return Failure(errAECorruptData);
+    return ItemView{keyword, type, offset, block.subspan(offset + sizeof(ItemHeader), size)};
+}
+
 Result<BlockView> BlockView::open(ByteSpan bytes) {
     BlockView view;
     if (bytes.empty()) return view;
-    if (bytes.size() < sizeof(BlockHeader)) return Failure(errAECorruptData);
-    // The hint is left out: it may be changing.
-    std::memcpy(&view.header_, bytes.data(), offsetof(BlockHeader, hint));
-    if (!isHeaderPossible(view.header_, bytes.size())) return Failure(errAECorruptData);
+    OSA_TRY(view.header_, readBlockHeader(bytes));
     view.bytes_ = bytes;
     return view;
 }
@@ -66,17 +91,8 @@ UInt32 BlockView::end(Section section) const {
 }
 
 Result<ItemView> BlockView::at(Section section, UInt32 offset) const {
-    const UInt32 limit = end(section);
-    if (offset % 8 != 0 || offset < begin(section) || offset > limit ||
-        limit - offset < sizeof(ItemHeader)) {
-        return Failure(errAECorruptData);
-    }
-    // Key, type and size; the flags may be changing.
-    const auto keyword = load<AEKeyword>(bytes_, offset);
-    const auto type = load<DescType>(bytes_, offset + offsetof(ItemHeader, type));
-    const auto size = load<UInt32>(bytes_, offset + offsetof(ItemHeader, size));
-    if (paddedSize(size) > limit - offset - sizeof(ItemHeader)) return Failure(errAECorruptData);
-    return ItemView{keyword, type, offset, bytes_.subspan(offset + sizeof(ItemHeader), size)};
+    if (offset % 8 != 0 || offset < begin(section)) return Failure(errAECorruptData);
+    return readItem(bytes_, offset, end(section));
 }
 
 Result<ItemView> BlockView::find(Section section, AEKeyword keyword) const {
@@ -90,24 +106,34 @@ Result<ItemView> BlockView::find(Section section, AEKeyword keyword) const {
     return found;
 }
 
+BlockView::Place BlockView::nearestBefore(UInt32 index) const {
+    Place best{0, 0, 0};
+    Place spare{1, begin(Section::items), 0};
+    UInt32 spareIndex = 0;
+    for (std::size_t slot = 0; slot < header_.hints.size(); ++slot) {
+        const UInt64 hint = hintOf(bytes_, slot).load(std::memory_order_relaxed);
+        const Place place{static_cast<UInt32>(hint >> 32), static_cast<UInt32>(hint), slot};
+        if (place.index <= index && place.index > best.index) best = place;
+        // A hint that is free yet, or the farthest: who left that one has come to the end.
+        if (slot == 0 || place.index == 0 || (spareIndex != 0 && place.index > spareIndex)) {
+            spareIndex = place.index;
+            spare.slot = slot;
+        }
+    }
+    return best.index > 0 ? best : spare;
+}
+
 Result<ItemView> BlockView::item(SInt32 index) const {
     if (index < 1 || static_cast<UInt32>(index) > count(Section::items)) {
         return Failure(errAEIllegalIndex);
     }
-    const auto hint = sharedField<UInt64>(bytes_, offsetof(BlockHeader, hint));
-    const UInt64 last = hint.load(std::memory_order_relaxed);
     const auto wanted = static_cast<UInt32>(index);
-    auto reached = static_cast<UInt32>(last >> 32);
-    auto offset = static_cast<UInt32>(last);
-    if (reached < 1 || reached > wanted) {
-        reached = 1;
-        offset = begin(Section::items);
-    }
+    auto [reached, offset, slot] = nearestBefore(wanted);
     for (;; ++reached) {
         Result<ItemView> found = at(Section::items, offset);
         if (!found) return found;
         if (reached == wanted) {
-            hint.store(UInt64{wanted} << 32 | offset, std::memory_order_relaxed);
+            hintOf(bytes_, slot).store(UInt64{wanted} << 32 | offset, std::memory_order_relaxed);
             return found;
         }
         offset += found->length();
@@ -156,7 +182,8 @@ void copyShared(void* target, const void* source, Size size) {
     const auto length = static_cast<std::size_t>(size);
     const ByteSpan bytes(static_cast<const std::byte*>(source), length);
     const bool isAligned = reinterpret_cast<std::uintptr_t>(source) % alignof(UInt64) == 0;
-    if (length < sizeof(BlockHeader) || !isAligned || load<UInt32>(bytes, 0) != kBlockSignature) {
+    if (length < sizeof(BlockHeader) || !isAligned ||
+        readFields<1>(bytes, 0, std::endian::native)[0] != kBlockSignature) {
         if (length > 0) std::memcpy(target, source, length);
         return;
     }

@@ -1,21 +1,25 @@
 // The one block in which a list, record or event keeps its items, nested ones included.
 //
 //   block  = header attribute* item*                        fields of 4 bytes, in host order
-//   header = signature attributes items start hint[8]       two counts; where the items begin
+//   header = signature attributes items start hints[16]     two counts; where the items begin
 //   item   = keyword type size flags data pad               pad: zeros up to a multiple of 8
 //
 // A nested list is the block of the list as an item's data, so that copying and disposing cost the
 // same at any depth. A block of no bytes stands for an empty one.
 //
-// The hint is the index and the offset of the item that was looked up last; the lowest flag says
-// that an event's parameter was read. Both are written while the descriptor is only read, on
-// several threads at once: they are accessed atomically, in the outermost block alone.
+// A hint is the index and the offset of an item that was looked up; there are two, for two that go
+// through a list at once. The lowest flag says that an event's parameter was read. Both are written
+// while the descriptor is only read, on several threads at once: they are accessed atomically, in
+// the outermost block alone.
 //
 // Anyone can write into the block or make one with AECreateDesc. Nothing in it is believed: every
 // step is compared with the block's size, and answers errAECorruptData rather than leave it.
 #pragma once
 
 #include <CoreServices/AEDataModel.h>
+
+#include <array>
+#include <bit>
 
 #include "platform/base/ByteReader.h"
 #include "platform/base/Result.h"
@@ -33,7 +37,7 @@ struct BlockHeader {
     UInt32 attributeCount;
     UInt32 itemCount;
     UInt32 itemsOffset;
-    UInt64 hint;
+    std::array<UInt64, 2> hints;
 };
 struct ItemHeader {
     AEKeyword keyword;
@@ -41,7 +45,7 @@ struct ItemHeader {
     UInt32 size;
     UInt32 flags;
 };
-static_assert(sizeof(BlockHeader) == 24 && sizeof(ItemHeader) == 16);
+static_assert(sizeof(BlockHeader) == 32 && sizeof(ItemHeader) == 16);
 
 /// Bytes that `size` bytes of data take up in an item.
 constexpr UInt64 paddedSize(UInt64 size) {
@@ -58,6 +62,12 @@ struct ItemView {
         return static_cast<UInt32>(sizeof(ItemHeader) + paddedSize(data.size()));
     }
 };
+
+/// The header of a block, its hints left out, and an item that ends at `limit` at the latest; with
+/// the fields in the order given. errAECorruptData for what is impossible.
+Result<BlockHeader> readBlockHeader(ByteSpan block, std::endian order = std::endian::native);
+Result<ItemView> readItem(ByteSpan block, UInt32 offset, UInt32 limit,
+                          std::endian order = std::endian::native);
 
 /// A block that is read. It owns nothing.
 class BlockView {
@@ -85,8 +95,15 @@ class BlockView {
     void markRead(const ItemView& item) const;
 
   private:
+    struct Place {
+        UInt32 index;
+        UInt32 offset;
+        std::size_t slot;  ///< of the hint that says so, or is to say what is found
+    };
+    Place nearestBefore(UInt32 index) const;
+
     ByteSpan bytes_;
-    BlockHeader header_{kBlockSignature, 0, 0, 0, 0};
+    BlockHeader header_{kBlockSignature, 0, 0, 0, {}};
 };
 
 template <typename Visit>

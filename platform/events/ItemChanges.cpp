@@ -84,7 +84,7 @@ void updateHeader(char* block, const Splice& splice, bool isAtEnd) {
         header.attributeCount += change;
         header.itemsOffset += splice.newLength() - splice.oldLength;
     }
-    if (!isAtEnd) header.hint = 0;
+    if (!isAtEnd) header.hints = {};
     std::memcpy(block, &header, sizeof header);
 }
 
@@ -111,7 +111,7 @@ OSErr apply(AEDesc* container, const Splice& splice) {
 }  // namespace
 
 BlockHeader emptyBlock() {
-    return {kBlockSignature, 0, 0, sizeof(BlockHeader), 0};
+    return {kBlockSignature, 0, 0, sizeof(BlockHeader), {}};
 }
 
 NewItem newItem(AEKeyword keyword, DescType type, const void* data, Size size) {

@@ -87,8 +87,7 @@ std::size_t encodeUpTo(std::u16string_view units, char32_t last, UInt8 lossByte,
 }
 
 std::size_t encodeAsUTF16(std::u16string_view units, ByteOrder order, std::string& out) {
-    out.reserve(out.size() + units.size() * 2);
-    for (const char16_t unit : units) encodeUTF16(unit, order, out);
+    encodeUTF16(units, order, out);
     return units.size();
 }
 

@@ -2,6 +2,7 @@
 #include "platform/text/UnicodeForms.h"
 
 #include <cstring>
+#include <utility>
 
 namespace osa {
 
@@ -117,11 +118,12 @@ bool decodeUTF32(ByteSpan bytes, ByteOrder order, std::u16string& out) {
     return true;
 }
 
-void encodeUTF16(char16_t unit, ByteOrder order, std::string& out) {
-    const char high = static_cast<char>(unit >> 8);
-    const char low = static_cast<char>(unit);
-    out.push_back(order == ByteOrder::big ? high : low);
-    out.push_back(order == ByteOrder::big ? low : high);
+void encodeUTF16(std::u16string_view units, ByteOrder order, std::string& out) {
+    const std::size_t start = out.size();
+    out.resize(start + units.size() * 2);
+    if (!units.empty()) std::memcpy(out.data() + start, units.data(), units.size() * 2);
+    if (order == kHostOrder) return;
+    for (std::size_t i = start; i < out.size(); i += 2) std::swap(out[i], out[i + 1]);
 }
 
 void encodeUTF32(char32_t value, ByteOrder order, std::string& out) {

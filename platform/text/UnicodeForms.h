@@ -38,8 +38,8 @@ bool decodeUTF8(std::string_view bytes, std::u16string& out);
 bool decodeUTF16(ByteSpan bytes, ByteOrder order, std::u16string& out);
 bool decodeUTF32(ByteSpan bytes, ByteOrder order, std::u16string& out);
 
-// Encoders append one character that is no surrogate (UTF-16: any unit).
-void encodeUTF16(char16_t unit, ByteOrder order, std::string& out);
+// Encoders append: any units, or one character that is no surrogate.
+void encodeUTF16(std::u16string_view units, ByteOrder order, std::string& out);
 void encodeUTF32(char32_t value, ByteOrder order, std::string& out);
 
 }  // namespace osa

@@ -137,5 +137,19 @@ TEST_F(Command, ExtractsTheSameBytesFromEveryContainer) {
         << "the other file is still listed";
 }
 
+TEST_F(Command, DescribesFlattenedDescriptors) {
+    const std::string bytes("AEfd\0\1\0\0TEXT\0\0\0\2\x8E\n", 18);
+    const std::string file = folder_.write("text", bytes);
+    const std::string cut = folder_.write("cut", bytes.substr(0, 17));
+    EXPECT_EQ(run("describe " + quoted(file)).output, "\"\xC3\xA9\\n\"\n");
+    folder_.write("Folder/x", "");
+    const Outcome several =
+        run("describe " + quoted(cut) + " " + quoted(folder_.path("Folder")) + " " + quoted(file));
+    EXPECT_EQ(several.exitStatus, 1);
+    EXPECT_EQ(several.output, "osa: " + cut + ": is no flattened descriptor, or a damaged one\n" +
+                                  "osa: " + folder_.path("Folder") + ": is a folder\n" + file +
+                                  ":\n\"\xC3\xA9\\n\"\n");
+}
+
 }  // namespace
 }  // namespace osa::test

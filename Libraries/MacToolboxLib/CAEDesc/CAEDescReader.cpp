@@ -1,62 +1,93 @@
-// Reading file identities out of descriptors.
+// A descriptor's data as it is, and what kind of thing it is.
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDescReader.h"
 
+#include <CoreServices/AEObjects.h>
 #include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
 
-#include <algorithm>
+#include <memory>
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
-#include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
-#include "Libraries/MacToolboxLib/TCLString/TCLString.h"
-#include "fileurl/FileURL.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SHandle.h"
 
 void CAEDescReader::FailOSErr(OSStatus status) const {
     ::FailOSErr(status);
 }
 
-void CAEDescReader::GetFileSpec(FSRef* ref) const {
-    if (Is(typeFSRef)) {
-        if (AEGetDescDataSize(&mDesc) != sizeof *ref) FailOSErr(errAECorruptData);
-        FailOSErr(AEGetDescData(&mDesc, ref, sizeof *ref));
-    } else {
-        CAEDesc coerced;
-        CoerceTo(typeFSRef, coerced);
-        coerced.GetFileSpec(ref);
-    }
-}
-
-void CAEDescReader::GetFileSpec(FSRef* ref, HFSUniStr255* name) const {
-    if (Is(typeFSRef)) {
-        GetFileSpec(ref);
-        FailOSErr(FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, name, nullptr, nullptr));
-        return;
-    }
-    const SCoreFoundation<CFURLRef> url(GetCFURL());
-    const SCoreFoundation<CFURLRef> parent(
-        CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url));
-    FailNIL(parent);
-    if (!CFURLGetFSRef(parent, ref)) FailOSErr(fnfErr);
-    const SCoreFoundation<CFStringRef> leaf(CFURLCopyLastPathComponent(url));
-    FailNIL(leaf);
-    FromCFString(leaf, *name);
-    // A colon in a path is a slash in a file's name.
-    std::replace(name->unicode, name->unicode + name->length, UniChar{':'}, UniChar{'/'});
-}
-
-CFURLRef CAEDescReader::GetCFURL() const {
-    const bool holdsURL =
-        Is(typeFileURL) || Is(typeChar) || Is(typeStyledText) || Is(typeUnicodeText);
-    if (!holdsURL) {
-        CAEDesc coerced;
-        CoerceTo(typeFileURL, coerced);
-        return coerced.GetCFURL();
-    }
-    CFURLRef url = nullptr;
-    FailOSErr(FURLCreateFromAEDesc(kCFAllocatorDefault, &mDesc, &url));
-    return url;
-}
-
 void CAEDescReader::CoerceTo(DescType type, CAEDesc& out) const {
-    out.CoerceTo(&mDesc, type);
+    // `out` may be this very object.
+    CAEDesc coerced;
+    coerced.CoerceTo(&mDesc, type);
+    out.Aquire(coerced);
+}
+
+/// For callers that would read the result by the type they asked for: a handler may have answered
+/// with another one.
+void CAEDescReader::CoerceExactly(DescType type, CAEDesc& out) const {
+    CAEDesc coerced;
+    coerced.CoerceTo(&mDesc, type);
+    if (!coerced.Is(type)) FailOSErr(errAECoercionFail);
+    out.Aquire(coerced);
+}
+
+void CAEDescReader::GetData(char* buffer, SInt32 size) const {
+    FailOSErr(AEGetDescData(&mDesc, buffer, size));
+}
+
+char* CAEDescReader::CopyPtr() const {
+    const Size size = AEGetDescDataSize(&mDesc);
+    std::unique_ptr<char, decltype(&DisposePtr)> block(NewPtr(size), DisposePtr);
+    if (block == nullptr) FailOSErr(MemError());
+    GetData(block.get(), size);
+    return block.release();
+}
+
+Handle CAEDescReader::CopyHandle() const {
+    const Size size = AEGetDescDataSize(&mDesc);
+    SHandle block(NewHandle(size));
+    if (block.Get() == nullptr) FailOSErr(MemError());
+    GetData(*block.Get(), size);
+    return block.Release();
+}
+
+bool CAEDescReader::IsText() const {
+    switch (GetType()) {
+        case typeChar:
+        case typeStyledText:
+        case typeUnicodeText:
+        case typeIntlText:
+        case typeUTF8Text:
+        case typeEncodedString:
+        case typeStyledUnicodeText:
+            return true;
+        default:
+            return false;
+    }
+}
+
+/// False for whatever is no type code and cannot become one.
+bool CAEDescReader::HoldsCode(OSType code) const {
+    try {
+        CAEDesc coerced;
+        if (!Is(typeType)) CoerceTo(typeType, coerced);
+        OSType value = 0;
+        const CAEDescReader& holder = Is(typeType) ? *this : coerced;
+        holder.GetData(reinterpret_cast<char*>(&value), sizeof value);
+        return value == code;
+    } catch (OSStatus) {
+        return false;
+    }
+}
+
+bool CAEDescReader::IsUndefined() const {
+    return HoldsCode(cUndefined);
+}
+
+bool CAEDescReader::IsMissingValue() const {
+    return HoldsCode(cMissingValue);
+}
+
+bool CAEDescReader::EmptyList() const {
+    return (Is(typeAEList) || Is(typeAERecord)) && CountItems() == 0;
 }

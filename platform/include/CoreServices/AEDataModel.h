@@ -157,7 +157,7 @@ OSA_PLATFORM_EXPORT OSErr AEPutDesc(AEDescList* list, SInt32 index, const AEDesc
 OSA_PLATFORM_EXPORT OSErr AEPutPtr(AEDescList* list, SInt32 index, DescType type, const void* data,
                                    Size size);
 /// The item coerced to `desiredType`; typeWildCard gives it as it is. Going through the items in
-/// order takes constant time for each.
+/// order takes constant time for each, also for two that do so at once.
 OSA_PLATFORM_EXPORT OSErr AEGetNthDesc(const AEDescList* list, SInt32 index, DescType desiredType,
                                        AEKeyword* keyword, AEDesc* result);
 /// The coerced item's data, at most `maximumSize` bytes of it, its type and its whole size.
@@ -259,9 +259,10 @@ OSA_PLATFORM_EXPORT OSErr AEGetCoercionHandler(DescType fromType, DescType toTyp
 // Descriptors as streams of bytes, to be kept in files. docs/formats/flattened-descriptors.md has
 // the form, which does not depend on the machine.
 
-/// Bytes that AEFlattenDesc needs.
+/// Bytes that AEFlattenDesc needs; 0 for a null pointer, or when that would exceed 2 GiB.
 OSA_PLATFORM_EXPORT Size AESizeOfFlattenedDesc(const AEDesc* desc);
-/// errAEBufferTooSmall, with `actualSize` (may be null) told all the same.
+/// errAEBufferTooSmall, with `actualSize` (may be null) told all the same; errAECorruptData when a
+/// list, record or event inside is damaged: the buffer's contents are then undefined.
 OSA_PLATFORM_EXPORT OSStatus AEFlattenDesc(const AEDesc* desc, Ptr buffer, Size bufferSize,
                                            Size* actualSize);
 /// errAECorruptData for bytes that are no flattened descriptor, at whatever depth; bytes behind it

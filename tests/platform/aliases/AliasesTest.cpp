@@ -146,9 +146,10 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
 }
 
 TEST(AliasRecord, GivesWhatACutRecordStillHolds) {
-    const std::string whole =
-        AliasRecordBuilder{.path = "/Scripts/A", .mountPoint = "/", .macPath = "Disk:Sc/ripts:A"}
-            .build();
+    const std::string whole = AliasRecordBuilder{.path = "/Scripts/A",
+                                                 .mountPoint = "/",
+                                                 .macPath = std::string("Disk:\0Sc/ripts:\0A", 17)}
+                                  .build();
     const auto record = AliasRecord::parse(asBytes(whole));
     ASSERT_TRUE(record.ok());
     EXPECT_EQ(record->pathOnVolume, "Scripts/A");

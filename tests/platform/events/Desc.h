@@ -35,7 +35,6 @@ class Desc {
 
     operator AEDesc*() { return &desc_; }
     operator const AEDesc*() const { return &desc_; }
-    AEDesc* operator->() { return &desc_; }
     const AEDesc* operator->() const { return &desc_; }
 
     std::string data() const {

@@ -1,13 +1,10 @@
 // Descriptors: ownership and what every call answers to null, empty and impossible arguments.
 #include <CoreServices/AEDataModel.h>
-#include <CoreServices/Files.h>
 #include <CoreServices/MacErrors.h>
 #include <OSA/Diagnostics.h>
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
 namespace {
@@ -51,33 +48,6 @@ TEST(Descriptor, RefusesWhatCannotBe) {
     EXPECT_EQ(AEGetDescData(nullptr, &byte, 1), paramErr);
     EXPECT_EQ(AEGetDescDataSize(nullptr), 0);
     EXPECT_EQ(AEDisposeDesc(nullptr), paramErr);
-}
-
-TEST(Coercion, GoesBetweenReferencesAndURLsOfWhatIsThere) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("50% caf\xC3\xA9 #1", "");
-    FSRef ref;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
-    AEDesc reference;
-    AEDesc url;
-    AEDesc back;
-    ASSERT_EQ(AECreateDesc(typeFSRef, &ref, sizeof ref, &reference), noErr);
-    ASSERT_EQ(AECoerceDesc(&reference, typeFileURL, &url), noErr);
-    EXPECT_TRUE(dataOf(url).ends_with("/50%25%20caf%C3%A9%20%231")) << dataOf(url);
-    ASSERT_EQ(AECoerceDesc(&url, typeFSRef, &back), noErr);
-    FSRef same;
-    AEGetDescData(&back, &same, sizeof same);
-    EXPECT_EQ(FSCompareFSRefs(&ref, &same), noErr);
-    AEDisposeDesc(&back);
-    std::filesystem::remove(path);
-    EXPECT_EQ(AECoerceDesc(&url, typeFSRef, &back), fnfErr);
-    EXPECT_EQ(back.descriptorType, static_cast<DescType>(typeNull));
-    EXPECT_EQ(AECoerceDesc(&reference, typeFileURL, &back), fnfErr);
-    EXPECT_EQ(AECoerceDesc(&url, typeSInt32, &back), errAECoercionFail);
-    AEDesc broken;
-    ASSERT_EQ(AECreateDesc(typeFSRef, "short", 5, &broken), noErr);
-    EXPECT_EQ(AECoerceDesc(&broken, typeFileURL, &back), errAECoercionFail);
-    for (AEDesc* const each : {&reference, &url, &broken}) AEDisposeDesc(each);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Installed coercion handlers: one table for the application, one for the system.
-#include "platform/events/CoercionHandlers.h"
+#include "platform/events/coercions/CoercionHandlers.h"
 
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
@@ -14,6 +14,14 @@
 
 namespace osa {
 namespace {
+
+constexpr int kDeepestNesting = 32;
+
+struct Nesting {
+    int depth = 0;
+    bool wasTooDeep = false;
+};
+thread_local Nesting nesting;
 
 struct Handler {
     AECoercionHandlerUPP procedure;
@@ -76,6 +84,18 @@ OSErr callHandler(const Handler& handler, CoercionSource& source, DescType toTyp
 
 }  // namespace
 
+CoercionLevel::CoercionLevel() {
+    if (++nesting.depth > kDeepestNesting) nesting.wasTooDeep = true;
+}
+
+CoercionLevel::~CoercionLevel() {
+    if (--nesting.depth == 0) nesting.wasTooDeep = false;
+}
+
+bool CoercionLevel::isTooDeep() const {
+    return nesting.depth > kDeepestNesting;
+}
+
 CoercionSource::CoercionSource(const AEDesc* desc)
     : type_(desc->descriptorType),
       data_(desc->dataHandle == nullptr ? nullptr : *desc->dataHandle),
@@ -104,7 +124,7 @@ OSErr coerceWithHandlers(CoercionSource& source, DescType toType, AEDesc* result
     *result = {typeNull, nullptr};
     if (handlerTables().count.load(std::memory_order_acquire) == 0) return errAECoercionFail;
     const Candidates candidates = candidatesFor(source.type(), toType);
-    for (std::size_t i = 0; i < candidates.count; ++i) {
+    for (std::size_t i = 0; i < candidates.count && !nesting.wasTooDeep; ++i) {
         AEDesc made = {typeNull, nullptr};
         const OSErr status = callHandler(candidates.handlers[i], source, toType, &made);
         // What a failing handler left in `made` may be anybody's: it is forgotten, not disposed of.

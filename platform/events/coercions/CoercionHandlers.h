@@ -29,6 +29,20 @@ class CoercionSource {
     AEDesc made_ = {typeNull, nullptr};
 };
 
+/// One coercion inside others on the same thread. Handlers that coerce what they were given to the
+/// same type would go round until the stack ends, and so would lists of lists of lists.
+class CoercionLevel {
+  public:
+    CoercionLevel();
+    ~CoercionLevel();
+    CoercionLevel(const CoercionLevel&) = delete;
+    CoercionLevel& operator=(const CoercionLevel&) = delete;
+    /// Nobody nests 32 deep in earnest. From the first time that this is so no more handlers are
+    /// asked until the outermost coercion is done: each level might start anew with its next
+    /// handler, and the work would double at every level.
+    bool isTooDeep() const;
+};
+
 /// Asks the handlers that are installed for the pair, in their order, until one answers something
 /// else than errAECoercionFail, which is the answer when there is none. No lock is held while a
 /// handler runs. `result` is the null descriptor on failure.

@@ -1,5 +1,5 @@
 // Reading decimal numbers exactly.
-#include "platform/events/DecimalText.h"
+#include "platform/events/coercions/DecimalText.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include <CoreServices/MacMemory.h>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
 
 namespace osa {
 namespace {
@@ -26,7 +26,7 @@ OSErr referenceFromSpec(const AEDesc* from, FSRef& ref) {
 }
 
 OSErr referenceFromURL(const AEDesc* from, FSRef& ref) {
-    const ByteSpan bytes = dataOf(from);
+    const ByteSpan bytes = dataOf(*from);
     const auto url = CFRef<CFURLRef>::Adopt(
         CFURLCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
                              static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8, nullptr));
@@ -35,13 +35,10 @@ OSErr referenceFromURL(const AEDesc* from, FSRef& ref) {
 }
 
 OSErr referenceFromAlias(const AEDesc* from, FSRef& ref) {
-    // Resolving may bring the record up to date; the caller's stays as it is.
-    OwnedDesc copy;
-    if (const OSErr status = AEDuplicateDesc(from, copy.out()); status != noErr) return status;
-    if (copy.get()->dataHandle == nullptr) return errAECoercionFail;
-    Boolean wasChanged = 0;
-    return FSResolveAlias(nullptr, reinterpret_cast<AliasHandle>(copy.get()->dataHandle), &ref,
-                          &wasChanged);
+    const auto alias = reinterpret_cast<AliasHandle>(from->dataHandle);
+    const OSErr status = FSResolveAlias(nullptr, alias, &ref, nullptr);
+    // So it answers to what is no alias record.
+    return status == paramErr ? OSErr{errAECoercionFail} : status;
 }
 
 OSErr referenceToReference(const FSRef& ref, AEDesc* result) {

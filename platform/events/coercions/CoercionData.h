@@ -9,13 +9,9 @@
 #include <string_view>
 #include <type_traits>
 
-#include "platform/base/ByteReader.h"
+#include "platform/events/ItemBlock.h"
 
 namespace osa {
-
-/// A view of the data, which lasts as long as the descriptor is left alone. Not for lists, records
-/// and events, whose block has a private form.
-ByteSpan dataOf(const AEDesc* desc);
 
 /// AECreateDesc for any run of bytes; memFullErr for one that no descriptor can hold.
 OSErr makeDesc(DescType type, std::string_view bytes, AEDesc* result);
@@ -31,7 +27,7 @@ OSErr makeDescOf(DescType type, const T& value, AEDesc* result) {
 template <typename T>
 bool readValue(const AEDesc* desc, T& value) {
     static_assert(std::is_trivially_copyable_v<T>);
-    const ByteSpan bytes = dataOf(desc);
+    const ByteSpan bytes = dataOf(*desc);
     if (bytes.size() != sizeof value) return false;
     std::memcpy(&value, bytes.data(), sizeof value);
     return true;

@@ -3,26 +3,12 @@
 
 #include <new>
 
-#include "platform/events/CoercionData.h"
-#include "platform/events/CoercionHandlers.h"
-#include "platform/events/CoercionTable.h"
+#include "platform/events/coercions/CoercionData.h"
+#include "platform/events/coercions/CoercionHandlers.h"
+#include "platform/events/coercions/CoercionTable.h"
 
 namespace osa {
 namespace {
-
-/// Handlers that coerce what they were given to the same type would go round until the stack ends,
-/// and so would lists of lists of lists; nobody nests this deep in earnest.
-constexpr int kDeepestNesting = 32;
-thread_local int nesting = 0;
-
-class NestingLevel {
-  public:
-    NestingLevel() { ++nesting; }
-    ~NestingLevel() { --nesting; }
-    NestingLevel(const NestingLevel&) = delete;
-    NestingLevel& operator=(const NestingLevel&) = delete;
-    bool isTooDeep() const { return nesting > kDeepestNesting; }
-};
 
 OSErr coerceBuiltIn(CoercionSource& source, DescType toType, AEDesc* result) {
     const Coercion coercion = findCoercion(source.type(), toType);
@@ -37,7 +23,7 @@ OSErr coerce(CoercionSource& source, DescType toType, AEDesc* result) {
     AEDesc made = {typeNull, nullptr};
     OSErr status = errAECoercionFail;
     try {
-        if (const NestingLevel level; !level.isTooDeep()) {
+        if (const CoercionLevel level; !level.isTooDeep()) {
             status = coerceWithHandlers(source, toType, &made);
             if (status == errAECoercionFail) status = coerceBuiltIn(source, toType, &made);
         }

@@ -4,8 +4,8 @@
 #include <CoreServices/Processes.h>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
 
 namespace osa {
 namespace {
@@ -73,7 +73,7 @@ OSErr signatureToProcess(const AEDesc* from, DescType, AEDesc* result) {
 }
 
 OSErr bundleIDToProcess(const AEDesc* from, DescType, AEDesc* result) {
-    const ByteSpan bytes = dataOf(from);
+    const ByteSpan bytes = dataOf(*from);
     const auto wanted = CFRef<CFStringRef>::Adopt(
         CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
                                 static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8, 0));

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
 #include "platform/text/TextConverter.h"
 
 namespace osa {

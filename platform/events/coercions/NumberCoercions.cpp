@@ -6,9 +6,9 @@
 #include <limits>
 #include <system_error>
 
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
-#include "platform/events/DecimalText.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
+#include "platform/events/coercions/DecimalText.h"
 
 namespace osa {
 namespace {

@@ -3,8 +3,8 @@
 #include <CoreServices/AEObjects.h>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
 #include "platform/text/TextConverter.h"
 
 namespace osa {
@@ -149,7 +149,7 @@ const Form* formOf(const Form (&forms)[N], DescType type) {
 
 OSErr readPlainText(const AEDesc* from, std::u16string& units) {
     const TextForm* const form = formOf(kTextForms, from->descriptorType);
-    return form != nullptr && form->read(dataOf(from), units) ? noErr : errAECoercionFail;
+    return form != nullptr && form->read(dataOf(*from), units) ? noErr : errAECoercionFail;
 }
 
 OSErr writePlainText(std::u16string_view units, DescType toType, AEDesc* result) {
@@ -161,7 +161,10 @@ OSErr writePlainText(std::u16string_view units, DescType toType, AEDesc* result)
 
 /// The text of a styled text is plain, so that there is nothing to descend into.
 OSErr readStyledText(const AEDesc* from, std::u16string& units) {
-    if (AECheckIsRecord(from) == 0) return errAECoercionFail;
+    if (AECheckIsRecord(from) == 0) {
+        // Some make it of the characters alone.
+        return readSystemText(dataOf(*from), units) ? noErr : errAECoercionFail;
+    }
     OwnedDesc text;
     const OSErr status = AEGetKeyDesc(from, keyAEText, typeWildCard, text.out());
     if (status == errAEDescNotFound) return errAECoercionFail;
@@ -206,7 +209,7 @@ OSErr textToText(const AEDesc* from, DescType toType, AEDesc* result) {
 
 OSErr utf8ToText(const AEDesc* from, DescType toType, AEDesc* result) {
     std::u16string units;
-    if (!readUTF8(dataOf(from), units)) return errAECoercionFail;
+    if (!readUTF8(dataOf(*from), units)) return errAECoercionFail;
     return writeText(units, toType, result);
 }
 

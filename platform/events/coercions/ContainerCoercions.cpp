@@ -1,7 +1,7 @@
 // Lists, records and events into each other, and what is made of lists of numbers.
-#include "platform/events/BuiltInCoercions.h"
-#include "platform/events/CoercionData.h"
-#include "platform/events/CoercionTable.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
+#include "platform/events/coercions/CoercionData.h"
+#include "platform/events/coercions/CoercionTable.h"
 
 namespace osa {
 namespace {
@@ -57,7 +57,7 @@ OSErr listToOnlyItem(const AEDesc* from, DescType toType, AEDesc* result) {
 OSErr shapeToList(const AEDesc* from, DescType, AEDesc* result) {
     const ShapeForm& form = formOf(from->descriptorType);
     UInt16 words[kMostParts];
-    const ByteSpan bytes = dataOf(from);
+    const ByteSpan bytes = dataOf(*from);
     if (bytes.size() != form.count * sizeof *words) return errAECoercionFail;
     std::memcpy(words, bytes.data(), bytes.size());
     OwnedDesc list;
@@ -84,21 +84,22 @@ OSErr listToShape(const AEDesc* from, DescType toType, AEDesc* result) {
 }
 
 OSErr eventToRecord(const AEDesc* from, DescType, AEDesc* result) {
-    // Reading marks parameters as read; the marks of the caller's event are not to change.
-    OwnedDesc event;
+    const Result<BlockView> event = openEvent(from);
+    if (!event) return static_cast<OSErr>(event.status());
     OwnedDesc record;
-    SInt32 count = 0;
-    OSErr status = AEDuplicateDesc(from, event.out());
-    if (status == noErr) status = AECountItems(event.get(), &count);
-    if (status == noErr) status = AECreateList(nullptr, 0, 1, record.out());
-    for (SInt32 i = 1; i <= count && status == noErr; ++i) {
-        OwnedDesc parameter;
-        AEKeyword keyword = 0;
-        status = AEGetNthDesc(event.get(), i, typeWildCard, &keyword, parameter.out());
-        if (status == noErr) status = AEPutKeyDesc(record.out(), keyword, parameter.get());
-    }
-    if (status == noErr) *result = record.leak();
-    return status;
+    OSErr put = AECreateList(nullptr, 0, 1, record.out());
+    if (put != noErr) return put;
+    // The keywords differ already, so that nothing has to be looked for; and an event that is only
+    // coerced keeps its parameters unread.
+    const OSStatus walked = event->forEach(Section::items, [&](const ItemView& item) {
+        put = putItem(record.out(), Section::items, nullptr,
+                      newItem(item.keyword, item.type, item.data.data(),
+                              static_cast<Size>(item.data.size())));
+        return put == noErr;
+    });
+    if (walked != noErr || put != noErr) return put != noErr ? put : static_cast<OSErr>(walked);
+    *result = record.leak();
+    return noErr;
 }
 
 OSErr recordToRecord(const AEDesc* from, DescType toType, AEDesc* result) {

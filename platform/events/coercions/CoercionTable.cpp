@@ -1,5 +1,5 @@
 // The coercion table: which types go into which, and how.
-#include "platform/events/CoercionTable.h"
+#include "platform/events/coercions/CoercionTable.h"
 
 #include <CoreServices/AEObjects.h>
 #include <CoreServices/MacErrors.h>
@@ -8,7 +8,7 @@
 #include <span>
 
 #include "platform/base/FourCC.h"
-#include "platform/events/BuiltInCoercions.h"
+#include "platform/events/coercions/BuiltInCoercions.h"
 
 namespace osa {
 namespace {
