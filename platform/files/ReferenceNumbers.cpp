@@ -44,11 +44,15 @@ Result<SInt16> addOpenFile(std::shared_ptr<OpenFile> file) {
     return static_cast<SInt16>(place + 1);
 }
 
-std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind) {
+std::shared_ptr<OpenFile> findOpenFile(SInt16 number) {
     OpenFileTable& open = table();
     const std::shared_lock guard(open.lock);
     if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return nullptr;
-    const std::shared_ptr<OpenFile>& file = open.files[static_cast<std::size_t>(number) - 1];
+    return open.files[static_cast<std::size_t>(number) - 1];
+}
+
+std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind) {
+    auto file = findOpenFile(number);
     return file != nullptr && file->kind == kind ? file : nullptr;
 }
 

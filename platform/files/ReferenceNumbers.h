@@ -16,6 +16,8 @@ struct OpenFile {
 
     explicit OpenFile(Kind itsKind) : kind(itsKind) {}
     virtual ~OpenFile() = default;
+    /// Makes what was changed so far last; by default there is nothing.
+    virtual Result<void> flush() { return {}; }
 
     const Kind kind;
 };
@@ -25,6 +27,8 @@ Result<SInt16> addOpenFile(std::shared_ptr<OpenFile> file);
 /// Null for a number under which nothing of the kind is open. The file stays alive as long as the
 /// caller holds it, even if another thread closes the number.
 std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind);
+/// Of whatever kind.
+std::shared_ptr<OpenFile> findOpenFile(SInt16 number);
 template <typename T>
 std::shared_ptr<T> findOpenFile(SInt16 number) {
     return std::static_pointer_cast<T>(findOpenFile(number, T::kKind));

@@ -35,6 +35,7 @@ OSStatus statusFromErrno(int error, Intent intent) {
             return fBsyErr;
         case EACCES:
         case EPERM:
+        case ETXTBSY:  // a program that is running
             return refused(intent);
         case EROFS:
             return wPrErr;

@@ -21,17 +21,7 @@ class DescriptorFile : public OpenedFile {
 
     Result<void> readExactly(std::uint64_t offset, std::span<std::byte> target) const override {
         if (!CheckedRange{offset, target.size()}.fits(size())) return Failure(eofErr);
-        while (!target.empty()) {
-            const ssize_t count = systemCall([&] {
-                return pread(descriptor_.get(), target.data(), target.size(),
-                             static_cast<off_t>(offset));
-            });
-            if (count < 0) return lastError();
-            if (count == 0) return Failure(eofErr);  // cut short since it was opened
-            offset += static_cast<std::uint64_t>(count);
-            target = target.subspan(static_cast<std::size_t>(count));
-        }
-        return {};
+        return readAllAt(descriptor_.get(), offset, target);
     }
 
   private:
@@ -87,6 +77,19 @@ Result<void> writeFile(const std::string& path, ByteSpan content) {
         [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666); }));
     if (!descriptor.valid()) return lastError(Intent::write);
     return writeAll(descriptor.get(), content);
+}
+
+Result<void> readAllAt(int descriptor, std::uint64_t offset, std::span<std::byte> target) {
+    while (!target.empty()) {
+        const ssize_t count = systemCall([&] {
+            return pread(descriptor, target.data(), target.size(), static_cast<off_t>(offset));
+        });
+        if (count < 0) return lastError();
+        if (count == 0) return Failure(eofErr);  // cut short since its size was asked for
+        offset += static_cast<std::uint64_t>(count);
+        target = target.subspan(static_cast<std::size_t>(count));
+    }
+    return {};
 }
 
 Result<void> writeAll(int descriptor, ByteSpan content) {

@@ -17,6 +17,8 @@ class UniqueFd {
     ~UniqueFd();
 
     int get() const { return descriptor_; }
+    /// The descriptor is the caller's from now on.
+    int release() { return std::exchange(descriptor_, -1); }
     bool valid() const { return descriptor_ >= 0; }
 
   private:

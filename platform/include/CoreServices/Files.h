@@ -10,8 +10,6 @@
 //   permErr         the system refuses to read; ioErr and the like as the system says
 // Every call asks the disk; nothing a reference told once is believed later. All are safe on any
 // thread.
-//
-// Limits: forks are opened for reading only. Asking for write permission answers wrPermErr.
 #pragma once
 
 #include <CoreServices/Finder.h>
@@ -120,7 +118,7 @@ enum {
 
 /// Permissions for opening.
 enum {
-    fsCurPerm = 0,  ///< what is allowed: reading
+    fsCurPerm = 0,  ///< reading and writing when that is allowed, else reading
     fsRdPerm = 1,
     fsWrPerm = 2,
     fsRdWrPerm = 3,
@@ -218,24 +216,68 @@ OSA_PLATFORM_EXPORT OSErr FSGetDataForkName(HFSUniStr255* dataForkName);
 OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
 
 /// Opens a fork; the caller closes `forkRefNum`, a positive number that forks and resource files
-/// share. notAFileErr: a folder; errFSForkNotFound: no resource fork; errFSBadForkName: neither
-/// name. Limit: write permissions (2 to 4) answer wrPermErr.
+/// share. notAFileErr: a folder; errFSForkNotFound: reading, and there is no resource fork;
+/// errFSBadForkName: neither name.
+/// For writing: opWrErr when it is open for writing already, unless both opened it with
+/// fsRdWrShPerm; readers may have it open, and go on reading what they opened. fLckdErr: nobody may
+/// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume. A missing resource
+/// fork is an empty one.
+/// Data forks are changed in place. A resource fork is changed beside, becomes the file's at
+/// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several numbers
+/// of fsRdWrShPerm see each other's changes at once. It follows its file when that is renamed or
+/// moved by this process.
 OSA_PLATFORM_EXPORT OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength,
                                      const UniChar* forkName, SInt8 permissions,
                                      SInt16* forkRefNum);
-/// rfNumErr: not an open fork. The same for all calls that take a number.
+/// The data fork. fnfErr when there is no such file.
+OSA_PLATFORM_EXPORT OSErr FSpOpenDF(const FSSpec* spec, SInt8 permission, SInt16* refNum);
+/// rfNumErr: not an open fork. The same for all calls that take a number. A failure to write what
+/// was changed is answered (dskFulErr, fnfErr when the file is gone, dupFNErr when another object has
+/// the side file's name, …), the old resource fork stays, and the number is closed all the same.
 OSA_PLATFORM_EXPORT OSErr FSCloseFork(SInt16 forkRefNum);
 OSA_PLATFORM_EXPORT OSErr FSClose(SInt16 refNum);
+/// Writes what was changed and waits until it is on disk. Failures as above, with everything still
+/// open. Resource files may be given, too.
+OSA_PLATFORM_EXPORT OSErr FSFlushFork(SInt16 forkRefNum);
+
+/// Every file has both forks: always errFSForkExists, and FSOpenFork can write to it.
+/// errFSBadForkName; notAFileErr.
+OSA_PLATFORM_EXPORT OSErr FSCreateFork(const FSRef* ref, UniCharCount forkNameLength,
+                                       const UniChar* forkName);
+/// Leaves the fork empty. fBsyErr: it is open for writing; else as for opening and closing it.
+OSA_PLATFORM_EXPORT OSErr FSDeleteFork(const FSRef* ref, UniCharCount forkNameLength,
+                                       const UniChar* forkName);
 
 /// Reads from a position. eofErr with the bytes there were when the fork ends before the count is
-/// done; `actualCount` may be null. The mark is left behind the bytes read.
+/// done; `actualCount` may be null. The mark is left behind the bytes read. permErr: opened with
+/// fsWrPerm. What was written by the same number is seen.
 OSA_PLATFORM_EXPORT OSErr FSReadFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
                                      UInt32 requestCount, void* buffer, UInt32* actualCount);
+/// Writes at a position, which may be past the end: zeros come between. The mark is left behind the
+/// bytes written, of which `actualCount`, also after a failure, is the number; it may be null.
+/// wrPermErr: opened for reading; dskFulErr; fileBoundsErr: over 2^63 bytes, or 4 GiB in a resource
+/// fork.
+OSA_PLATFORM_EXPORT OSErr FSWriteFork(SInt16 forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                                      UInt32 requestCount, const void* buffer, UInt32* actualCount);
+/// Of a fork opened for reading, as it was then.
 OSA_PLATFORM_EXPORT OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize);
+/// Cuts the fork off, and the mark with it, or adds zeros. posErr: before the start; statuses as for
+/// FSWriteFork.
+OSA_PLATFORM_EXPORT OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode,
+                                        SInt64 positionOffset);
+OSA_PLATFORM_EXPORT OSErr FSGetForkPosition(SInt16 forkRefNum, SInt64* position);
+/// As SetFPos.
+OSA_PLATFORM_EXPORT OSErr FSSetForkPosition(SInt16 forkRefNum, UInt16 positionMode,
+                                            SInt64 positionOffset);
+
 /// Reads `*count` bytes at the mark; `*count` becomes the number read. eofErr as above.
 OSA_PLATFORM_EXPORT OSErr FSRead(SInt16 refNum, SInt32* count, void* buffer);
+/// Writes `*count` bytes at the mark; `*count` becomes the number written. As FSWriteFork.
+OSA_PLATFORM_EXPORT OSErr FSWrite(SInt16 refNum, SInt32* count, const void* buffer);
 /// fileBoundsErr for a fork of 2 GiB and more.
 OSA_PLATFORM_EXPORT OSErr GetEOF(SInt16 refNum, SInt32* logEOF);
+/// As FSSetForkSize from the start.
+OSA_PLATFORM_EXPORT OSErr SetEOF(SInt16 refNum, SInt32 logEOF);
 OSA_PLATFORM_EXPORT OSErr GetFPos(SInt16 refNum, SInt32* filePos);
 /// Past the end: the mark goes to the end and eofErr is answered. Before the start: posErr, and the
 /// mark stays.

@@ -39,7 +39,7 @@ TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
         {"a folder", folder, u"", 1, notAFileErr},
         {"a missing file", gone, u"", 1, fnfErr},
         {"a missing file, for writing", gone, u"", 3, fnfErr},
-        {"writing", x, u"", 3, wrPermErr},
+        {"a folder, for writing", folder, u"", 3, notAFileErr},
         {"an unknown permission", x, u"", 9, paramErr},
         {"a zeroed reference", FSRef{}, u"", 1, errFSBadFSRef},
     };

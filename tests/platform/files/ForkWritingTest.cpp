@@ -1,0 +1,187 @@
+// Forks changed by number.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/files/forks/WriteAccess.h"
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+const std::u16string kNames[] = {u"", u"RESOURCE_FORK"};
+constexpr ForkKind kKinds[] = {ForkKind::data, ForkKind::resource};
+
+class ForkWriting : public FileFixture {
+  protected:
+    static OSErr open(const FSRef& object, std::u16string_view name, SInt8 permissions,
+                      SInt16& number) {
+        return FSOpenFork(&object, name.size(), reinterpret_cast<const UniChar*>(name.data()),
+                          permissions, &number);
+    }
+    static OSErr write(SInt16 number, const std::string& text) {
+        auto count = static_cast<SInt32>(text.size());
+        return FSWrite(number, &count, text.data());
+    }
+    /// All of an open fork.
+    static std::string all(SInt16 number) {
+        SInt64 size = 0;
+        EXPECT_EQ(FSGetForkSize(number, &size), noErr);
+        std::string text(static_cast<std::size_t>(size), '?');
+        EXPECT_EQ(FSReadFork(number, fsFromStart, 0, static_cast<UInt32>(size), text.data(),
+                             nullptr),
+                  noErr);
+        return text;
+    }
+};
+
+TEST_F(ForkWriting, ChangesEitherFork) {
+    for (const int i : {0, 1}) {
+        SCOPED_TRACE(i);
+        put("x", i == 0 ? "" : "data");
+        const FSRef x = ref("x");
+        SInt16 number = 0;
+        ASSERT_EQ(open(x, kNames[i], fsRdWrPerm, number), noErr);
+        EXPECT_EQ(write(number, "0123456789"), noErr);
+        EXPECT_EQ(SetFPos(number, fsFromMark, -8), noErr);
+        EXPECT_EQ(write(number, "ab"), noErr);
+        SInt64 mark = 0;
+        EXPECT_EQ(FSGetForkPosition(number, &mark), noErr);
+        EXPECT_EQ(mark, 4);
+        EXPECT_EQ(all(number), "01ab456789") << "what was written is seen";
+        EXPECT_EQ(SetEOF(number, 5), noErr);
+        EXPECT_EQ(FSGetForkPosition(number, &mark), noErr);
+        EXPECT_EQ(mark, 5) << "the mark stays inside";
+        UInt32 done = 0;
+        EXPECT_EQ(FSWriteFork(number, fsFromLEOF, 2, 1, "!", &done), noErr);
+        EXPECT_EQ(done, 1u);
+        EXPECT_EQ(FSFlushFork(number), noErr);
+        EXPECT_EQ(fork(x, kKinds[i]), std::string("01ab4\0\0!", 8));
+        EXPECT_EQ(FSSetForkSize(number, fsFromLEOF, -6), noErr);
+        EXPECT_EQ(FSSetForkSize(number, fsFromStart, -1), posErr);
+        EXPECT_EQ(FSWriteFork(number, fsFromStart, INT64_MAX, 1, "!", &done), fileBoundsErr);
+        EXPECT_EQ(FSCloseFork(number), noErr);
+        EXPECT_EQ(fork(x, kKinds[i]), "01");
+        EXPECT_EQ(content("x"), i == 0 ? "01" : "data");
+        EXPECT_EQ(FSCloseFork(number), rfNumErr);
+        EXPECT_EQ(FSDeleteFork(&x, kNames[i].size(),
+                               reinterpret_cast<const UniChar*>(kNames[i].data())),
+                  noErr);
+        EXPECT_EQ(fork(x, kKinds[i]), "");
+    }
+}
+
+TEST_F(ForkWriting, KeepsLargeResourceForksOutOfMemory) {
+    put("x");
+    put("._x", appleDouble(finderInfo(FourCC("osas"), 0), std::string(3 << 20, 'a')));
+    const std::string part((1 << 20) + 1, 'b');
+    SInt16 number = 0;
+    ASSERT_EQ(open(ref("x"), kNames[1], fsRdWrPerm, number), noErr);
+    EXPECT_EQ(FSWriteFork(number, fsFromStart, 1 << 20, static_cast<UInt32>(part.size()),
+                          part.data(), nullptr),
+              noErr);
+    EXPECT_EQ(FSCloseFork(number), noErr);
+    const std::string now = fork(ref("x"), ForkKind::resource);
+    const std::string a(1 << 20, 'a');
+    EXPECT_TRUE(now == a + part + a.substr(1));
+    EXPECT_EQ(names(), (std::set<std::string>{"x", "._x"}));
+}
+
+TEST_F(ForkWriting, GoesOneWriterAtATime) {
+    put("x", "data");
+    put("._x", appleDouble("", "fork"));
+    const FSRef x = ref("x");
+    struct Row {
+        SInt8 first, second;
+        OSErr status;
+    };
+    const Row rows[] = {{fsRdWrPerm, fsRdWrPerm, opWrErr},   {fsWrPerm, fsRdWrShPerm, opWrErr},
+                        {fsRdWrShPerm, fsWrPerm, opWrErr},   {fsRdWrShPerm, fsRdWrShPerm, noErr},
+                        {fsRdWrPerm, fsRdPerm, noErr},       {fsRdPerm, fsRdWrPerm, noErr},
+                        {fsCurPerm, fsRdWrPerm, opWrErr},    {fsRdWrPerm, fsCurPerm, noErr}};
+    for (const auto& name : kNames) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::to_string(row.first) + ", " + std::to_string(row.second));
+            SInt16 first = 0, second = 0;
+            ASSERT_EQ(open(x, name, row.first, first), noErr);
+            EXPECT_EQ(open(x, name, row.second, second), row.status);
+            if (row.second == fsCurPerm) {
+                EXPECT_EQ(write(second, "!"), wrPermErr);
+            }
+            if (row.first == row.second && row.status == noErr) {
+                EXPECT_EQ(write(first, "!"), noErr);
+                EXPECT_EQ(all(second)[0], '!');
+            }
+            if (row.second == fsRdPerm && name == kNames[1]) {
+                EXPECT_EQ(SetEOF(first, 1), noErr);
+                EXPECT_EQ(all(second), "!ork") << "what was opened is read on";
+                EXPECT_EQ(SetEOF(second, 0), wrPermErr);
+                EXPECT_EQ(SetEOF(first, 4), noErr);
+                EXPECT_EQ(write(first, "!ork"), noErr);
+            }
+            EXPECT_EQ(FSClose(first), noErr);
+            EXPECT_EQ(FSClose(second), row.status == noErr ? noErr : rfNumErr);
+        }
+    }
+    SInt16 number = 0;
+    ASSERT_EQ(open(x, u"", fsWrPerm, number), noErr);
+    SInt32 count = 1;
+    char byte = 0;
+    EXPECT_EQ(FSRead(number, &count, &byte), permErr);
+    EXPECT_EQ(FSDeleteFork(&x, 0, nullptr), fBsyErr);
+    EXPECT_EQ(FSClose(number), noErr);
+    EXPECT_FALSE(isOpenForWriting(*locate(&x)));
+}
+
+TEST_F(ForkWriting, SaysWhyItDoesNot) {
+    put("x", "data");
+    put("gone");
+    const FSRef x = ref("x"), gone = ref("gone");
+    const auto* name = reinterpret_cast<const UniChar*>(kNames[1].data());
+    EXPECT_EQ(FSCreateFork(&x, kNames[1].size(), name), errFSForkExists);
+    EXPECT_EQ(FSCreateFork(&x, 3, name), errFSBadForkName);
+    SInt16 number = 0;
+    EXPECT_EQ(open(x, kNames[1], fsRdPerm, number), errFSForkNotFound);
+    ASSERT_EQ(open(gone, kNames[1], fsRdWrPerm, number), noErr);
+    EXPECT_EQ(write(number, "late"), noErr);
+    std::filesystem::remove(at("gone"));
+    EXPECT_EQ(FSCloseFork(number), fnfErr);
+    EXPECT_EQ(names(), std::set<std::string>{"x"}) << "nor does a fork without a file come to be";
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become somebody else";
+    chmod(root_.c_str(), 0755);
+    for (const auto& [mode, status] : {std::pair{0444, fLckdErr}, std::pair{0644, wrPermErr}}) {
+        chmod(at("x").c_str(), static_cast<mode_t>(mode));
+        ASSERT_EQ(seteuid(65534), 0);
+        for (const auto& which : kNames) EXPECT_EQ(open(x, which, fsRdWrPerm, number), status);
+        EXPECT_EQ(open(x, u"", fsCurPerm, number), noErr);
+        EXPECT_EQ(write(number, "!"), wrPermErr);
+        EXPECT_EQ(FSClose(number), noErr);
+        ASSERT_EQ(seteuid(0), 0);
+    }
+}
+
+TEST_F(ForkWriting, LeavesTheOldForkOrTheNewWhereverItFails) {
+    FSRef x{};
+    failEachCall(
+        [&] {
+            put("x", "data");
+            put("._x", appleDouble("", "fork"));
+            x = ref("x");
+        },
+        [&]() -> OSStatus {
+            SInt16 number = 0;
+            if (const OSErr status = open(x, kNames[1], fsRdWrPerm, number)) return status;
+            const OSErr cut = SetEOF(number, 2);
+            const OSErr written = FSWriteFork(number, fsFromStart, 2 << 20, 1, "!", nullptr);
+            const OSErr closed = FSCloseFork(number);
+            return cut != noErr ? cut : written != noErr ? written : closed;
+        },
+        [&](OSStatus status) {
+            const std::size_t size = fork(x, ForkKind::resource).size();
+            EXPECT_TRUE(size == 4 || size == 2 || size == (2 << 20) + 1) << size;
+            EXPECT_EQ(size == (2 << 20) + 1, status == noErr);
+            EXPECT_EQ(names(), (std::set<std::string>{"x", "._x"}));
+        });
+}
+
+}  // namespace
+}  // namespace osa::test
