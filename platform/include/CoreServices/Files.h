@@ -176,6 +176,37 @@ OSA_PLATFORM_EXPORT OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCou
                                               const FSCatalogInfo* catalogInfo, FSRef* newRef,
                                               FSSpec* newSpec);
 
+/// The same for a folder, in which nobody but the owner may write unless `whichInfo` has the
+/// permissions. `newDirID` is its node ID.
+OSA_PLATFORM_EXPORT OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength,
+                                                   const UniChar* name,
+                                                   FSCatalogInfoBitmap whichInfo,
+                                                   const FSCatalogInfo* catalogInfo, FSRef* newRef,
+                                                   FSSpec* newSpec, UInt32* newDirID);
+
+// Deleting, moving and renaming. What keeps a file's resource fork and Finder information beside it
+// goes with it. A link is the object itself: nothing beyond it is touched. References to the object
+// made before are dead afterwards. A failure leaves everything as it was. Statuses besides those of
+// every call:
+//   afpAccessDenied, wPrErr   a folder that must change may not
+//   dupFNErr                  something has the new name, or the name of a side file that goes
+//   along fBsyErr                   for deleting: a folder with something in it that is no side
+//   file
+
+/// Deletes a file or an empty folder at once.
+OSA_PLATFORM_EXPORT OSErr FSDeleteObject(const FSRef* ref);
+/// `newRef` names the object at its new place. diffVolErr: another volume, also when a side file
+/// would have to leave its own; errFSNotAFolder; paramErr: a folder into itself or what it holds.
+OSA_PLATFORM_EXPORT OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef);
+/// The new name as for FSCreateFileUnicode; its own name again is no failure. The encoding hint is
+/// not used.
+OSA_PLATFORM_EXPORT OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength,
+                                          const UniChar* name, TextEncodingHint textEncodingHint,
+                                          FSRef* newRef);
+/// Two files trade their contents, both forks and modification dates; names, creation dates,
+/// permissions and Finder information stay. diffVolErr; notAFileErr.
+OSA_PLATFORM_EXPORT OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef);
+
 /// Starts a walk over a folder's own children (kFSIterateFlat; errFSBadIteratorFlags otherwise).
 /// The caller closes the iterator.
 OSA_PLATFORM_EXPORT OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags,
@@ -223,17 +254,18 @@ OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
 /// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume. A missing resource
 /// fork is an empty one.
 /// Data forks are changed in place. A resource fork is changed beside, becomes the file's at
-/// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several numbers
-/// of fsRdWrShPerm see each other's changes at once. It follows its file when that is renamed or
-/// moved by this process.
+/// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several
+/// numbers of fsRdWrShPerm see each other's changes at once. It follows its file when that is
+/// renamed or moved by this process.
 OSA_PLATFORM_EXPORT OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength,
                                      const UniChar* forkName, SInt8 permissions,
                                      SInt16* forkRefNum);
 /// The data fork. fnfErr when there is no such file.
 OSA_PLATFORM_EXPORT OSErr FSpOpenDF(const FSSpec* spec, SInt8 permission, SInt16* refNum);
 /// rfNumErr: not an open fork. The same for all calls that take a number. A failure to write what
-/// was changed is answered (dskFulErr, fnfErr when the file is gone, dupFNErr when another object has
-/// the side file's name, …), the old resource fork stays, and the number is closed all the same.
+/// was changed is answered (dskFulErr, fnfErr when the file is gone, dupFNErr when another object
+/// has the side file's name, …), the old resource fork stays, and the number is closed all the
+/// same.
 OSA_PLATFORM_EXPORT OSErr FSCloseFork(SInt16 forkRefNum);
 OSA_PLATFORM_EXPORT OSErr FSClose(SInt16 refNum);
 /// Writes what was changed and waits until it is on disk. Failures as above, with everything still
@@ -261,8 +293,8 @@ OSA_PLATFORM_EXPORT OSErr FSWriteFork(SInt16 forkRefNum, UInt16 positionMode, SI
                                       UInt32 requestCount, const void* buffer, UInt32* actualCount);
 /// Of a fork opened for reading, as it was then.
 OSA_PLATFORM_EXPORT OSErr FSGetForkSize(SInt16 forkRefNum, SInt64* forkSize);
-/// Cuts the fork off, and the mark with it, or adds zeros. posErr: before the start; statuses as for
-/// FSWriteFork.
+/// Cuts the fork off, and the mark with it, or adds zeros. posErr: before the start; statuses as
+/// for FSWriteFork.
 OSA_PLATFORM_EXPORT OSErr FSSetForkSize(SInt16 forkRefNum, UInt16 positionMode,
                                         SInt64 positionOffset);
 OSA_PLATFORM_EXPORT OSErr FSGetForkPosition(SInt16 forkRefNum, SInt64* position);
