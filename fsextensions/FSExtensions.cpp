@@ -105,7 +105,7 @@ OSStatus HFSNameGetUnicodeName(ConstStr255Param hfsName, TextEncodingHint hint,
         hint == kTextEncodingUnknown ? CFStringGetSystemEncoding() : hint;
     const auto name = CFRef<CFStringRef>::Adopt(
         CFStringCreateWithPascalString(kCFAllocatorDefault, hfsName, encoding));
-    if (name == nullptr) return paramErr;
+    if (!name) return paramErr;
     const CFIndex length = CFStringGetLength(name.get());
     if (length > kLongestName) return errFSNameTooLong;
     unicodeName->length = static_cast<UInt16>(length);
