@@ -50,6 +50,9 @@ class CatalogChanges : public FileFixture {
         const FSRef to = ref(folder);
         return FSMoveObject(&object, &to, moved);
     }
+    static OSErr move(const FSRef& object, const FSRef& to, FSRef* moved = nullptr) {
+        return FSMoveObject(&object, &to, moved);
+    }
     FSRef unfollowed(const std::string& name) const {
         const FSRef folder = ref("");
         const std::u16string units(name.begin(), name.end());
@@ -107,7 +110,7 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
         for (const Change& change : changes) {
             SCOPED_TRACE(std::string(store.label) + ": " + change.label);
             const std::string what = change.label;
-            FSRef x{}, z{}, changed{};
+            FSRef x{}, z{}, e{}, changed{};
             std::set<std::string> there;
             std::set<std::string> after{"d/z"};
             if (what == "exchange") after.insert("d/x");
@@ -119,11 +122,12 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
                 [&] {
                     x = fill(store);
                     z = ref("d/z");
+                    e = ref("e");
                     there = names();
                 },
                 [&]() -> OSStatus {
                     if (what == "rename") return rename(x, u"y", &changed);
-                    if (what == "move") return move(x, "e", &changed);
+                    if (what == "move") return move(x, e, &changed);
                     return what == "delete" ? FSDeleteObject(&x) : FSExchangeObjects(&x, &z);
                 },
                 [&](OSStatus status) {
@@ -175,7 +179,7 @@ TEST_F(CatalogChanges, ExchangeBothFilesForks) {
 }
 
 TEST_F(CatalogChanges, KeepWhatIsInFolders) {
-    FSRef sub{};
+    FSRef sub{}, e{};
     std::set<std::string> there;
     const auto prepare = [&](bool isEmpty) {
         clear();
@@ -187,6 +191,7 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
         put("__MACOSX/d/sub/._c", kPair);
         if (!isEmpty) put("d/sub/c", "data of x");
         sub = ref("d/sub");
+        e = ref("e");
         there = names();
     };
     const auto check = [&](const std::string& place, OSStatus status) {
@@ -195,7 +200,7 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
     };
     failEachCall([&] { prepare(false); }, [&] { return rename(sub, u"new"); },
                  [&](OSStatus status) { check("d/new", status); });
-    failEachCall([&] { prepare(false); }, [&] { return move(sub, "e"); },
+    failEachCall([&] { prepare(false); }, [&] { return move(sub, e); },
                  [&](OSStatus status) { check("e/sub", status); });
     failEachCall([&] { prepare(true); }, [&] { return FSDeleteObject(&sub); },
                  [&](OSStatus status) {
@@ -228,7 +233,6 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
 }
 
 TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
-    const FSRef root = ref("");
     put("x", "data of x");
     put("._x", "not ours");
     put("%x", "not ours either");
@@ -317,54 +321,45 @@ TEST_F(CatalogChanges, AreFollowedByOpenForks) {
 }
 
 TEST_F(CatalogChanges, MakeFoldersAndSetDates) {
-    FSRef d{}, parent = ref("");
-    UInt32 id = 0;
-    FSSpec spec{};
-    FSCatalogInfo wanted{};
-    wanted.contentModDate = {1, 2, 3};
-    wanted.accessDate = {0, 4000000000, 65535};
     constexpr FSCatalogInfoBitmap kDates = kFSCatInfoContentMod | kFSCatInfoAccessDate;
-    const auto make = [&] {
-        const UniChar name[] = {'d'};
-        return FSCreateDirectoryUnicode(&parent, 1, name, kDates | kFSCatInfoFinderXInfo, &wanted,
-                                        &d, &spec, &id);
+    constexpr FSCatalogInfoBitmap kAll = kDates | kFSCatInfoFinderXInfo | kFSCatInfoPermissions;
+    FSCatalogInfo first{}, second{};
+    first.contentModDate = {1, 2, 3};
+    first.accessDate = {0, 4000000000, 65535};
+    first.extFinderInfo.fdScript = 1;
+    first.permissions.mode = 0750;
+    second.contentModDate = second.accessDate = {1, 0, 0};
+    second.permissions.mode = 0700;
+    const FSRef parent = ref("");
+    FSRef d{};
+    UInt32 id = 0;
+    const UniChar name[] = {'d'};
+    const auto make = [&](FSCatalogInfoBitmap which, FSSpec* spec) {
+        return FSCreateDirectoryUnicode(&parent, 1, name, which, &first, &d, spec, &id);
     };
-    wanted.extFinderInfo.extended_finder_flags = 1;
-    failEachCall([&] { clear(); }, make,
-                 [&](OSStatus status) {
-                     if (status == noErr) return;
-                     // The specification is made when the folder is there.
-                     EXPECT_TRUE(names().empty() || spec.name[0] == 0) << status;
-                 });
-    EXPECT_EQ(make(), dupFNErr);
-    const FSCatalogInfo found = info(d, kDates | kFSCatInfoNodeID | kFSCatInfoPermissions);
-    EXPECT_EQ(found.nodeID, id);
-    EXPECT_EQ(found.permissions.mode & 0022, 0);
-    EXPECT_EQ(std::memcmp(&found.contentModDate, &wanted.contentModDate, sizeof(UTCDateTime)), 0);
-    EXPECT_EQ(std::memcmp(&found.accessDate, &wanted.accessDate, sizeof(UTCDateTime)), 0);
-    FSSpec child{};
-    EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, static_cast<SInt32>(id),
-                           reinterpret_cast<const UInt8*>("\1c"), &child),
-              fnfErr)
+    failEachCall([&] { clear(); }, [&] { return make(kAll, nullptr); },
+                 [&](OSStatus status) { EXPECT_EQ(names().empty(), status != noErr); });
+    EXPECT_EQ(make(0, nullptr), dupFNErr);
+    const auto expect = [&](const FSCatalogInfo& wanted) {
+        const FSCatalogInfo found = info(d, kAll);
+        EXPECT_EQ(std::memcmp(&found.contentModDate, &wanted.contentModDate, 8), 0);
+        EXPECT_EQ(std::memcmp(&found.accessDate, &wanted.accessDate, 8), 0);
+        EXPECT_EQ(+found.extFinderInfo.fdScript, +wanted.extFinderInfo.fdScript);
+        EXPECT_EQ(found.permissions.mode & 07777, wanted.permissions.mode);
+    };
+    failEachCall([&] { ASSERT_EQ(FSSetCatalogInfo(&d, kAll, &first), noErr); },
+                 [&] { return FSSetCatalogInfo(&d, kAll, &second); },
+                 [&](OSStatus status) { expect(status == noErr ? second : first); });
+    EXPECT_EQ(FSSetCatalogInfo(&d, kAll | kFSCatInfoCreateDate, &first), unimpErr);
+    expect(second);
+    clear();
+    FSSpec spec{}, child{};
+    EXPECT_EQ(make(0, &spec), noErr);
+    EXPECT_EQ(info(d, kFSCatInfoPermissions).permissions.mode & 0022, 0);
+    EXPECT_EQ(info(d, kFSCatInfoNodeID).nodeID, id);
+    const auto* const leaf = reinterpret_cast<const UInt8*>("\1c");
+    EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, static_cast<SInt32>(id), leaf, &child), fnfErr)
         << "the ID names the folder";
-    const auto before = content("._d");
-    const auto status = posix::status(at("d"), posix::Follow::no);
-    wanted.contentModDate = wanted.accessDate = {1, 0, 0};
-    wanted.extFinderInfo = {};
-    wanted.permissions.mode = 0700;
-    failEachCall([&] {},
-                 [&] {
-                     return FSSetCatalogInfo(
-                         &d, kDates | kFSCatInfoFinderXInfo | kFSCatInfoPermissions, &wanted);
-                 },
-                 [&](OSStatus set) {
-                     if (set == noErr) return;
-                     EXPECT_EQ(content("._d"), before);
-                     const auto now = posix::status(at("d"), posix::Follow::no);
-                     EXPECT_EQ(now->mode, status->mode);
-                     EXPECT_TRUE(now->accessed == status->accessed) << "as before the failure";
-                 });
-    EXPECT_EQ(FSSetCatalogInfo(&d, kFSCatInfoCreateDate, &wanted), unimpErr);
 }
 
 }  // namespace
