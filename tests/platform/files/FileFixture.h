@@ -111,7 +111,7 @@ class FileFixture : public testing::Test {
     std::set<std::string> names() const {
         std::set<std::string> found;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
-            found.insert(std::filesystem::relative(entry.path(), root_));
+            found.insert(entry.path().lexically_relative(root_));
         }
         return found;
     }
