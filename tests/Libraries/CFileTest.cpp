@@ -1,4 +1,5 @@
 // CFile and CDataFile on real files: making, writing, renaming and deleting.
+#include <CoreServices/Folders.h>
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <OSA/Diagnostics.h>
@@ -189,7 +190,9 @@ TEST_F(Files, LeakNothingWhicheverOperationFails) {
             });
             faults = OSAFailedOperations();
             OSAFailOperation(0, false);
-            if (status == noErr) EXPECT_EQ(content(path), std::string(100, '\0'));
+            if (status == noErr) {
+                EXPECT_EQ(content(path), std::string(100, '\0'));
+            }
             if (file.IsOpen()) file.Close();
             if (file.ExistsOnDisk()) file.ThrowOut();
         }
