@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
 
 #include "tests/platform/files/FileFixture.h"
 
@@ -22,7 +21,8 @@ struct Store {
 
     std::set<std::string> paths(const std::string& folder, const std::string& name) const {
         std::set<std::string> made;
-        for (std::string path : std::views::keys(files)) {
+        for (const auto& [pattern, text] : files) {
+            std::string path = pattern;
             path.replace(path.find('@'), 1, folder);
             made.insert(path.replace(path.find('*'), 1, name));
         }
