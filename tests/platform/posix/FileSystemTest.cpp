@@ -101,7 +101,9 @@ TEST_F(FileSystem, TakesNamesBackWithoutHarmToOthers) {
     for (const char* first : {"a", "none", "b"}) {
         SCOPED_TRACE(first);
         ASSERT_TRUE(addName(root_ + "a", root_ + "second").ok());
-        if (*first != 'a') ASSERT_TRUE(remove(root_ + "a").ok());
+        if (*first != 'a') {
+            ASSERT_TRUE(remove(root_ + "a").ok());
+        }
         if (*first == 'b') put("a");
         takeBackName(root_ + "a", root_ + "second");
         EXPECT_EQ(text("a"), "a");
