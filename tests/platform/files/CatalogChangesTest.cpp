@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
 
 #include "tests/platform/files/FileFixture.h"
 
@@ -22,7 +21,8 @@ struct Store {
 
     std::set<std::string> paths(const std::string& folder, const std::string& name) const {
         std::set<std::string> made;
-        for (std::string path : std::views::keys(files)) {
+        for (const auto& [pattern, text] : files) {
+            std::string path = pattern;
             path.replace(path.find('@'), 1, folder);
             made.insert(path.replace(path.find('*'), 1, name));
         }
@@ -92,6 +92,20 @@ class CatalogChanges : public FileFixture {
         EXPECT_EQ(+info(ref(name), kFSCatInfoFinderInfo).finderInfo.fdType,
                   isBare ? 0 : FourCC("osas"));
     }
+    /// "d/x" and "d/z", of which only the first had more than data.
+    void expectExchanged(const Store& store) const {
+        const bool isBare = store.files.empty();
+        EXPECT_EQ(content("d/x") + content("d/z"), "data of zdata of x");
+        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
+        for (const char* name : {"d/x", "d/z"}) {
+            const FSCatalogInfo now = info(ref(name), kFSCatInfoFinderInfo | kFSCatInfoPermissions);
+            const bool isX = std::string(name) == "d/x";
+            EXPECT_EQ(+now.finderInfo.fdType, isX && !isBare ? FourCC("osas") : 0);
+            EXPECT_EQ(now.permissions.mode & 0777, isX ? 0640 : 0604);
+        }
+        for (const std::string& name : names()) EXPECT_EQ(name.find("._."), std::string::npos);
+    }
 };
 
 std::set<std::string> operator+(std::set<std::string> one, const std::set<std::string>& other) {
@@ -123,6 +137,8 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
                     x = fill(store);
                     z = ref("d/z");
                     e = ref("e");
+                    chmod(at("d/x").c_str(), 0640);
+                    chmod(at("d/z").c_str(), 0604);
                     there = names();
                 },
                 [&]() -> OSStatus {
@@ -134,19 +150,17 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
                     const bool isDone = status == noErr;
                     if (!isDone) {
                         EXPECT_EQ(names(), there);
-                        EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr),
-                                  noErr);
+                        EXPECT_EQ(info(x, kFSCatInfoPermissions).permissions.mode & 0777, 0640);
+                        EXPECT_EQ(info(z, kFSCatInfoPermissions).permissions.mode & 0777, 0604);
                         return expectWhole("d/x", store);
                     }
-                    EXPECT_EQ(files(), after);
+                    if (what != "exchange") {
+                        EXPECT_EQ(files(), after);
+                    }
                     EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr), fnfErr);
                     if (what == "delete") return;
+                    if (what == "exchange") return expectExchanged(store);
                     expectWhole(change.folder + "/" + change.name, store);
-                    if (what == "exchange") {
-                        EXPECT_EQ(content("d/x"), "data of z");
-                        EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
-                        return;
-                    }
                     const FSRef now = ref(change.folder + "/" + change.name);
                     EXPECT_EQ(FSCompareFSRefs(&changed, &now), noErr);
                 });
