@@ -1,6 +1,8 @@
-// The extension routines, each on the File Manager's published calls.
+// The extension routines that read and write the catalog, on the File Manager's published calls.
 #include "fsextensions/FSExtensions.h"
 
+#include <CoreFoundation/CFRef.h>
+#include <CoreFoundation/CFString.h>
 #include <CoreServices/MacErrors.h>
 #include <unistd.h>
 
@@ -11,7 +13,8 @@ static_assert(sizeof(FinderInfo) == 16 && sizeof(ExtendedFinderInfo) == 16);
 
 namespace {
 constexpr UInt32 kPathBufferSize = 4096;
-}
+constexpr CFIndex kLongestName = 255;
+}  // namespace
 
 OSStatus FSGetFinderInfo(const FSRef* ref, FinderInfo* info, ExtendedFinderInfo* extendedInfo,
                          Boolean* isDirectory) {
@@ -53,6 +56,10 @@ OSStatus FSGetVRefNum(const FSRef* ref, FSVolumeRefNum* vRefNum) {
     return status;
 }
 
+OSStatus FSGetVolumeName(FSVolumeRefNum vRefNum, HFSUniStr255* name) {
+    return FSGetVolumeInfo(vRefNum, 0, nullptr, kFSVolInfoNone, nullptr, name, nullptr);
+}
+
 OSStatus FSGetParentRef(const FSRef* ref, FSRef* parent) {
     FSRef found{};
     const OSStatus status =
@@ -88,4 +95,20 @@ OSStatus FSChangeFinderFlags(const FSRef* ref, Boolean set, UInt16 flags) {
     const auto old = info.fdFlags;
     info.fdFlags = static_cast<UInt16>(set ? old | flags : old & ~flags);
     return info.fdFlags == old ? noErr : FSSetFinderInfo(ref, &info, nullptr);
+}
+
+OSStatus HFSNameGetUnicodeName(ConstStr255Param hfsName, TextEncodingHint hint,
+                               HFSUniStr255* unicodeName) {
+    if (hfsName == nullptr || unicodeName == nullptr) return paramErr;
+    if (hfsName[0] == 0) return bdNamErr;
+    const CFStringEncoding encoding =
+        hint == kTextEncodingUnknown ? CFStringGetSystemEncoding() : hint;
+    const auto name = CFRef<CFStringRef>::Adopt(
+        CFStringCreateWithPascalString(kCFAllocatorDefault, hfsName, encoding));
+    if (!name) return paramErr;
+    const CFIndex length = CFStringGetLength(name.get());
+    if (length > kLongestName) return errFSNameTooLong;
+    unicodeName->length = static_cast<UInt16>(length);
+    CFStringGetCharacters(name.get(), CFRangeMake(0, length), unicodeName->unicode);
+    return noErr;
 }

@@ -82,7 +82,7 @@ class CFile {
     virtual OSType GetFileType() const;
     virtual OSType GetCreator() const;
     virtual FSVolumeRefNum GetVolumeNumber() const;
-    /// A new alias record; the caller disposes of it. unimpErr in this version.
+    /// A new alias record; the caller disposes of it.
     virtual AliasHandle GetAlias() const;
     virtual void GetFileSpec(FSRef& ref) const;
     virtual void GetFileSpec(FSRef* ref) const;
@@ -99,12 +99,16 @@ class CFile {
     virtual UTCDateTime GetModificationDate() const;
     virtual UTCDateTime GetCreationDate() const;
 
-    // --- Changing the file. The File Manager underneath writes nothing but permissions and Finder
-    // information in this version: CreateNew, ThrowOut, ChangeName and GetAlias throw unimpErr
-    // after their assertions.
+    // --- Changing the file.
 
+    /// Makes the file, empty, under the folder and name it was specified by, which stay its
+    /// identity. Asserts "mFileDesc.Is(typeFileURL)", "!ExistsOnDisk()", "!IsOpen()", "!mResolved".
     virtual void CreateNew(OSType creator, OSType fileType);
+    /// Closes the file and deletes it at once, a folder with all that is in it. Links are not
+    /// followed.
     virtual void ThrowOut();
+    /// Renames the file, to a name in the system's encoding, and takes it under its new name as
+    /// identity.
     virtual void ChangeName(unsigned char* pascalName);
     /// Change one Finder flag and keep the others.
     virtual void MakeInvisible();

@@ -12,33 +12,50 @@ constexpr char kUnit[] = "Libraries/TCLClasses/CFile";
 
 }  // namespace
 
-// The platform's File Manager creates, deletes and renames nothing in this version: the operations
-// that would check their arguments as they will, then say so.
-
 AliasHandle CFile::GetAlias() const {
     TB_ASSERT(kUnit, !mFileDesc.Empty());
     TB_ASSERT(kUnit, ExistsOnDisk());
-    FailOSErr(unimpErr);
-    return nullptr;
+    const CFileSpec spec = GetFileSpec();
+    AliasHandle alias = nullptr;
+    FailOSErr(FSNewAlias(nullptr, &spec.GetFSRef(), &alias));
+    return alias;
 }
 
-void CFile::CreateNew(OSType /*creator*/, OSType /*fileType*/) {
+void CFile::CreateNew(OSType creator, OSType fileType) {
     TB_ASSERT(kUnit, !mFileDesc.Empty());
     TB_ASSERT(kUnit, mFileDesc.Is(typeFileURL));
     TB_ASSERT(kUnit, !IsOpen());
     TB_ASSERT(kUnit, !ExistsOnDisk());
     TB_ASSERT(kUnit, !mResolved);
-    FailOSErr(unimpErr);
+    Close();
+    FSRef parent;
+    HFSUniStr255 name;
+    GetFileSpec(parent, name);
+    FSCatalogInfo info{};
+    info.finderInfo.fdType = fileType;
+    info.finderInfo.fdCreator = creator;
+    // The identity stays the URL: whoever made the file goes on naming it by folder and name.
+    FailOSErr(FSCreateFileUnicode(&parent, name.length, name.unicode, kFSCatInfoFinderInfo, &info,
+                                  nullptr, nullptr));
 }
 
 void CFile::ThrowOut() {
     TB_ASSERT(kUnit, ExistsOnDisk());
-    FailOSErr(unimpErr);
+    Close();
+    const CFileSpec spec = GetFileSpec();
+    OSStatus status = FSDeleteObject(&spec.GetFSRef());
+    if (status == fBsyErr) status = FSDeleteContainer(&spec.GetFSRef());
+    FailOSErr(status);
 }
 
-void CFile::ChangeName(unsigned char* /*pascalName*/) {
+void CFile::ChangeName(unsigned char* pascalName) {
     TB_ASSERT(kUnit, !mFileDesc.Empty());
-    FailOSErr(unimpErr);
+    HFSUniStr255 name;
+    FailOSErr(HFSNameGetUnicodeName(pascalName, kTextEncodingUnknown, &name));
+    const CFileSpec spec = GetFileSpec();
+    FSRef renamed;
+    FailOSErr(FSRenameUnicode(&spec.GetFSRef(), name.length, name.unicode, 0, &renamed));
+    mFileDesc.Set(typeFSRef, reinterpret_cast<const char*>(&renamed), sizeof renamed);
 }
 
 void CFile::MakeInvisible() {
