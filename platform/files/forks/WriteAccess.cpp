@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "platform/files/forks/ForkContent.h"
+#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 namespace {
@@ -33,8 +34,8 @@ ForkKey keyOf(const Located& object, ForkKind fork) {
 struct WriteClaim : std::enable_shared_from_this<WriteClaim> {
     ForkKey key;
     Sharing sharing = Sharing::alone;
-    Located object;    // under the table's lock
-    std::mutex lock;   // of what follows
+    Located object;   // under the table's lock
+    std::mutex lock;  // of what follows
     std::weak_ptr<ForkContent> content;
 
     ~WriteClaim() {
@@ -68,6 +69,8 @@ Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sha
 
 Result<FSRef> WriteAccess::object() const {
     Located object;
+    // A renaming is told to the table when it is done: not before, and not in the middle.
+    const std::lock_guard noRenaming(partsLock());
     {
         const std::lock_guard guard(table().lock);
         object = claim_->object;
