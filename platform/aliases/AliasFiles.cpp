@@ -38,7 +38,7 @@ Result<std::optional<AliasRecord>> aliasRecordOf(const Located& object) {
 }
 
 /// What `object` stands for, one step; none when it is no alias.
-Result<std::optional<FSRef>> nextTarget(const Located& object) {
+Result<std::optional<FSRef>> nextTarget(const Located& object, const SearchRules& rules) {
     std::optional<FSRef> none;
     if (object.status.isSymbolicLink()) {
         OSA_TRY(std::string target, posix::readLink(object.path()));
@@ -48,7 +48,7 @@ Result<std::optional<FSRef>> nextTarget(const Located& object) {
     }
     OSA_TRY(const auto record, aliasRecordOf(object));
     if (!record) return none;
-    OSA_TRY(const AliasTarget next, findAliasTarget(*record, std::string(object.folder())));
+    OSA_TRY(const AliasTarget next, findAliasTarget(*record, std::string(object.folder()), rules));
     return std::optional(next.ref);
 }
 
@@ -58,11 +58,13 @@ struct Resolved {
     bool wasAlias = false;
 };
 
-Result<Resolved> resolve(const FSRef* ref, bool followChains) {
+Result<Resolved> resolve(const FSRef* ref, bool followChains, UInt32 mountFlags) {
+    SearchRules rules;
+    if ((mountFlags & kResolveAliasFileNoUI) != 0) rules.walk = SearchRules::Walk::never;
     OSA_TRY(Located object, locate(ref));
     Resolved result{*ref, object.status.isFolder()};
     for (int step = 0; step < kLongestChain; ++step) {
-        OSA_TRY(const auto next, nextTarget(object));
+        OSA_TRY(const auto next, nextTarget(object, rules));
         if (!next) return result;
         OSA_TRY(object, locate(&*next));
         result = {*next, object.status.isFolder(), true};
@@ -75,10 +77,11 @@ Result<Resolved> resolve(const FSRef* ref, bool followChains) {
 }  // namespace osa
 
 OSErr FSResolveAliasFileWithMountFlags(FSRef* theRef, Boolean resolveAliasChains,
-                                       Boolean* targetIsFolder, Boolean* wasAliased, UInt32) {
+                                       Boolean* targetIsFolder, Boolean* wasAliased,
+                                       UInt32 mountFlags) {
     if (theRef == nullptr || targetIsFolder == nullptr || wasAliased == nullptr) return paramErr;
     *targetIsFolder = *wasAliased = 0;
-    const auto resolved = osa::resolve(theRef, resolveAliasChains != 0);
+    const auto resolved = osa::resolve(theRef, resolveAliasChains != 0, mountFlags);
     if (!resolved.ok()) return static_cast<OSErr>(resolved.status());
     *theRef = resolved->target;
     *targetIsFolder = resolved->isFolder ? 1 : 0;
