@@ -33,8 +33,12 @@ Result<Question> questionOf(const FSRef* fromFile, AliasHandle alias) {
 /// What the record must become; none when it may stay, also because a link leads to the target.
 Result<std::optional<AliasRecord>> correction(const Question& question, const AliasTarget& found) {
     OSA_TRY(const Located target, locate(&found.ref));
-    if (target.path() != found.path) return std::optional<AliasRecord>();
-    return correctedRecord(question.record, target, question.from());
+    OSA_TRY(auto corrected, correctedRecord(question.record, target, question.from()));
+    if (!corrected) return corrected;
+    const auto folder = posix::realPath(std::string(target.folder()));
+    const bool isLinkedTo =
+        target.path() != found.path || !folder.ok() || *folder != target.folder();
+    return isLinkedTo ? std::optional<AliasRecord>() : corrected;
 }
 
 /// Whether the record in the handle was brought up to date.

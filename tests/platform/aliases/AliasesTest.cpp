@@ -1,5 +1,6 @@
 // Alias files and links, resolved on disk; alias records built here.
 #include <CoreServices/Aliases.h>
+#include <CoreServices/MacMemory.h>
 
 #include "platform/aliases/AliasRecord.h"
 #include "tests/platform/files/FileFixture.h"
@@ -126,7 +127,8 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         const FSRef wanted = child(row.target);
         Boolean isFolder = 9;
         Boolean wasAlias = 9;
-        EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, 0),
+        EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias,
+                                                   kResolveAliasFileNoUI),
                   row.status);
         EXPECT_EQ(FSCompareFSRefs(&object, &wanted), noErr);
         EXPECT_EQ(wasAlias, row.wasAlias);
@@ -143,6 +145,26 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     FSRef zero{};
     EXPECT_EQ(FSResolveAliasFile(&zero, 1, &isFolder, &wasAlias), errFSBadFSRef);
     EXPECT_EQ(FSResolveAliasFile(nullptr, 1, &isFolder, &wasAlias), paramErr);
+}
+
+TEST_F(Aliases, WalkToTheirTargetWhenThereIsTime) {
+    put("a/b/target");
+    const FSRef target = ref("a/b/target");
+    AliasHandle record = nullptr;
+    ASSERT_EQ(FSNewAlias(nullptr, &target, &record), noErr);
+    const auto handle = reinterpret_cast<Handle>(record);
+    putAlias("alias", {*handle, static_cast<std::size_t>(GetHandleSize(handle))});
+    DisposeHandle(handle);
+    std::filesystem::rename(at("a/b/target"), at("moved"));
+    FSRef object = child("alias");
+    const FSRef moved = child("moved");
+    Boolean isFolder = 0;
+    Boolean wasAlias = 0;
+    EXPECT_EQ(
+        FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, kResolveAliasFileNoUI),
+        fnfErr);
+    EXPECT_EQ(FSResolveAliasFile(&object, 1, &isFolder, &wasAlias), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&object, &moved), noErr);
 }
 
 TEST(AliasRecord, GivesWhatACutRecordStillHolds) {
