@@ -169,7 +169,11 @@ class Search {
         for (const std::string& root : roots_) {
             if (isDone_) return;
             const bool numbersHold = hasNumber(record_) && canBeVolume(record_, root);
-            if (!numbersHold && !byName) continue;
+            const auto volume = folderStatus(root);
+            if (!volume || (!numbersHold && !byName)) continue;
+            const SoughtObject sought{volume->device, record_.targetID, record_.targetCreated,
+                                      leaf_};
+            if (!byName && isKnownAsLost(sought)) continue;
             walkOutward(
                 walkStart(root), budget,
                 [&](const std::string& folder, const std::string& name,
@@ -178,6 +182,7 @@ class Search {
                         offer(joinPath(folder, name), FoundBy::walk);
                     return !isDone_;
                 });
+            if (numbersHold && found_.empty()) rememberLost(sought);
         }
     }
 

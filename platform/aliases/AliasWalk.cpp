@@ -1,7 +1,9 @@
 // The walk, breadth first: a moved object is seldom far from where it was.
 #include "platform/aliases/AliasWalk.h"
 
+#include <algorithm>
 #include <deque>
+#include <mutex>
 #include <unordered_set>
 
 #include "platform/files/References.h"
@@ -63,6 +65,23 @@ class Walk {
     std::unordered_set<std::uint64_t> met_;
 };
 
+constexpr std::chrono::seconds kLostFor{5};
+constexpr std::size_t kMostLost = 64;
+
+struct LostObjects {
+    struct Entry {
+        SoughtObject object;
+        std::chrono::steady_clock::time_point since;
+    };
+    std::mutex lock;
+    std::deque<Entry> entries;  // the oldest first
+};
+
+LostObjects& lostObjects() {
+    static LostObjects shared;
+    return shared;
+}
+
 }  // namespace
 
 bool WalkBudget::spend() {
@@ -73,6 +92,23 @@ bool WalkBudget::spend() {
 
 bool walkOutward(const std::string& start, WalkBudget& budget, const VisitObject& visit) {
     return Walk(budget, visit).run(start);
+}
+
+void rememberLost(const SoughtObject& object) {
+    LostObjects& lost = lostObjects();
+    const std::lock_guard guard(lost.lock);
+    if (lost.entries.size() == kMostLost) lost.entries.pop_front();
+    lost.entries.push_back({object, std::chrono::steady_clock::now()});
+}
+
+bool isKnownAsLost(const SoughtObject& object) {
+    LostObjects& lost = lostObjects();
+    const std::lock_guard guard(lost.lock);
+    const auto now = std::chrono::steady_clock::now();
+    while (!lost.entries.empty() && now - lost.entries.front().since > kLostFor)
+        lost.entries.pop_front();
+    return std::ranges::find(lost.entries, object, &LostObjects::Entry::object) !=
+           lost.entries.end();
 }
 
 }  // namespace osa

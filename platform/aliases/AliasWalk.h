@@ -37,4 +37,20 @@ using VisitObject = std::function<bool(const std::string& folder, const std::str
 /// and no link is followed. False when `visit` or the budget has ended the walk.
 bool walkOutward(const std::string& start, WalkBudget& budget, const VisitObject& visit);
 
+/// An object that a walk has looked for.
+struct SoughtObject {
+    std::uint64_t device = 0;
+    std::uint32_t number = 0;
+    std::uint64_t created = 0;
+    std::string name;
+
+    bool operator==(const SoughtObject&) const = default;
+};
+
+// Whoever compares lost aliases asks for the same objects over and over: what no walk could find is
+// not walked for again for some seconds. Safe on any thread.
+
+void rememberLost(const SoughtObject& object);
+bool isKnownAsLost(const SoughtObject& object);
+
 }  // namespace osa
