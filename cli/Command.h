@@ -20,5 +20,6 @@ void reportError(std::string_view path, std::string_view reason);
 void addShowCommand(CLI::App& program, int& exitStatus);
 void addResourcesCommand(CLI::App& program, int& exitStatus);
 void addDescribeCommand(CLI::App& program, int& exitStatus);
+void addAliasCommand(CLI::App& program, int& exitStatus);
 
 }  // namespace osa::cli

@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     osa::cli::addShowCommand(program, exitStatus);
     osa::cli::addResourcesCommand(program, exitStatus);
     osa::cli::addDescribeCommand(program, exitStatus);
+    osa::cli::addAliasCommand(program, exitStatus);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
