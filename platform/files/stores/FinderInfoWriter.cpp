@@ -3,8 +3,6 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include <ranges>
-
 #include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/files/stores/PartHolders.h"
@@ -34,8 +32,8 @@ Result<void> write(const Located& object, const FinderInfoBytes& bytes) {
     }
     // Where one is blanked the others would come to light: they go first, so that never happens.
     if (!isBlank(bytes) && !holders.empty()) holders.resize(1);
-    for (const PartHolder& holder : std::views::reverse(holders)) {
-        OSA_CHECK(changes.change(holder, edit(holder.form, bytes)));
+    for (auto holder = holders.rbegin(); holder != holders.rend(); ++holder) {
+        OSA_CHECK(changes.change(*holder, edit(holder->form, bytes)));
     }
     changes.keep();
     return {};
