@@ -19,6 +19,7 @@ void reportError(std::string_view path, std::string_view reason);
 // Each adds its command to the program. The command's exit status goes to `exitStatus` when it ran.
 void addShowCommand(CLI::App& program, int& exitStatus);
 void addResourcesCommand(CLI::App& program, int& exitStatus);
+void addInfoCommand(CLI::App& program, int& exitStatus);
 void addDescribeCommand(CLI::App& program, int& exitStatus);
 void addAliasCommand(CLI::App& program, int& exitStatus);
 

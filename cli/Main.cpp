@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     int exitStatus = osa::cli::kAllWell;
     osa::cli::addShowCommand(program, exitStatus);
     osa::cli::addResourcesCommand(program, exitStatus);
+    osa::cli::addInfoCommand(program, exitStatus);
     osa::cli::addDescribeCommand(program, exitStatus);
     osa::cli::addAliasCommand(program, exitStatus);
     try {

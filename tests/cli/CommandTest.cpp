@@ -137,6 +137,35 @@ TEST_F(Command, ExtractsTheSameBytesFromEveryContainer) {
         << "the other file is still listed";
 }
 
+TEST_F(Command, TellsWhereForksAndFinderInformationAre) {
+    folder_.write("File", "data");
+    folder_.write("._File", samples::appleDouble(
+                                samples::finderInfoBytes('osas', 'Toy\x8E', 0x4004), "a fork"));
+    folder_.write("Box.app/Contents/PkgInfo", "APPLaplt");
+    const Outcome shown =
+        run("info --json " + quoted(folder_.path("File")) + " " + quoted(folder_.path("Box.app")));
+    EXPECT_EQ(shown.exitStatus, 0) << shown.output;
+    const std::size_t end = shown.output.find('\n');
+    const Json file = Json::parse(shown.output.substr(0, end));
+    EXPECT_EQ(file["creator"], "Toy\xC3\xA9");
+    EXPECT_EQ(file["flags"], Json::array({"invisible"}));
+    EXPECT_EQ(file["label"], 2);
+    EXPECT_EQ(file["dataForkSize"], 4);
+    EXPECT_EQ(file["resourceForkSize"], 6);
+    for (const char* const places : {"finderInfoIn", "resourceForkIn", "appleDouble"}) {
+        EXPECT_EQ(file[places][0]["Path"], folder_.path("._File")) << places;
+    }
+    const Json package = Json::parse(shown.output.substr(end));
+    EXPECT_EQ(package["kind"], "package");
+    EXPECT_EQ(package["type"], "APPL");
+    const Outcome text =
+        run("info " + quoted(folder_.path("none")) + " " + quoted(folder_.path("File")));
+    EXPECT_EQ(text.exitStatus, 1);
+    EXPECT_NE(text.output.find("/none: no such file\n"), std::string::npos);
+    EXPECT_NE(text.output.find("    resource fork    = 6 bytes\n"), std::string::npos)
+        << text.output;
+}
+
 TEST_F(Command, DescribesFlattenedDescriptors) {
     const std::string bytes("AEfd\0\1\0\0TEXT\0\0\0\2\x8E\n", 18);
     const std::string file = folder_.write("text", bytes);

@@ -1,0 +1,68 @@
+// osa info: what the catalog and the forks tell of files and folders.
+#include <CoreServices/Files.h>
+#include <CoreServices/MacErrors.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/Command.h"
+#include "cli/FileFacts.h"
+
+namespace osa::cli {
+namespace {
+
+struct InfoOptions {
+    bool json = false;
+    std::vector<std::string> files;
+};
+
+std::string reasonFor(OSStatus status) {
+    switch (status) {
+        case fnfErr:
+            return "no such file";
+        case permErr:
+            return "may not be read";
+        default:
+            return "cannot be read (status " + std::to_string(status) + ")";
+    }
+}
+
+OSStatus printFacts(const std::string& file, bool asJson) {
+    FSRef ref;
+    OSStatus status = FSPathMakeRef(reinterpret_cast<const UInt8*>(file.c_str()), &ref, nullptr);
+    Json facts;
+    if (status == noErr) status = gatherFacts(ref, file, facts);
+    if (status != noErr) return status;
+    const std::string text = asJson ? facts.dump() + "\n" : factsAsText(facts);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return noErr;
+}
+
+int info(const InfoOptions& options) {
+    int exitStatus = kAllWell;
+    for (const std::string& file : options.files) {
+        const OSStatus status = printFacts(file, options.json);
+        if (status == noErr) continue;
+        reportError(file, reasonFor(status));
+        exitStatus = kSomethingFailed;
+    }
+    return exitStatus;
+}
+
+}  // namespace
+
+void addInfoCommand(CLI::App& program, int& exitStatus) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* const command = program.add_subcommand(
+        "info", "Show type, creator, flags, dates and forks of files, and where they are kept");
+    command->add_flag("--json", options->json, "One JSON object a line for each file");
+    command->add_option("files", options->files, "Files and folders; links are followed")
+        ->required()
+        ->type_name("FILE");
+    command->callback([options, &exitStatus] { exitStatus = info(*options); });
+}
+
+}  // namespace osa::cli
