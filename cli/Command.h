@@ -21,5 +21,6 @@ void addShowCommand(CLI::App& program, int& exitStatus);
 void addResourcesCommand(CLI::App& program, int& exitStatus);
 void addInfoCommand(CLI::App& program, int& exitStatus);
 void addDescribeCommand(CLI::App& program, int& exitStatus);
+void addAliasCommand(CLI::App& program, int& exitStatus);
 
 }  // namespace osa::cli

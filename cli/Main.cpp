@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     osa::cli::addResourcesCommand(program, exitStatus);
     osa::cli::addInfoCommand(program, exitStatus);
     osa::cli::addDescribeCommand(program, exitStatus);
+    osa::cli::addAliasCommand(program, exitStatus);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

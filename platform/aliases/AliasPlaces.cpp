@@ -79,6 +79,12 @@ std::string joinComponents(std::string path, const std::vector<std::string>& com
     return path;
 }
 
+std::string absolutePath(const AliasRecord& record) {
+    if (!record.mountPoint.starts_with('/')) return {};
+    if (record.pathOnVolume.empty()) return record.isVolume() ? record.mountPoint : std::string();
+    return joinPath(record.mountPoint, record.pathOnVolume);
+}
+
 AliasRecord::Date creationDate(const posix::FileStatus& status) {
     if (!status.keepsCreated) return 0;
     const UTCDateTime date = utcDateTime(status.created);

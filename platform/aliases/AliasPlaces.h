@@ -13,6 +13,9 @@ namespace osa {
 std::vector<std::string> pathComponents(std::string_view path);
 std::string joinComponents(std::string path, const std::vector<std::string>& components);
 
+/// The path in the record from the root folder on; empty when it holds none.
+std::string absolutePath(const AliasRecord& record);
+
 /// 0 where the file system keeps none.
 AliasRecord::Date creationDate(const posix::FileStatus& status);
 

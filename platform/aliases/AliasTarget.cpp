@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "platform/aliases/AliasPlaces.h"
-#include "platform/files/Catalog.h"
-#include "platform/files/FileSpecs.h"
+#include "platform/aliases/AliasWalk.h"
+#include "platform/aliases/RecordedParents.h"
 #include "platform/files/References.h"
 #include "platform/files/Volumes.h"
 
@@ -18,6 +18,9 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
+// Volumes are numbered downward from this one.
+constexpr FSVolumeRefNum kRootVolume = -100;
+
 /// Components below the volume, from the record's own path or from the classic one.
 Paths componentsBelowVolume(const AliasRecord& record) {
     if (!record.pathOnVolume.empty()) return pathComponents(record.pathOnVolume);
@@ -25,190 +28,223 @@ Paths componentsBelowVolume(const AliasRecord& record) {
     return Paths(record.macPath.begin() + 1, record.macPath.end());
 }
 
-std::optional<posix::FileStatus> folderStatus(const std::string& path) {
-    const auto status = posix::status(path, posix::Follow::yes);
-    if (!status.ok() || !status->isFolder()) return std::nullopt;
-    return *status;
+bool isLeaf(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
+std::string pathAbove(const std::string& path) {
+    return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
+
+/// What `path` leads to, or the link there itself when it leads to nothing of this kind.
+std::optional<FSRef> ofKindAt(const std::string& path, bool wantsFolder) {
+    bool isFolder = false;
+    const auto found = referenceToPath(path, &isFolder);
+    if (found.ok() && isFolder == wantsFolder) return *found;
+    const auto status = posix::status(path, posix::Follow::no);
+    if (!status.ok() || !status->isSymbolicLink() || wantsFolder) return std::nullopt;
+    const auto folder = internFolder(pathAbove(path));
+    if (!folder.ok()) return std::nullopt;
+    return makeReference(*folder, std::string_view(path).substr(path.rfind('/') + 1), *status);
 }
 
 /// One search: what the record says, spread out.
 class Search {
   public:
-    Search(const AliasRecord& record, const std::string& aliasFolder)
+    Search(const AliasRecord& record, const std::string& aliasFolder, const SearchRules& rules,
+           const TakeTarget& take)
         : record_(record),
           aliasFolder_(aliasFolder),
+          rules_(rules),
+          take_(take),
           below_(componentsBelowVolume(record)),
           leaf_(below_.empty() ? record.targetName : below_.back()) {
-        if (record.mountPoint.starts_with('/') && folderStatus(record.mountPoint))
-            roots_.push_back(record.mountPoint);
-        if (const auto named = findVolumeNamed(record.volumeName)) addRoot(named->mountPoint);
-        recordedRoots_ = roots_.size();
-        if (aliasFolder.empty()) return;
-        if (const auto status = folderStatus(aliasFolder)) {
-            const auto volume = volumeOf(status->device, aliasFolder);
-            if (volume.ok()) addRoot(volume->mountPoint);
-        }
+        findRoots();
     }
 
-    Result<AliasTarget> find() const {
-        if (!below_.empty() || record_.isVolume()) {
-            if (const auto found = findByPath()) return *found;
-        }
-        for (const std::string& parent : parentFolders()) {
-            if (const auto found = findInParent(parent)) return AliasTarget{*found, true};
-        }
-        return Failure(missing());
+    Result<void> run() {
+        using enum SearchRules::Walk;
+        if (rules_.numberFirst) tryNumberInParents();
+        if (rules_.relationFirst) tryRelation();
+        tryPath(0, recordedRoots_);
+        if (!rules_.relationFirst) tryRelation();
+        tryPath(recordedRoots_, roots_.size());
+        if (!rules_.numberFirst) tryNumberInParents();
+        tryNameInParents();
+        if (rules_.walk == always || (rules_.walk == whenNothingElseFinds && found_.empty()))
+            tryWalk();
+        if (!found_.empty()) return {};
+        return Failure(record_.volumeName.empty() || recordedRoots_ > 0 ? fnfErr : nsvErr);
     }
 
   private:
+    void findRoots() {
+        if (record_.mountPoint.starts_with('/') && folderStatus(record_.mountPoint))
+            roots_.push_back(record_.mountPoint);
+        if (const auto named = findVolumeNamed(record_.volumeName)) addRoot(named->mountPoint);
+        recordedRoots_ = roots_.size();
+        if (!aliasFolder_.empty()) {
+            if (const auto status = folderStatus(aliasFolder_)) {
+                const auto volume = volumeOf(status->device, aliasFolder_);
+                if (volume.ok()) addRoot(volume->mountPoint);
+            }
+        }
+        if (!rules_.everyVolume) return;
+        FSVolumeRefNum number = kRootVolume;
+        while (const auto volume = findVolume(number--)) addRoot(volume->mountPoint);
+    }
+
     void addRoot(const std::string& root) {
         if (std::ranges::find(roots_, root) == roots_.end()) roots_.push_back(root);
     }
 
-    OSStatus missing() const {
-        return record_.volumeName.empty() || recordedRoots_ > 0 ? fnfErr : nsvErr;
+    /// Offers what is at `path`, when it is of the target's kind.
+    void offer(const std::string& path, FoundBy by) {
+        if (isDone_) return;
+        const auto ref = ofKindAt(path, record_.isFolder);
+        if (!ref) return;
+        const auto object = describeReference(&*ref);
+        if (!object.ok() || std::ranges::find(found_, object->path()) != found_.end()) return;
+        found_.push_back(object->path());
+        isDone_ = !take_({*ref, path, by});
     }
 
-    std::optional<FSRef> ofKindAt(const std::string& path) const {
-        bool isFolder = false;
-        const auto found = referenceToPath(path, &isFolder);
-        if (found.ok() && isFolder == record_.isFolder) return *found;
-        const auto status = posix::status(path, posix::Follow::no);
-        if (!status.ok() || !status->isSymbolicLink() || record_.isFolder) return std::nullopt;
-        const std::size_t slash = path.rfind('/');
-        const auto folder = internFolder(slash == 0 ? "/" : path.substr(0, slash));
-        if (!folder.ok()) return std::nullopt;
-        return makeReference(*folder, std::string_view(path).substr(slash + 1), *status);
+    void tryPath(std::size_t first, std::size_t end) {
+        if (below_.empty() && !record_.isVolume()) return;
+        for (std::size_t i = first; i < end && !isDone_; ++i)
+            offer(joinComponents(roots_[i], below_), FoundBy::path);
     }
 
-    std::optional<AliasTarget> findByPath() const {
-        for (std::size_t i = 0; i < recordedRoots_; ++i) {
-            if (const auto found = ofKindAt(joinComponents(roots_[i], below_)))
-                return AliasTarget{*found, false};
-        }
-        if (const std::string path = relativePath(); !path.empty()) {
-            if (const auto found = ofKindAt(path)) return AliasTarget{*found, true};
-        }
-        for (std::size_t i = recordedRoots_; i < roots_.size(); ++i) {
-            if (const auto found = ofKindAt(joinComponents(roots_[i], below_)))
-                return AliasTarget{*found, true};
-        }
-        return std::nullopt;
-    }
-
-    /// Empty when the record does not say how the target lies to the alias.
-    std::string relativePath() const {
+    /// Nothing when the record does not say how the target lies to the alias.
+    void tryRelation() {
         const auto down = static_cast<std::size_t>(std::max<SInt16>(record_.levelsDown, 0));
         if (aliasFolder_.empty() || record_.levelsUp < 1 || down < 1 || down > below_.size())
-            return {};
+            return;
         std::string folder = aliasFolder_;
         for (int up = record_.levelsUp; up > 1; --up) {
-            if (folder == "/") return {};
-            folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
+            if (folder == "/") return;
+            folder = pathAbove(folder);
         }
-        return joinComponents(folder, Paths(below_.end() - record_.levelsDown, below_.end()));
+        offer(joinComponents(folder, Paths(below_.end() - record_.levelsDown, below_.end())),
+              FoundBy::relation);
     }
 
-    /// The child of `folder` with this number: the one called `name`, else any.
-    template <typename Accepts>
-    std::optional<std::string> childWithID(const std::string& folder, const std::string& name,
-                                           UInt32 id, Accepts accepts) const {
-        const auto above = folderStatus(folder);
-        if (!above) return std::nullopt;
-        const auto isIt = [&](const std::string& child) {
-            const auto status = posix::status(joinPath(folder, child), posix::Follow::no);
-            return status.ok() && status->device == above->device &&
-                   nodeIDFromInode(status->inode) == id && accepts(*status);
-        };
-        if (!name.empty() && isIt(name)) return joinPath(folder, name);
-        auto names = posix::DirectoryReader::open(folder);
-        if (!names.ok()) return std::nullopt;
-        for (auto child = names->next(); child.ok() && !child->empty(); child = names->next()) {
-            if (isIt(*child)) return joinPath(folder, *child);
-        }
-        return std::nullopt;
-    }
-
-    /// From the volume's root down, each folder by its number.
-    std::optional<std::string> parentByNumbers(const std::string& root) const {
-        if (below_.empty() && record_.parentID == fsRtDirID) return root;
-        const std::vector<UInt32>& ids = record_.folderIDs;
-        if (ids.size() + 1 != below_.size()) return std::nullopt;
-        std::optional<std::string> path = root;
-        for (std::size_t i = 0; path && i < ids.size(); ++i) {
-            path = childWithID(*path, below_[i], ids[ids.size() - 1 - i],
-                               [](const posix::FileStatus& status) { return status.isFolder(); });
-        }
-        return path;
-    }
-
-    /// Where this process has last seen a folder with the parent's number.
-    std::optional<std::string> rememberedParent(const std::string& root) const {
-        const auto status = folderStatus(root);
-        if (!status) return std::nullopt;
-        const auto volume = volumeOf(status->device, root);
-        if (!volume.ok()) return std::nullopt;
-        const auto path = rememberedFolder(volume->number, record_.parentID);
-        if (!path.ok()) return std::nullopt;
-        const auto found = folderStatus(*path);
-        const bool isIt = found && found->device == volume->device &&
-                          nodeIDFromInode(found->inode) == record_.parentID;
-        return isIt ? std::optional(*path) : std::nullopt;
-    }
-
-    Paths parentFolders() const {
-        Paths parents;
-        if (record_.isVolume() || record_.parentID == 0 || record_.parentID == AliasRecord::kNoID)
-            return parents;
-        for (const std::string& root : roots_) {
-            if (!canBeVolume(root)) continue;
-            for (const auto& path : {parentByNumbers(root), rememberedParent(root)}) {
-                if (path && std::ranges::find(parents, *path) == parents.end())
-                    parents.push_back(*path);
+    const Paths& parents() {
+        if (!parents_) {
+            parents_.emplace();
+            for (const std::string& root : roots_) {
+                for (std::string& parent : recordedParents(record_, below_, root)) {
+                    if (std::ranges::find(*parents_, parent) == parents_->end())
+                        parents_->push_back(std::move(parent));
+                }
             }
         }
-        return parents;
+        return *parents_;
     }
 
-    /// Numbers of other disks' folders mean nothing on this one.
-    bool canBeVolume(const std::string& root) const {
-        const auto status = folderStatus(root);
-        if (!status) return false;
-        const AliasRecord::Date created = creationDate(*status);
-        return created == 0 || record_.volumeCreated == 0 || created == record_.volumeCreated;
-    }
-
-    /// A number may belong to another object by now, but not with the same date.
-    bool canBeTarget(const posix::FileStatus& status) const {
-        if (status.isFolder() != record_.isFolder) return false;
-        const bool hasDates = status.keepsCreated && record_.targetCreated != 0;
-        return !hasDates || creationDate(status) == record_.targetCreated;
-    }
-
-    std::optional<FSRef> findInParent(const std::string& parent) const {
-        if (record_.targetID != 0 && record_.targetID != AliasRecord::kNoID) {
-            const auto path = childWithID(
-                parent, {}, record_.targetID,
-                [this](const posix::FileStatus& status) { return canBeTarget(status); });
-            if (path) return ofKindAt(*path);
+    void tryNumberInParents() {
+        if (isDone_ || !hasNumber(record_)) return;
+        const auto accepts = [this](const std::string&, const posix::FileStatus& status) {
+            return status.isFolder() == record_.isFolder &&
+                   compareDates(creationDate(status), record_.targetCreated) != Dates::differ;
+        };
+        for (const std::string& parent : parents()) {
+            if (isDone_) return;
+            const auto path = childWithNumber(parent, leaf_, record_.targetID, accepts);
+            if (path) offer(*path, FoundBy::number);
         }
-        const bool isName =
-            !leaf_.empty() && leaf_ != "." && leaf_ != ".." && leaf_.find('/') == std::string::npos;
-        return isName ? ofKindAt(joinPath(parent, leaf_)) : std::nullopt;
+    }
+
+    void tryNameInParents() {
+        if (isDone_ || !isLeaf(leaf_)) return;
+        for (const std::string& parent : parents()) {
+            if (!isDone_) offer(joinPath(parent, leaf_), FoundBy::name);
+        }
+    }
+
+    void tryWalk() {
+        const bool byName = rules_.walkTakesNames && isLeaf(leaf_);
+        if (record_.isVolume() || (!hasNumber(record_) && !byName)) return;
+        WalkBudget budget;
+        for (const std::string& root : roots_) {
+            if (isDone_) return;
+            const bool numbersHold = hasNumber(record_) && canBeVolume(record_, root);
+            const auto volume = folderStatus(root);
+            if (!volume || (!numbersHold && !byName)) continue;
+            const SoughtObject sought{volume->device, record_.targetID, record_.targetCreated,
+                                      leaf_};
+            if (!byName && isKnownAsLost(sought)) continue;
+            walkOutward(
+                walkStart(root), budget,
+                [&](const std::string& folder, const std::string& name,
+                    const posix::FileStatus& status) {
+                    if ((numbersHold && isTarget(name, status)) || (byName && name == leaf_))
+                        offer(joinPath(folder, name), FoundBy::walk);
+                    return !isDone_;
+                });
+            if (numbersHold && found_.empty()) rememberLost(sought);
+        }
+    }
+
+    /// A number may belong to another object by now, but not with the same date or name.
+    bool isTarget(const std::string& name, const posix::FileStatus& status) const {
+        if (nodeIDFromInode(status.inode) != record_.targetID ||
+            status.isFolder() != record_.isFolder)
+            return false;
+        const Dates dates = compareDates(creationDate(status), record_.targetCreated);
+        return dates == Dates::agree || (dates == Dates::notKept && name == leaf_);
+    }
+
+    /// The recorded parent, or what is left of the path to it.
+    std::string walkStart(const std::string& root) {
+        const auto rootStatus = folderStatus(root);
+        const auto isOnVolume = [&](const std::string& path) {
+            const auto status = posix::status(path, posix::Follow::no);
+            return status.ok() && status->isFolder() && status->device == rootStatus->device;
+        };
+        if (!rootStatus) return root;
+        for (const std::string& parent : parents()) {
+            if (isOnVolume(parent)) return parent;
+        }
+        Paths way = below_;
+        while (!way.empty()) {
+            way.pop_back();
+            std::string folder = joinComponents(root, way);
+            // A link on the way would lead the walk away from the volume's own folders.
+            const auto real = posix::realPath(folder);
+            if (real.ok() && *real == folder && isOnVolume(folder)) return folder;
+        }
+        return root;
     }
 
     const AliasRecord& record_;       // weak
     const std::string& aliasFolder_;  // weak
+    const SearchRules& rules_;        // weak
+    const TakeTarget& take_;          // weak
     Paths below_;
     std::string leaf_;
     Paths roots_;
     std::size_t recordedRoots_ = 0;  // of them, those that the record itself names
+    std::optional<Paths> parents_;
+    Paths found_;
+    bool isDone_ = false;
 };
 
 }  // namespace
 
-Result<AliasTarget> findAliasTarget(const AliasRecord& record, const std::string& aliasFolder) {
-    return Search(record, aliasFolder).find();
+Result<void> findAliasTargets(const AliasRecord& record, const std::string& aliasFolder,
+                              const SearchRules& rules, const TakeTarget& take) {
+    return Search(record, aliasFolder, rules, take).run();
+}
+
+Result<AliasTarget> findAliasTarget(const AliasRecord& record, const std::string& aliasFolder,
+                                    const SearchRules& rules) {
+    AliasTarget found;
+    OSA_CHECK(findAliasTargets(record, aliasFolder, rules, [&](const AliasTarget& target) {
+        found = target;
+        return false;
+    }));
+    return found;
 }
 
 }  // namespace osa

@@ -3,26 +3,50 @@
 
 #include <CoreServices/Files.h>
 
+#include <functional>
 #include <string>
 
 #include "platform/aliases/AliasRecord.h"
 
 namespace osa {
 
+/// By what something was found.
+enum class FoundBy { relation, path, number, name, walk };
+
 struct AliasTarget {
     FSRef ref{};
-    bool isElsewhere = false;  ///< not where the record says
+    /// Where it was looked for; a link there may lead somewhere else.
+    std::string path;
+    FoundBy by = FoundBy::path;
 };
 
-/// Looks, in this order: where the record says; for the same path on the volume of the recorded
-/// name; by the way from the alias to its target that the record may hold; for the same path on the
-/// volume of the alias; then, in the recorded parent folder, which is followed by its number where
-/// it was renamed or moved, for the target's number and at last for its name. What is found but is
-/// of another kind (a folder instead of a file) is not the target. A link is followed, or is the
-/// target itself when it leads nowhere or to another kind.
+/// Which ways a search goes, and in which order.
+struct SearchRules {
+    enum class Walk { never, whenNothingElseFinds, always };
+
+    bool relationFirst = true;  ///< before the recorded path, else behind it
+    bool numberFirst = false;   ///< numbers in the recorded parent before everything else
+    bool everyVolume = false;   ///< those that this process has met
+    Walk walk = Walk::whenNothingElseFinds;
+    bool walkTakesNames = false;  ///< also objects of the target's name and another number
+};
+
+/// Gets what is found, no object twice; false ends the search.
+using TakeTarget = std::function<bool(const AliasTarget&)>;
+
+/// Looks, in this order: by the way from the alias to its target that the record may hold; for the
+/// recorded path, on the volume where the record says, on the one of the recorded name and on that
+/// of the alias; in the recorded parent folder, which is followed by its numbers where it was
+/// renamed or moved, for the target's number and then for its name; and in a walk (AliasWalk.h).
+/// What is found but is of another kind (a folder instead of a file) is not the target. A link is
+/// followed, or is the target itself when it leads nowhere or to another kind.
 ///
 /// `aliasFolder` is the folder of the file that holds the alias; empty when there is none. nsvErr:
-/// it is nowhere and neither is its volume; fnfErr: it is nowhere.
-Result<AliasTarget> findAliasTarget(const AliasRecord& record, const std::string& aliasFolder);
+/// nothing was found, nor was the volume; fnfErr: nothing was found.
+Result<void> findAliasTargets(const AliasRecord& record, const std::string& aliasFolder,
+                              const SearchRules& rules, const TakeTarget& take);
+/// The first.
+Result<AliasTarget> findAliasTarget(const AliasRecord& record, const std::string& aliasFolder,
+                                    const SearchRules& rules);
 
 }  // namespace osa

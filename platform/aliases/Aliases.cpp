@@ -1,24 +1,16 @@
-// Alias records in handles: making and resolving them.
+// Alias records in handles: making and updating them.
 #include <CoreServices/Aliases.h>
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 
-#include <algorithm>
 #include <new>
 
+#include "platform/aliases/AliasHandles.h"
 #include "platform/aliases/AliasPlaces.h"
-#include "platform/aliases/AliasTarget.h"
 #include "platform/files/Names.h"
 
 namespace osa {
 namespace {
-
-ByteSpan bytesOf(AliasHandle alias) {
-    const auto handle = reinterpret_cast<Handle>(alias);
-    if (handle == nullptr || *handle == nullptr) return {};
-    return {reinterpret_cast<const std::byte*>(*handle),
-            static_cast<std::size_t>(GetHandleSize(handle))};
-}
 
 Result<AliasHandle> handleOf(const AliasRecord& record) {
     OSA_TRY(const auto bytes, record.write());
@@ -28,13 +20,18 @@ Result<AliasHandle> handleOf(const AliasRecord& record) {
     return reinterpret_cast<AliasHandle>(handle);
 }
 
-Result<AliasHandle> makeAlias(const FSRef* fromFile, const FSRef* target) {
+Result<AliasRecord> currentRecord(const FSRef* fromFile, const FSRef* target) {
     OSA_TRY(const Located object, locate(target));
     OSA_TRY(AliasRecord record, recordOf(object));
     if (fromFile != nullptr) {
         OSA_TRY(const Located from, locate(fromFile));
         OSA_CHECK(addRelation(record, from));
     }
+    return record;
+}
+
+Result<AliasHandle> makeAlias(const FSRef* fromFile, const FSRef* target) {
+    OSA_TRY(const AliasRecord record, currentRecord(fromFile, target));
     return handleOf(record);
 }
 
@@ -51,12 +48,11 @@ Result<AliasHandle> makeAliasOfPath(std::string_view path, std::string_view zone
     return handleOf(record);
 }
 
-Result<AliasTarget> resolveAlias(const FSRef* fromFile, AliasHandle alias) {
-    const auto record = AliasRecord::parse(bytesOf(alias));
-    if (!record.ok()) return Failure(paramErr);
-    if (fromFile == nullptr) return findAliasTarget(*record, {});
-    OSA_TRY(const Located from, locate(fromFile));
-    return findAliasTarget(*record, std::string(from.folder()));
+Result<bool> updateAlias(const FSRef* fromFile, const FSRef* target, AliasHandle alias) {
+    OSA_TRY(const AliasRecord old, aliasRecord(alias));
+    OSA_TRY(AliasRecord record, currentRecord(fromFile, target));
+    record.userType = old.userType;
+    return storeRecord(alias, record);
 }
 
 /// The edge of the calls that make an alias: what `make` gives goes to `alias`.
@@ -95,26 +91,14 @@ OSErr NewAliasMinimalFromFullPath(SInt16 fullPathLength, const void* fullPath,
     });
 }
 
-OSErr FSResolveAlias(const FSRef* fromFile, AliasHandle alias, FSRef* target, Boolean* wasChanged) {
-    if (alias == nullptr || target == nullptr) return paramErr;
+OSErr FSUpdateAlias(const FSRef* fromFile, const FSRef* target, AliasHandle alias,
+                    Boolean* wasChanged) {
+    if (alias == nullptr) return paramErr;
     try {
-        const auto found = osa::resolveAlias(fromFile, alias);
-        if (!found.ok()) return static_cast<OSErr>(found.status());
-        *target = found->ref;
-        if (wasChanged != nullptr) *wasChanged = found->isElsewhere ? 1 : 0;
-        return noErr;
+        const auto updated = osa::updateAlias(fromFile, target, alias);
+        if (updated.ok() && wasChanged != nullptr) *wasChanged = *updated ? 1 : 0;
+        return static_cast<OSErr>(updated.status());
     } catch (const std::bad_alloc&) {
         return memFullErr;
     }
-}
-
-Size GetAliasSize(AliasHandle alias) {
-    const osa::ByteSpan bytes = osa::bytesOf(alias);
-    osa::ByteReader reader(bytes);
-    reader.skip(4);
-    return std::min<Size>(reader.u16(), static_cast<Size>(bytes.size()));
-}
-
-OSType GetAliasUserType(AliasHandle alias) {
-    return osa::ByteReader(osa::bytesOf(alias)).fourCC();
 }

@@ -1,4 +1,7 @@
 // The program as scripts use it: output, error lines and exit statuses.
+#include <CoreServices/Aliases.h>
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -178,6 +181,45 @@ TEST_F(Command, DescribesFlattenedDescriptors) {
     EXPECT_EQ(several.output, "osa: " + cut + ": is no flattened descriptor, or a damaged one\n" +
                                   "osa: " + folder_.path("Folder") + ": is a folder\n" + file +
                                   ":\n\"\xC3\xA9\\n\"\n");
+}
+
+TEST_F(Command, ExplainsAliasesAndWhereTheyLead) {
+    const std::string target = folder_.write("deep/target", "");
+    FSRef ref;
+    AliasHandle record = nullptr;
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(target.c_str()), &ref, nullptr), noErr);
+    ASSERT_EQ(FSNewAlias(nullptr, &ref, &record), noErr);
+    const auto handle = reinterpret_cast<Handle>(record);
+    const std::string bytes(*handle, static_cast<std::size_t>(GetHandleSize(handle)));
+    DisposeHandle(handle);
+    folder_.write("raw", bytes);
+    folder_.write("alias", "");
+    folder_.write("._alias", samples::appleDouble(
+                                 samples::finderInfoBytes('alis', 'MACS', 0x8000),
+                                 samples::ResourceForkBuilder().add('alis', 0, bytes).text()));
+    std::filesystem::create_symlink("deep/target", folder_.path("link"));
+    const auto lead = [&](const char* name) {
+        const Outcome outcome = run("alias --json " + quoted(folder_.path(name)), "2>/dev/null");
+        const Json json = Json::parse(outcome.output);
+        EXPECT_EQ(outcome.exitStatus == 0, json.at("status") == 0);
+        EXPECT_EQ(json.value("recordedPath", "").ends_with("deep/target"), true);
+        return json.at("kind").get<std::string>() + ": " + json.value("foundBy", "nowhere");
+    };
+    EXPECT_EQ(lead("raw"), "alias record: path");
+    EXPECT_EQ(lead("alias"), "alias file: path");
+    EXPECT_EQ(lead("link"), "symbolic link: link");
+    std::filesystem::rename(target, folder_.path("deep/renamed"));
+    EXPECT_EQ(lead("raw"), "alias record: number");
+    EXPECT_EQ(lead("link"), "symbolic link: nowhere");
+    std::filesystem::rename(folder_.path("deep/renamed"), folder_.path("moved"));
+    EXPECT_EQ(lead("alias"), "alias file: search");
+    const Outcome text = run("alias " + quoted(folder_.path("alias")));
+    EXPECT_NE(text.output.find("    target           target\n"), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find("/moved\n"), std::string::npos) << text.output;
+    std::filesystem::remove(folder_.path("moved"));
+    EXPECT_EQ(lead("alias"), "alias file: nowhere");
+    EXPECT_NE(run("alias " + quoted(folder_.write("plain", "x"))).output.find("is no alias"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -36,7 +36,10 @@ OSErr referenceFromURL(const AEDesc* from, FSRef& ref) {
 
 OSErr referenceFromAlias(const AEDesc* from, FSRef& ref) {
     const auto alias = reinterpret_cast<AliasHandle>(from->dataHandle);
-    const OSErr status = FSResolveAlias(nullptr, alias, &ref, nullptr);
+    // The record is the descriptor's and stays as it is.
+    SInt16 count = 1;
+    const auto status = static_cast<OSErr>(FSMatchAliasNoUI(
+        nullptr, kARMNoUI | kARMSearch, alias, &count, &ref, nullptr, nullptr, nullptr));
     // So it answers to what is no alias record.
     return status == paramErr ? OSErr{errAECoercionFail} : status;
 }

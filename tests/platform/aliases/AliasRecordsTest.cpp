@@ -30,14 +30,22 @@ class AliasRecords : public FileFixture {
         EXPECT_EQ(GetAliasSize(alias), GetHandleSize(handle));
         return {*handle, static_cast<std::size_t>(GetHandleSize(handle))};
     }
-    /// Where the alias leads, with "!" behind it when that was told to be elsewhere; or the status.
-    /// Disposes of the alias.
+    /// Where the alias leads, with "!" behind it when the record was brought up to date, after
+    /// which it must be; or the status. Disposes of the alias.
     std::string resolved(AliasHandle alias, const FSRef* from = nullptr) const {
         FSRef target{};
         Boolean wasChanged = 9;
+        const std::string before = bytesOf(alias);
         const OSErr status = FSResolveAlias(from, alias, &target, &wasChanged);
-        DisposeHandle(reinterpret_cast<Handle>(alias));
+        const std::string after = bytesOf(alias);
         EXPECT_EQ(wasChanged > 1, status != noErr);
+        EXPECT_EQ(wasChanged == 1, before != after);
+        if (wasChanged == 1) {
+            Boolean again = 9;
+            EXPECT_EQ(FSResolveAlias(from, alias, &target, &again), noErr);
+            EXPECT_EQ(again, 0) << "still out of date";
+        }
+        DisposeHandle(reinterpret_cast<Handle>(alias));
         if (status != noErr) return std::to_string(status);
         UInt8 path[4096] = {};
         EXPECT_EQ(FSRefMakePath(&target, path, sizeof path), noErr);
@@ -78,14 +86,22 @@ TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
     };
     const Row rows[] = {
         {"nothing", [] {}, "a/b/file"},
-        {"replaced", [&] { put("a/b/new"), move("a/b/new", "a/b/file"); }, "a/b/file"},
+        {"replaced", [&] { put("a/b/new"), move("a/b/new", "a/b/file"); }, "a/b/file!"},
         {"renamed", [&] { move("a/b/file", "a/b/other"); }, "a/b/other!"},
         {"folder renamed", [&] { move("a/b", "a/c"); }, "a/c/file!"},
         {"all", [&] { move("a/b/file", "a/b/x"), move("a/b", "a/y"), move("a", "z"); }, "z/y/x!"},
         {"made anew", [&] { lose(), move("a/b", "a/c"), put("a/c/file"); }, "a/c/file!"},
         {"deleted, and its number taken", [&] { lose(), put("a/b/1"), put("a/b/2"); }, "-43"},
         {"now a folder", [&] { lose(), fs::create_directory(at("a/b/file")); }, "-43"},
-        {"moved away", [&] { move("a/b/file", "file"); }, "-43"},
+        {"moved up", [&] { move("a/b/file", "file"); }, "file!"},
+        {"moved down and renamed",
+         [&] { fs::create_directories(at("a/b/c/d")), move("a/b/file", "a/b/c/d/e"); },
+         "a/b/c/d/e!"},
+        {"moved aside, its folder gone",
+         [&] { put("q/x"), move("a/b/file", "q/y"), fs::remove_all(at("a")); }, "q/y!"},
+        {"moved behind a link",
+         [&] { move("a/b", "a/c"), fs::create_directory_symlink(at("a/c"), at("a/b")); },
+         "a/b/file"},
         {"moved with a folder that was seen again",
          [&] { move("a/b", "b2"), info(ref("b2"), kFSCatInfoVolume | kFSCatInfoNodeID); },
          "b2/file!"},
@@ -155,7 +171,164 @@ TEST_F(AliasRecords, OfPathsNeedNoTarget) {
         EXPECT_EQ(resolved(alias), found);
     }
     EXPECT_EQ(FSResolveAlias(nullptr, nullptr, nullptr, nullptr), paramErr);
-    EXPECT_EQ(resolved(reinterpret_cast<AliasHandle>(NewHandleClear(200))), "-50");
+}
+
+/// What FSMatchAliasNoUI finds, in order; the status when that is nothing.
+std::string matches(const FSRef* from, UInt32 rules, AliasHandle alias,
+                    FSAliasFilterProcPtr filter = nullptr) {
+    FSRef found[3];
+    SInt16 count = 3;
+    Boolean needsUpdate = 9;
+    const std::string before(*reinterpret_cast<Handle>(alias), 150);
+    const OSStatus status =
+        FSMatchAliasNoUI(from, rules, alias, &count, found, &needsUpdate, filter, nullptr);
+    EXPECT_EQ(before, std::string(*reinterpret_cast<Handle>(alias), 150));
+    if (status != noErr) return count == 0 ? std::to_string(status) : "count";
+    std::string text = needsUpdate != 0 ? "!" : "";
+    for (SInt16 i = 0; i < count; ++i) {
+        UInt8 path[4096] = {};
+        FSRefMakePath(&found[i], path, sizeof path);
+        text += " " + fs::path(reinterpret_cast<char*>(path)).parent_path().filename().string() +
+                "/" + fs::path(reinterpret_cast<char*>(path)).filename().string();
+    }
+    return text;
+}
+
+TEST_F(AliasRecords, MatchByTheRulesInTheirOrder) {
+    put("one/docs/from");
+    put("one/data/x.7");
+    const FSRef from = ref("one/docs/from");
+    const AliasHandle alias = aliasOf("one/data/x.7", &from);
+    EXPECT_EQ(matches(&from, 0, alias), " data/x.7");
+    // The number is renamed, another file has the path, and a copy lies by the alias's own copy.
+    fs::rename(at("one/data/x.7"), at("one/data/number"));
+    put("one/data/x.7");
+    put("two/docs/from");
+    put("two/data/x.7");
+    put("far/away/x.7");
+    const FSRef copy = ref("two/docs/from");
+    const auto discardFirst = [](const FSRef*, Boolean*, Ptr) {
+        static bool isFirst = false;
+        return static_cast<Boolean>(isFirst = !isFirst);
+    };
+    EXPECT_EQ(matches(nullptr, 0, alias), "! data/x.7 data/number");
+    EXPECT_EQ(matches(&copy, kARMSearch, alias), "! data/x.7 data/x.7 data/number");
+    EXPECT_EQ(matches(&copy, kARMTryFileIDFirst, alias), "! data/number data/x.7 data/x.7");
+    EXPECT_EQ(matches(nullptr, 0, alias, discardFirst), "! data/number");
+    EXPECT_EQ(matches(nullptr, 0, alias, [](const FSRef*, Boolean*, Ptr) { return Boolean{1}; }),
+              "-43");
+    FSRef target{};
+    Boolean wasChanged = 9;
+    EXPECT_EQ(FSFollowFinderAlias(&copy, alias, 0, &target, &wasChanged), noErr);
+    EXPECT_EQ(info(target, kFSCatInfoNodeID).nodeID,
+              info(ref("two/data/x.7"), kFSCatInfoNodeID).nodeID)
+        << "the way from the alias goes first";
+    EXPECT_EQ(wasChanged, 1);
+    fs::remove_all(at("two"));
+    fs::remove_all(at("one"));
+    EXPECT_EQ(matches(nullptr, kARMSearch, alias), "-43");
+    EXPECT_EQ(matches(nullptr, kARMSearchMore, alias), "! away/x.7");
+    DisposeHandle(reinterpret_cast<Handle>(alias));
+}
+
+TEST_F(AliasRecords, AreUpdatedInTheirHandleWithWhatIsTheApplicationsKept) {
+    put("a/file");
+    put("longer folder name/a longer file name");
+    const AliasHandle alias = aliasOf("a/file");
+    SetAliasUserType(alias, 'mark');
+    const std::string before = bytesOf(alias);
+    const auto handle = reinterpret_cast<Handle>(alias);
+    SetHandleSize(handle, static_cast<Size>(before.size()) + 7);
+    std::copy_n("private", 7, *handle + before.size());
+    for (const char* const name : {"longer folder name/a longer file name", "a/file"}) {
+        const FSRef target = ref(name);
+        Boolean wasChanged = 9;
+        EXPECT_EQ(FSUpdateAlias(nullptr, &target, alias, &wasChanged), noErr);
+        EXPECT_EQ(wasChanged, 1);
+        EXPECT_EQ(FSUpdateAlias(nullptr, &target, alias, &wasChanged), noErr);
+        EXPECT_EQ(wasChanged, 0);
+        EXPECT_EQ(GetAliasUserType(alias), OSType{'mark'});
+        EXPECT_EQ(std::string(*handle + GetAliasSize(alias), *handle + GetHandleSize(handle)),
+                  "private");
+    }
+    EXPECT_EQ(std::string(*handle, before.size()), before);
+    DisposeHandle(handle);
+    const FSRef target = ref("a/file");
+    const Handle none = NewHandleClear(200);
+    const auto noAlias = reinterpret_cast<AliasHandle>(none);
+    FSRef found{};
+    EXPECT_EQ(FSUpdateAlias(nullptr, &target, noAlias, nullptr), paramErr);
+    EXPECT_EQ(FSResolveAlias(nullptr, noAlias, &found, nullptr), paramErr);
+    EXPECT_EQ(FSCopyAliasInfo(noAlias, nullptr, nullptr, nullptr, nullptr, nullptr), paramErr);
+    SetHandleSize(none, 3);
+    SetAliasUserType(noAlias, 'mark');
+    DisposeHandle(none);
+}
+
+TEST_F(AliasRecords, TellWhatTheyHoldOfATargetThatIsGone) {
+    put("a/n:a", "");
+    put("a/._n:a", appleDouble(finderInfo('TEXT', 'ttxt'), {}));
+    const FSCatalogInfo facts = info(ref("a/n:a"), kFSCatInfoGettableInfo);
+    const AliasHandle alias = aliasOf("a/n:a");
+    fs::remove_all(at("a"));
+    HFSUniStr255 name{};
+    HFSUniStr255 volume{};
+    CFStringRef path = nullptr;
+    FSAliasInfoBitmap fields = 0;
+    FSAliasInfo told{};
+    ASSERT_EQ(FSCopyAliasInfo(alias, &name, &volume, &path, &fields, &told), noErr);
+    EXPECT_EQ(std::u16string(name.unicode, name.unicode + name.length), u"n/a");
+    EXPECT_EQ(volume.length, bootVolumeName().size());
+    char text[4096] = {};
+    EXPECT_TRUE(CFStringGetCString(path, text, sizeof text, kCFStringEncodingUTF8));
+    CFRelease(path);
+    EXPECT_EQ(text, at("a/n:a"));
+    EXPECT_EQ(fields & ~(kFSAliasInfoVolumeCreateDate | kFSAliasInfoTargetCreateDate), 0x7Cu);
+    EXPECT_EQ(told.fileType, OSType{'TEXT'});
+    EXPECT_EQ(told.nodeID, facts.nodeID);
+    EXPECT_EQ(told.parentDirID, facts.parentDirID);
+    EXPECT_TRUE(told.targetCreateDate.lowSeconds == facts.createDate.lowSeconds ||
+                (fields & kFSAliasInfoTargetCreateDate) == 0);
+    EXPECT_FALSE(told.isDirectory);
+    EXPECT_TRUE(told.volumeIsBootVolume);
+    DisposeHandle(reinterpret_cast<Handle>(alias));
+}
+
+TEST_F(AliasRecords, SurviveEveryFailureOfTheSystem) {
+    put("old/file");
+    put("new/x");
+    AliasHandle alias = nullptr;
+    std::string before;
+    const auto prepare = [&] {
+        DisposeHandle(reinterpret_cast<Handle>(alias));
+        fs::remove_all(at("new/file"));
+        put("old/file");
+        alias = aliasOf("old/file");
+        before = bytesOf(alias);
+        fs::rename(at("old/file"), at("new/file"));
+    };
+    Boolean wasChanged = 0;
+    FSRef target{};
+    failEachCall(
+        prepare, [&] { return FSResolveAlias(nullptr, alias, &target, &wasChanged); },
+        [&](OSStatus status) {
+            EXPECT_TRUE(status == noErr || status == fnfErr) << status;
+            const bool isChanged = status == noErr && wasChanged != 0;
+            EXPECT_EQ(bytesOf(alias) != before, isChanged);
+        });
+    const auto prepareUpdate = [&] { prepare(), target = ref("new/file"); };
+    failEachCall(
+        prepareUpdate, [&] { return FSUpdateAlias(nullptr, &target, alias, &wasChanged); },
+        [&](OSStatus status) { EXPECT_EQ(bytesOf(alias) != before, status == noErr); });
+    DisposeHandle(reinterpret_cast<Handle>(alias));
+    alias = nullptr;
+    const FSRef file = ref("new/file");
+    failEachCall([] {}, [&] { return FSNewAlias(&file, &file, &alias); },
+                 [&](OSStatus status) {
+                     EXPECT_EQ(alias == nullptr, status != noErr);
+                     DisposeHandle(reinterpret_cast<Handle>(alias));
+                     alias = nullptr;
+                 });
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Alias files and links, resolved on disk; alias records built here.
 #include <CoreServices/Aliases.h>
+#include <CoreServices/MacMemory.h>
 
 #include "platform/aliases/AliasRecord.h"
 #include "tests/platform/files/FileFixture.h"
@@ -49,6 +50,34 @@ std::string aliasFork(const std::string& record) {
     return fork.u16(0).u16(0xFFFF).u32(0).u32(0).takeText();
 }
 
+/// An alias file's data fork, little-endian.
+std::string bookmark(const std::vector<std::string>& components, const std::string& volumePath) {
+    const auto words = [](std::initializer_list<std::uint32_t> values) {
+        std::string bytes;
+        for (std::uint32_t value : values) {
+            for (int i = 0; i < 4; ++i, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+        }
+        return bytes;
+    };
+    std::string body(4, '\0');
+    const auto item = [&](std::uint32_t type, const std::string& value) {
+        const auto offset = static_cast<std::uint32_t>(body.size());
+        body += words({static_cast<std::uint32_t>(value.size()), type}) + value;
+        body.resize((body.size() + 3) / 4 * 4);
+        return offset;
+    };
+    std::string offsets;
+    for (const std::string& component : components) offsets += words({item(0x0101, component)});
+    const std::uint32_t array = item(0x0601, offsets);
+    const std::uint32_t volume = item(0x0101, volumePath);
+    const auto table = static_cast<std::uint32_t>(body.size());
+    body += words({44, 0xFFFFFFFE, 1, 0, 2, 0x1004, array, 0, 0x2002, volume, 0});
+    body.replace(0, 4, words({table}));
+    std::string file = words({0x6B6F6F62, 0, 0x6B72616D, 0, 56});
+    file.resize(56);
+    return file + body;
+}
+
 class Aliases : public FileFixture {
   protected:
     void putAlias(const std::string& name, const std::string& record,
@@ -92,6 +121,18 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     putAlias("circle", AliasRecordBuilder{.path = "circle", .mountPoint = root_}.build());
     putAlias("damaged", "no record at all");
     putAlias("unflagged", AliasRecordBuilder{.path = "file", .mountPoint = root_}.build(), 0);
+    const std::string inRoot = root_.substr(root_.rfind('/') + 1);
+    const std::string aboveRoot = root_.substr(0, root_.rfind('/'));
+    for (const auto& [name, content] :
+         {std::pair("bookmark", bookmark({inRoot, "file"}, aboveRoot)),
+          std::pair("toFolderByBookmark", bookmark({"folder"}, root_)),
+          std::pair("outOfBookmark", bookmark({"folder", "..", "file"}, root_)),
+          std::pair("cutBookmark", bookmark({"file"}, root_).substr(0, 80))}) {
+        put(name, content);
+        const std::string info = finderInfo('alis', 'MACS').replace(8, 2, "\x80");
+        put("._" + std::string(name), appleDouble(info, {}));
+    }
+    put("unflaggedBookmark", bookmark({"file"}, root_));
     std::filesystem::create_symlink("file", at("link"));
     std::filesystem::create_symlink("nowhere", at("deadLink"));
     std::filesystem::create_symlink("selfLink", at("selfLink"));
@@ -111,6 +152,11 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         {"chain", noErr, "file", true, false},
         {"toFolder", noErr, "folder", true, true},
         {"version3", noErr, "file", true, false},
+        {"bookmark", noErr, "file", true, false},
+        {"toFolderByBookmark", noErr, "folder", true, true},
+        {"unflaggedBookmark", noErr, "unflaggedBookmark", false, false},
+        {"outOfBookmark", fnfErr, "outOfBookmark", false, false},
+        {"cutBookmark", fnfErr, "cutBookmark", false, false},
         {"link", noErr, "file", true, false},
         {"linkToAlias", noErr, "file", true, false},
         {"broken", fnfErr, "broken", false, false},
@@ -126,7 +172,8 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         const FSRef wanted = child(row.target);
         Boolean isFolder = 9;
         Boolean wasAlias = 9;
-        EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, 0),
+        EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias,
+                                                   kResolveAliasFileNoUI),
                   row.status);
         EXPECT_EQ(FSCompareFSRefs(&object, &wanted), noErr);
         EXPECT_EQ(wasAlias, row.wasAlias);
@@ -143,6 +190,26 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     FSRef zero{};
     EXPECT_EQ(FSResolveAliasFile(&zero, 1, &isFolder, &wasAlias), errFSBadFSRef);
     EXPECT_EQ(FSResolveAliasFile(nullptr, 1, &isFolder, &wasAlias), paramErr);
+}
+
+TEST_F(Aliases, WalkToTheirTargetWhenThereIsTime) {
+    put("a/b/target");
+    const FSRef target = ref("a/b/target");
+    AliasHandle record = nullptr;
+    ASSERT_EQ(FSNewAlias(nullptr, &target, &record), noErr);
+    const auto handle = reinterpret_cast<Handle>(record);
+    putAlias("alias", {*handle, static_cast<std::size_t>(GetHandleSize(handle))});
+    DisposeHandle(handle);
+    std::filesystem::rename(at("a/b/target"), at("moved"));
+    FSRef object = child("alias");
+    const FSRef moved = child("moved");
+    Boolean isFolder = 0;
+    Boolean wasAlias = 0;
+    EXPECT_EQ(
+        FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, kResolveAliasFileNoUI),
+        fnfErr);
+    EXPECT_EQ(FSResolveAliasFile(&object, 1, &isFolder, &wasAlias), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&object, &moved), noErr);
 }
 
 TEST(AliasRecord, GivesWhatACutRecordStillHolds) {

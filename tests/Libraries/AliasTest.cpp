@@ -1,0 +1,256 @@
+// Alias holders and copied forks: what is found, compared and left behind.
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+#include <OSA/Diagnostics.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+#include "Libraries/MacToolboxLib/TBUtilities/CopyFork.h"
+#include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SAliasHandle.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+OSStatus thrown(const std::function<void()>& work) {
+    try {
+        work();
+        return noErr;
+    } catch (OSStatus status) {
+        return status;
+    }
+}
+
+HFSUniStr255 nameOf(const std::string& text) {
+    HFSUniStr255 name{};
+    name.length = static_cast<UInt16>(text.size());
+    std::copy(text.begin(), text.end(), name.unicode);
+    return name;
+}
+
+TCLString units(const std::string& text) {
+    return TCLString(text.begin(), text.end());
+}
+
+class Alias : public testing::Test {
+  protected:
+    ~Alias() override {
+        EXPECT_EQ(OSALiveBlockCount(), blocks_);
+        EXPECT_EQ(OSAOpenFileCount(), 0);
+    }
+    CFileSpec spec(const std::string& name) const {
+        FSRef ref;
+        const std::string path = name.empty() ? folder_.path() : folder_.path(name);
+        FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr));
+        return CFileSpec(ref);
+    }
+    void move(const char* from, const char* to) const {
+        fs::create_directories(fs::path(folder_.path(to)).parent_path());
+        fs::rename(folder_.path(from), folder_.path(to));
+    }
+    /// The fork as text; with `newContent` it is that from now on.
+    std::string fork(const std::string& file, bool isResource,
+                     const std::string* newContent = nullptr) const {
+        HFSUniStr255 name;
+        isResource ? FSGetResourceForkName(&name) : FSGetDataForkName(&name);
+        SInt16 refNum = 0;
+        const OSErr status = FSOpenFork(&spec(file).GetFSRef(), name.length, name.unicode,
+                                        newContent != nullptr ? fsRdWrPerm : fsRdPerm, &refNum);
+        if (status != noErr) return std::to_string(status);
+        std::string content = newContent != nullptr ? *newContent : std::string();
+        if (newContent != nullptr) {
+            FSSetForkSize(refNum, fsFromStart, 0);
+            EXPECT_EQ(FSWriteFork(refNum, fsFromStart, 0, static_cast<UInt32>(content.size()),
+                                  content.data(), nullptr),
+                      noErr);
+        } else {
+            SInt64 size = 0;
+            FSGetForkSize(refNum, &size);
+            content.resize(static_cast<std::size_t>(size));
+            EXPECT_EQ(FSReadFork(refNum, fsFromStart, 0, static_cast<UInt32>(size), content.data(),
+                                 nullptr),
+                      noErr);
+        }
+        EXPECT_EQ(FSCloseFork(refNum), noErr);
+        return content;
+    }
+
+    CFIndex blocks_ = OSALiveBlockCount();
+    TemporaryFolder folder_;
+};
+
+TEST_F(Alias, NamesItsTargetWhereverThatIs) {
+    folder_.write("a/first", "");
+    SAliasHandle alias;
+    alias.Make(spec("a/first"));
+    CFileSpec target;
+    bool wasChanged = true;
+    alias.Resolve(target, &wasChanged);
+    EXPECT_FALSE(wasChanged);
+    move("a/first", "b/second");
+    alias.ResolveFast(target, &wasChanged);
+    EXPECT_TRUE(wasChanged);
+    EXPECT_EQ(alias.GetAliasName(), units("first")) << "which leaves the record";
+    alias.FollowFinderAlias(target, false, &wasChanged);
+    EXPECT_TRUE(wasChanged);
+    EXPECT_EQ(alias.GetAliasName(), units("second"));
+    EXPECT_TRUE(alias == spec("b/second"));
+    move("b/second", "b/third");
+    EXPECT_EQ(alias.GetName(), units("third"));
+    folder_.write("other", "");
+    EXPECT_FALSE(alias == spec("other"));
+    alias.Update(spec("other"), spec("other"));
+    EXPECT_EQ(alias.GetFileSpec().GetPath(), folder_.path("other"));
+    fs::remove(folder_.path("other"));
+    EXPECT_EQ(alias.GetName(), units("other"));
+    EXPECT_FALSE(alias == spec("b/third"));
+}
+
+TEST_F(Alias, WritesNothingWhenItLeadsNowhere) {
+    folder_.write("here", "");
+    SAliasHandle none;
+    SAliasHandle gone;
+    folder_.write("gone", "");
+    gone.Make(spec("here"), spec("gone"));
+    fs::remove(folder_.path("gone"));
+    for (SAliasHandle* const alias : {&none, &gone}) {
+        const OSStatus status = alias == &none ? OSStatus{paramErr} : OSStatus{fnfErr};
+        for (const bool before : {false, true}) {
+            bool wasChanged = before;
+            CFileSpec target = spec("here");
+            const std::string place = target.GetPath();
+            EXPECT_EQ(alias->ResolveNoThrow(target, &wasChanged), status);
+            EXPECT_EQ(alias->ResolveNoThrow(spec(""), target, &wasChanged), status);
+            EXPECT_EQ(alias->ResolveFastNoThrow(target, &wasChanged), status);
+            EXPECT_EQ(alias->FollowFinderAliasNoThrow(target, true, &wasChanged), status);
+            EXPECT_EQ(wasChanged, before);
+            EXPECT_EQ(target.GetPath(), place);
+        }
+        EXPECT_EQ(thrown([&] { alias->GetFileSpec(); }), status);
+    }
+    EXPECT_EQ(thrown([&] { none.GetName(); }), paramErr);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(thrown([&] { none.Update(spec("here")); }), paramErr);
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(line.starts_with("Libraries/MacToolboxLib/TBUtilities:")) << line;
+    EXPECT_TRUE(line.ends_with(": failed assertion `GetAliasHandle()'\n")) << line;
+}
+
+TEST_F(Alias, TakesAnyBytes) {
+    folder_.write("file", "");
+    SAliasHandle whole;
+    whole.Make(spec("file"));
+    const auto handle = reinterpret_cast<Handle>(whole.GetAliasHandle());
+    const std::string bytes(*handle, static_cast<std::size_t>(GetHandleSize(handle)));
+    SAliasHandle copy;
+    for (const std::size_t size :
+         {bytes.size(), bytes.size() - 1, std::size_t{149}, std::size_t{0}}) {
+        copy.Make(bytes.data(), static_cast<long>(size));
+        const auto made = reinterpret_cast<Handle>(copy.GetAliasHandle());
+        EXPECT_EQ(std::string(*made, static_cast<std::size_t>(GetHandleSize(made))),
+                  bytes.substr(0, size));
+        EXPECT_EQ(copy == spec("file"), size >= 150) << size;
+    }
+    OSAFailOperation(1, true);
+    copy.Make(bytes.data(), 10);
+    OSAFailOperation(0, false);
+    EXPECT_EQ(copy.GetAliasHandle(), nullptr);
+    CFileSpec target;
+    EXPECT_EQ(copy.ResolveNoThrow(target, nullptr), paramErr);
+}
+
+TEST_F(Alias, ComparesByTargetsAndElseByNames) {
+    for (const char* const name : {"b", "lost-a", "lost-c", "again/b"}) folder_.write(name, "");
+    SAliasHandle b;
+    SAliasHandle sameB;
+    SAliasHandle otherB;
+    SAliasHandle lostA;
+    SAliasHandle lostC;
+    b.Make(spec("b"));
+    sameB.Make(spec(""), spec("b"));
+    otherB.Make(spec("again/b"));
+    lostA.Make(spec("lost-a"));
+    lostC.Make(spec("lost-c"));
+    const bool isFirst = static_cast<SInt32>(spec("b").GetNodeID()) <
+                         static_cast<SInt32>(spec("again/b").GetNodeID());
+    fs::remove(folder_.path("lost-a"));
+    fs::remove(folder_.path("lost-c"));
+    struct Row {
+        const char* name;
+        const SAliasHandleBase& one;
+        const SAliasHandleBase& other;
+        bool isEqual, isLess, isGreater;
+    };
+    const Row rows[] = {
+        {"one target", b, sameB, true, false, false},
+        {"one name", b, otherB, false, isFirst, !isFirst},
+        {"both lost", lostA, lostC, false, true, false},
+        {"lost, itself", lostA, lostA, true, false, false},
+        {"one lost", b, lostC, false, true, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.one == row.other, row.isEqual);
+        EXPECT_EQ(row.one < row.other, row.isLess);
+        EXPECT_EQ(row.other < row.one, row.isGreater);
+    }
+}
+
+TEST_F(Alias, ForksAreCopiedWholeOrNotAtAll) {
+    const std::string longFork(100000, 'r');
+    folder_.write("source", "data");
+    fork("source", true, &longFork);
+    folder_.write("there", "much longer than the source's");
+    fs::create_directory(folder_.path("dest"));
+    move("there", "dest/there");
+    for (const char* const name : {"new", "there"}) {
+        CopyDataFork(spec("source"), spec("dest"), nameOf(name));
+        CopyResourceFork(spec("source"), spec("dest"), nameOf(name));
+        EXPECT_EQ(fork("dest/" + std::string(name), false), "data");
+        EXPECT_EQ(fork("dest/" + std::string(name), true), longFork);
+    }
+    EXPECT_EQ(thrown([&] { CopyDataFork(spec("source"), spec(""), nameOf("source")); }), opWrErr);
+    EXPECT_EQ(fork("source", false), "data");
+    folder_.write("plain", "x");
+    EXPECT_EQ(thrown([&] { CopyResourceFork(spec("plain"), spec("dest"), nameOf("none")); }),
+              errFSForkNotFound);
+    EXPECT_EQ(fork("dest/none", false), "") << "the file stays";
+    EXPECT_EQ(thrown([&] { CopyFork(spec("plain"), spec("dest"), nameOf("none"), nameOf("x")); }),
+              errFSBadForkName);
+    EXPECT_EQ(thrown([&] { CopyDataFork(spec(""), spec("dest"), nameOf("none")); }), notAFileErr);
+}
+
+TEST_F(Alias, CopyingThatFailsAnywhereLeavesNothingOpen) {
+    const std::string resources(70000, 'r');
+    folder_.write("source", std::string(70000, 'd'));
+    fork("source", true, &resources);
+    for (const bool isResource : {false, true}) {
+        const auto copy = isResource ? CopyResourceFork : CopyDataFork;
+        const CFileSpec source = spec("source");
+        UInt32 failed = 1;
+        for (UInt32 nth = 1; failed > 0 && nth < 500; ++nth) {
+            SCOPED_TRACE(nth);
+            fs::remove_all(folder_.path("dest"));
+            fs::create_directory(folder_.path("dest"));
+            const CFileSpec dest = spec("dest");
+            OSAFailOperation(nth, false);
+            const OSStatus status = thrown([&] { copy(source, dest, nameOf("file")); });
+            failed = OSAFailedOperations();
+            OSAFailOperation(0, false);
+            EXPECT_EQ(OSAOpenFileCount(), 0);
+            EXPECT_EQ(OSALiveBlockCount(), blocks_);
+            EXPECT_TRUE(failed > 0 || status == noErr) << status;
+            if (status != noErr) continue;
+            EXPECT_EQ(fork("dest/file", isResource), fork("source", isResource));
+        }
+        EXPECT_EQ(failed, 0U);
+    }
+}
+
+}  // namespace
+}  // namespace osa::test
