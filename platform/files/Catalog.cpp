@@ -4,12 +4,16 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <new>
+#include <optional>
+#include <utility>
 
 #include "platform/files/FileSpecs.h"
 #include "platform/files/Names.h"
 #include "platform/files/Volumes.h"
 #include "platform/files/stores/FinderInfoWriter.h"
 #include "platform/files/stores/ForkProbe.h"
+#include "platform/posix/CatalogChanges.h"
 
 namespace osa {
 namespace {
@@ -128,24 +132,74 @@ Result<void> getCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
     return fillCatalog(object, which, targets);
 }
 
+/// Fields of one object set in turn, and back unless all of them are.
+class CatalogSetting {
+  public:
+    CatalogSetting(const FSRef* ref, const Located& object) : ref_(ref), object_(object) {}
+    CatalogSetting(const CatalogSetting&) = delete;
+    CatalogSetting& operator=(const CatalogSetting&) = delete;
+    ~CatalogSetting() {
+        if (datesSet_) {
+            (void)posix::setDates(object_.path(), object_.status.modified, object_.status.accessed);
+        }
+        if (oldInfo_) (void)writeFinderInfo(ref_, &oldInfo_->first, &oldInfo_->second);
+    }
+    void keep() {
+        datesSet_ = false;
+        oldInfo_.reset();
+    }
+
+    Result<void> setFinderInfo(FSCatalogInfoBitmap which, const FSCatalogInfo& info) {
+        if ((which & kFinder) == 0) return {};
+        OSA_TRY(const FinderInfoBytes old, findFinderInfo(object_));
+        const bool isFolder = object_.status.isFolder();
+        const bool isBasic = (which & kFSCatInfoFinderInfo) != 0;
+        const bool isExtended = (which & kFSCatInfoFinderXInfo) != 0;
+        OSA_CHECK(writeFinderInfo(ref_, isBasic ? &info.finderInfo : nullptr,
+                                  isExtended ? &info.extFinderInfo : nullptr));
+        oldInfo_.emplace(basicFinderInfo(old, isFolder), extendedFinderInfo(old, isFolder));
+        return {};
+    }
+
+    Result<void> setDates(FSCatalogInfoBitmap which, const FSCatalogInfo& info) {
+        if ((which & kDates) == 0) return {};
+        std::optional<posix::Time> modified, accessed;
+        if ((which & kFSCatInfoContentMod) != 0) modified = unixTime(info.contentModDate);
+        if ((which & kFSCatInfoAccessDate) != 0) accessed = unixTime(info.accessDate);
+        OSA_CHECK(posix::setDates(object_.path(), modified, accessed));
+        datesSet_ = true;
+        return {};
+    }
+
+    static constexpr FSCatalogInfoBitmap kFinder = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
+    static constexpr FSCatalogInfoBitmap kDates = kFSCatInfoContentMod | kFSCatInfoAccessDate;
+
+  private:
+    const FSRef* ref_;       // weak
+    const Located& object_;  // weak
+    std::optional<std::pair<FinderInfo, ExtendedFinderInfo>> oldInfo_;
+    bool datesSet_ = false;
+};
+
 Result<void> setCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
                             const FSCatalogInfo* info) {
     OSA_TRY(const Located object, locate(ref));
     if (which == 0) return {};
     if (info == nullptr || (which & ~kFSCatInfoSettableInfo) != 0) return Failure(paramErr);
-    constexpr FSCatalogInfoBitmap kFinder = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo;
-    if ((which & ~(kFSCatInfoPermissions | kFinder)) != 0) return Failure(unimpErr);
-    if ((which & kFinder) != 0) {
-        const bool isBasic = (which & kFSCatInfoFinderInfo) != 0;
-        const bool isExtended = (which & kFSCatInfoFinderXInfo) != 0;
-        OSA_CHECK(writeFinderInfo(ref, isBasic ? &info->finderInfo : nullptr,
-                                  isExtended ? &info->extFinderInfo : nullptr));
-    }
-    if ((which & kFSCatInfoPermissions) == 0) return {};
+    constexpr FSCatalogInfoBitmap kPossible =
+        kFSCatInfoPermissions | CatalogSetting::kFinder | CatalogSetting::kDates;
+    if ((which & ~kPossible) != 0) return Failure(unimpErr);
+    CatalogSetting setting(ref, object);
+    OSA_CHECK(setting.setFinderInfo(which, *info));
+    OSA_CHECK(setting.setDates(which, *info));
     // Last, for the new mode may forbid what came before it. The mode of a link cannot be changed;
     // that of its target is not meant.
-    if (object.status.isSymbolicLink()) return {};
-    return posix::changeMode(object.path(), info->permissions.mode);
+    const bool isMode = (which & kFSCatInfoPermissions) != 0;
+    if (isMode && !object.status.isSymbolicLink()) {
+        OSA_CHECK(posix::changeMode(object.path(), info->permissions.mode));
+    }
+    setting.keep();
+    return {};
 }
 
 }  // namespace
@@ -156,6 +210,15 @@ UTCDateTime utcDateTime(posix::Time time) {
     const std::uint64_t fraction = std::uint64_t{time.nanoseconds} * 65536 / 1'000'000'000;
     return {static_cast<UInt16>(seconds >> 32), static_cast<UInt32>(seconds),
             static_cast<UInt16>(fraction)};
+}
+
+posix::Time unixTime(UTCDateTime date) {
+    const auto seconds = static_cast<std::int64_t>(std::uint64_t{date.highSeconds} << 32 |
+                                                   std::uint64_t{date.lowSeconds});
+    // Rounded up, so that it is read again as it was given.
+    const std::uint64_t nanoseconds =
+        (std::uint64_t{date.fraction} * 1'000'000'000 + 65535) / 65536;
+    return {seconds - kSecondsFrom1904To1970, static_cast<std::uint32_t>(nanoseconds)};
 }
 
 Result<void> fillCatalog(const Located& object, FSCatalogInfoBitmap which,
@@ -186,5 +249,9 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
 
 OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                        const FSCatalogInfo* catalogInfo) {
-    return static_cast<OSErr>(osa::setCatalogInfo(ref, whichInfo, catalogInfo).status());
+    try {
+        return static_cast<OSErr>(osa::setCatalogInfo(ref, whichInfo, catalogInfo).status());
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
 }

@@ -21,5 +21,6 @@ Result<void> fillCatalog(const Located& object, FSCatalogInfoBitmap which,
 
 /// Unix time as seconds since 1904 and 1/65536 seconds; zero for earlier dates.
 UTCDateTime utcDateTime(posix::Time time);
+posix::Time unixTime(UTCDateTime date);
 
 }  // namespace osa

@@ -1,16 +1,19 @@
-// FSCreateFileUnicode.
+// FSCreateFileUnicode and FSCreateDirectoryUnicode.
 #include "platform/files/FileCreation.h"
 
 #include <CoreServices/MacErrors.h>
 
 #include <new>
 
+#include "platform/files/FileSpecs.h"
 #include "platform/files/Names.h"
+#include "platform/files/Volumes.h"
+#include "platform/posix/CatalogChanges.h"
 
 namespace osa {
 namespace {
 
-/// Removes a new file again unless it is kept.
+/// Removes a new object again unless it is kept.
 class Unfinished {
   public:
     Unfinished(const std::string& path, std::string sideFile)
@@ -22,8 +25,8 @@ class Unfinished {
     Unfinished& operator=(const Unfinished&) = delete;
     ~Unfinished() {
         if (isKept_) return;
-        (void)posix::remove(path_);
-        if (!hadSideFile_) (void)posix::remove(sideFile_);
+        posix::discard(path_);
+        if (!hadSideFile_) posix::discard(sideFile_);
     }
     void keep() { isKept_ = true; }
 
@@ -34,23 +37,58 @@ class Unfinished {
     bool isKept_ = false;
 };
 
-}  // namespace
+// What FSCreateDirectoryUnicode promises of a new folder's mode.
+constexpr std::uint32_t kFolderMode = 0755;
 
-Result<FSRef> createFile(const NewFile& file, Result<void> (*finish)(const FSRef&)) {
-    if (file.whichInfo != 0 && file.info == nullptr) return Failure(paramErr);
-    OSA_TRY(const Located folder, locate(file.parent));
+Result<posix::FileStatus> makeFile(const std::string& path) {
+    return posix::createFile(path);
+}
+
+Result<posix::FileStatus> makeFolder(const std::string& path) {
+    OSA_CHECK(posix::createFolder(path, kFolderMode));
+    auto made = posix::status(path, posix::Follow::no);
+    if (!made.ok()) posix::discard(path);
+    return made;
+}
+
+Result<FSRef> create(const NewFile& object, Result<posix::FileStatus> (*make)(const std::string&),
+                     Result<void> (*finish)(const FSRef&)) {
+    if (object.whichInfo != 0 && object.info == nullptr) return Failure(paramErr);
+    OSA_TRY(const Located folder, locate(object.parent));
     if (!folder.status.isFolder()) return Failure(errFSNotAFolder);
-    OSA_TRY(const std::string leaf, leafFromUnicode(file.name, file.nameLength));
+    OSA_TRY(const std::string leaf, leafFromUnicode(object.name, object.nameLength));
     if (leaf == "." || leaf == "..") return Failure(bdNamErr);
     const std::string path = joinPath(folder.path(), leaf);
-    OSA_TRY(const posix::FileStatus status, posix::createFile(path));
-    Unfinished unfinished(path, joinPath(folder.path(), "._", leaf));
+    const std::string sideFile = joinPath(folder.path(), "._", leaf);
+    OSA_TRY(const posix::FileStatus status, make(path));
+    Unfinished unfinished(path, sideFile);
     const FSRef made = makeReference(internRealFolder(folder.path()), leaf, status);
-    if (const OSErr set = FSSetCatalogInfo(&made, file.whichInfo, file.info); set != noErr)
-        return Failure(set);
+    const OSErr set = FSSetCatalogInfo(&made, object.whichInfo, object.info);
+    if (set != noErr) return Failure(set);
     if (finish != nullptr) OSA_CHECK(finish(made));
     unfinished.keep();
     return made;
+}
+
+/// Whoever is told a folder's ID may name its children by it.
+Result<UInt32> knownFolderID(const FSRef& ref) {
+    OSA_TRY(const Located folder, locate(&ref));
+    OSA_TRY(const Volume volume, volumeOf(folder.status.device, folder.path()));
+    rememberFolder(volume.number, nodeID(folder), folder.path());
+    return nodeID(folder);
+}
+
+OSErr deliver(const Result<FSRef>& made, FSRef* newRef, FSSpec* newSpec) {
+    if (!made.ok()) return static_cast<OSErr>(made.status());
+    if (newRef != nullptr) *newRef = *made;
+    if (newSpec == nullptr) return noErr;
+    return FSGetCatalogInfo(&*made, 0, nullptr, nullptr, newSpec, nullptr);
+}
+
+}  // namespace
+
+Result<FSRef> createFile(const NewFile& file, Result<void> (*finish)(const FSRef&)) {
+    return create(file, makeFile, finish);
 }
 
 }  // namespace osa
@@ -60,10 +98,23 @@ OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength, const
                           FSRef* newRef, FSSpec* newSpec) {
     try {
         const auto made = osa::createFile({parentRef, name, nameLength, whichInfo, catalogInfo});
-        if (!made.ok()) return static_cast<OSErr>(made.status());
-        if (newRef != nullptr) *newRef = *made;
-        if (newSpec == nullptr) return noErr;
-        return FSGetCatalogInfo(&*made, 0, nullptr, nullptr, newSpec, nullptr);
+        return osa::deliver(made, newRef, newSpec);
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
+}
+
+OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                               FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
+                               FSRef* newRef, FSSpec* newSpec, UInt32* newDirID) {
+    try {
+        const auto made = osa::create({parentRef, name, nameLength, whichInfo, catalogInfo},
+                                      osa::makeFolder, nullptr);
+        if (made.ok() && newDirID != nullptr) {
+            const auto id = osa::knownFolderID(*made);
+            *newDirID = id.ok() ? *id : 0;
+        }
+        return osa::deliver(made, newRef, newSpec);
     } catch (const std::bad_alloc&) {
         return memFullErr;
     }

@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <new>
 
 #include "platform/posix/PosixSupport.h"
 #include "platform/posix/SystemCall.h"
@@ -114,11 +116,42 @@ Result<void> mayWrite(const std::string& path) {
 }
 
 void putBack(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
+    struct stat there {};
+    if (!isFlagUnknown(errno) || lstat(to.c_str(), &there) == 0) return;
     (void)::rename(from.c_str(), to.c_str());
+}
+
+void exchangeBack(const std::string& one, const std::string& other) {
+    if (renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0) return;
+    const std::string aside = one.substr(0, one.rfind('/') + 1) + "._.exchange";
+    putBack(one, aside);
+    putBack(other, one);
+    putBack(aside, other);
+}
+
+void takeBackName(const std::string& file, const std::string& name) {
+    struct stat first {};
+    struct stat second {};
+    if (lstat(name.c_str(), &second) != 0) return;
+    if (lstat(file.c_str(), &first) != 0) {
+        putBack(name, file);
+    } else if (first.st_dev == second.st_dev && first.st_ino == second.st_ino) {
+        discard(name);
+    }
 }
 
 void discard(const std::string& path) {
     (void)::remove(path.c_str());
+}
+
+void discardTree(const std::string& path) {
+    try {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    } catch (const std::bad_alloc&) {
+        return;  // it stays, and nobody sees it
+    }
 }
 
 }  // namespace osa::posix

@@ -25,9 +25,17 @@ Result<void> setDates(const std::string& path, std::optional<Time> modified,
 /// Whether the calling user may write to the object: wrPermErr, wPrErr. Links are followed.
 Result<void> mayWrite(const std::string& path);
 
-// For taking back what was done. These have no fault points: whatever made the work fail, they are
-// tried, and nothing can be done when they fail.
+// For taking back what was done, and for what is left when all is done. These have no fault points:
+// whatever made the work fail, they are tried, and nothing can be done when they fail.
+
+/// Takes back renameToFree(to, from); what has the name by now keeps it.
 void putBack(const std::string& from, const std::string& to);
+/// Takes back exchangeNames.
+void exchangeBack(const std::string& one, const std::string& other);
+/// Takes back addName, also when the file has lost its first name since.
+void takeBackName(const std::string& file, const std::string& name);
 void discard(const std::string& path);
+/// A folder with all that is in it, or a file. No link is followed.
+void discardTree(const std::string& path);
 
 }  // namespace osa::posix

@@ -79,6 +79,19 @@ Result<void> writeFile(const std::string& path, ByteSpan content) {
     return writeAll(descriptor.get(), content);
 }
 
+Result<void> synchronise(const std::string& path) {
+    if (!isUsablePath(path)) return Failure(fnfErr);
+    const auto open = [&](int access) {
+        const int flags = access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
+        return UniqueFd(systemCall([&] { return ::open(path.c_str(), flags); }));
+    };
+    UniqueFd descriptor = open(O_RDONLY);
+    if (!descriptor.valid() && errno == EACCES) descriptor = open(O_WRONLY);
+    if (!descriptor.valid()) return lastError(Intent::write);
+    if (systemCall([&] { return fsync(descriptor.get()); }) != 0) return lastError(Intent::write);
+    return {};
+}
+
 Result<void> readAllAt(int descriptor, std::uint64_t offset, std::span<std::byte> target) {
     while (!target.empty()) {
         const ssize_t count = systemCall([&] {

@@ -110,6 +110,8 @@ Result<std::vector<std::string>> listAttributes(const std::string& path);
 Result<std::vector<std::byte>> attribute(const std::string& path, const std::string& name);
 /// dskFulErr when the file system has no room for it there.
 Result<void> setAttribute(const std::string& path, const std::string& name, ByteSpan value);
+/// Waits until content and attributes of a file are on disk. Links are not followed.
+Result<void> synchronise(const std::string& path);
 /// There being none is no failure.
 Result<void> removeAttribute(const std::string& path, const std::string& name);
 /// The largest value that the kernel takes.

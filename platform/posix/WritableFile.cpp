@@ -63,8 +63,8 @@ class WritableDescriptor : public WritableFile {
 };
 
 Result<UniqueFd> unnamedFile(const std::string& folder) {
-    UniqueFd descriptor(systemCall(
-        [&] { return open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600); }));
+    UniqueFd descriptor(
+        systemCall([&] { return open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600); }));
     if (descriptor.valid()) return descriptor;
     // Not for every file system.
     std::string path = folder + "/osa-XXXXXX";

@@ -49,12 +49,14 @@ Result<void> ForkBuffer::makeRoomFor(std::uint64_t size) {
 
 Result<void> ForkBuffer::write(std::uint64_t offset, ByteSpan bytes, std::uint64_t& done) {
     done = 0;
+    if (bytes.empty()) return {};  // as files do: no zeros before nothing
     if (!CheckedRange{offset, bytes.size()}.fits(kLargestFork)) return Failure(fileBoundsErr);
     const std::uint64_t end = offset + bytes.size();
     OSA_CHECK(makeRoomFor(std::max(end, size_)));
     if (file_ == nullptr) {
         if (end > size_) memory_.resize(end);
-        std::copy(bytes.begin(), bytes.end(), memory_.begin() + static_cast<std::ptrdiff_t>(offset));
+        std::copy(bytes.begin(), bytes.end(),
+                  memory_.begin() + static_cast<std::ptrdiff_t>(offset));
         done = bytes.size();
         size_ = memory_.size();
         return {};

@@ -24,7 +24,7 @@ class ForkBuffer : public ByteSource {
     Result<void> makeRoomFor(std::uint64_t size);
 
     std::uint64_t size_ = 0;
-    std::vector<std::byte> memory_;              // all of it, unless there is a file
+    std::vector<std::byte> memory_;  // all of it, unless there is a file
     std::unique_ptr<posix::WritableFile> file_;
 };
 

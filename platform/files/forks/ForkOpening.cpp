@@ -81,14 +81,20 @@ class WritableResourceFork : public ForkContent {
     Result<void> flush() override {
         const std::lock_guard guard(lock_);
         if (!isDirty_) return {};
-        OSA_TRY(const FSRef file, access_.object());
-        OSA_CHECK(writeResourceFork(file, changed_));
+        auto written = writeToFile();
+        // Another thread may have renamed it between the two steps.
+        if (written.status() == fnfErr) written = writeToFile();
+        OSA_CHECK(written);
         isDirty_ = false;
         return {};
     }
     Result<void> close() override { return flush(); }
 
   private:
+    Result<void> writeToFile() {
+        OSA_TRY(const FSRef file, access_.object());
+        return writeResourceFork(file, changed_);
+    }
     const ByteSource& current() const { return changed_ != nullptr ? *changed_ : *old_; }
     /// Of the old fork only what is needed is copied.
     Result<void> beginChange(std::uint64_t needed) {
@@ -129,9 +135,8 @@ Result<Content> openDataForkForWriting(const Located& object, SInt8 permissions,
                                        WriteAccess access) {
     using Access = posix::WritableFile::Access;
     OSA_TRY(auto file,
-            posix::WritableFile::open(object.path(), permissions == fsWrPerm
-                                                         ? Access::writing
-                                                         : Access::readingToo));
+            posix::WritableFile::open(
+                object.path(), permissions == fsWrPerm ? Access::writing : Access::readingToo));
     OSA_TRY(const posix::FileStatus status, file->status());
     if (!object.isStill(status)) return Failure(fnfErr);
     return Content(std::make_shared<WritableDataFork>(std::move(file), std::move(access)));

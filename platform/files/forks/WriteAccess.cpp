@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "platform/files/forks/ForkContent.h"
+#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 namespace {
@@ -33,9 +34,18 @@ ForkKey keyOf(const Located& object, ForkKind fork) {
 struct WriteClaim : std::enable_shared_from_this<WriteClaim> {
     ForkKey key;
     Sharing sharing = Sharing::alone;
-    Located object;    // under the table's lock
-    std::mutex lock;   // of what follows
+    Located object;   // under the table's lock
+    std::mutex lock;  // of what follows
     std::weak_ptr<ForkContent> content;
+
+    void moveTo(const std::string& path) {
+        const std::size_t slash = path.rfind('/');
+        Located moved(slash == 0 ? "/" : std::string_view(path).substr(0, slash),
+                      std::string_view(path).substr(slash + 1));
+        moved.status = object.status;
+        moved.birth = object.birth;
+        object = std::move(moved);
+    }
 
     ~WriteClaim() {
         ClaimTable& all = table();
@@ -68,6 +78,8 @@ Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sha
 
 Result<FSRef> WriteAccess::object() const {
     Located object;
+    // A renaming is told to the table when it is done: not before, and not in the middle.
+    const std::lock_guard noRenaming(partsLock());
     {
         const std::lock_guard guard(table().lock);
         object = claim_->object;
@@ -99,15 +111,21 @@ void noteMove(const std::string& from, const std::string& to) {
     const std::lock_guard guard(all.lock);
     for (auto& [key, claim] : all.claims) {
         const std::string& path = claim->object.path();
-        const bool isIt = path == from;
-        if (!isIt && !path.starts_with(from + "/")) continue;
-        const std::string moved = to + path.substr(from.size());
-        const std::size_t slash = moved.rfind('/');
-        Located object(slash == 0 ? "/" : std::string_view(moved).substr(0, slash),
-                       std::string_view(moved).substr(slash + 1));
-        object.status = claim->object.status;
-        object.birth = claim->object.birth;
-        claim->object = object;
+        const bool isAffected = path == from || path.starts_with(from + "/");
+        if (isAffected) claim->moveTo(to + path.substr(from.size()));
+    }
+}
+
+void noteExchange(const std::string& one, const std::string& other) {
+    ClaimTable& all = table();
+    const std::lock_guard guard(all.lock);
+    for (auto& [key, claim] : all.claims) {
+        const std::string& path = claim->object.path();
+        if (path == one) {
+            claim->moveTo(other);
+        } else if (path == other) {
+            claim->moveTo(one);
+        }
     }
 }
 

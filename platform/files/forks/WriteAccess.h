@@ -46,6 +46,9 @@ class WriteAccess {
 /// Whether this process has a fork of the object open for writing.
 bool isOpenForWriting(const Located& object);
 /// The object at the real path `from` is at `to` now, and what was below it with it.
+/// The caller holds partsLock(), as for the next.
 void noteMove(const std::string& from, const std::string& to);
+/// Two files have traded their paths.
+void noteExchange(const std::string& one, const std::string& other);
 
 }  // namespace osa

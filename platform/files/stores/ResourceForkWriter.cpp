@@ -79,6 +79,10 @@ Result<void> write(const Located& object, const ForkSource& fork) {
     PartChanges changes;
     OSA_CHECK(fork->size() == 0 ? emptyForks(changes, holders, fork)
                                 : replaceFork(changes, object, holders, fork));
+    // Side files have seen to it themselves.
+    const bool isInAttribute = std::ranges::any_of(
+        holders, [](const PartHolder& holder) { return holder.attribute != nullptr; });
+    if (isInAttribute) OSA_CHECK(posix::synchronise(object.path()));
     changes.keep();
     return {};
 }

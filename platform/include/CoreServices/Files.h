@@ -189,9 +189,10 @@ OSA_PLATFORM_EXPORT OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCh
 // made before are dead afterwards. A failure leaves everything as it was. Statuses besides those of
 // every call:
 //   afpAccessDenied, wPrErr   a folder that must change may not
-//   dupFNErr                  something has the new name, or the name of a side file that goes
-//   along fBsyErr                   for deleting: a folder with something in it that is no side
-//   file
+//   dupFNErr                  something has the new name, or forks or Finder information are kept
+//                             for it
+//   fBsyErr                   for deleting: a folder with something in it that is no side file
+//   paramErr                  the root folder
 
 /// Deletes a file or an empty folder at once.
 OSA_PLATFORM_EXPORT OSErr FSDeleteObject(const FSRef* ref);

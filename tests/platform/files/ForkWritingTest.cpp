@@ -27,9 +27,9 @@ class ForkWriting : public FileFixture {
         SInt64 size = 0;
         EXPECT_EQ(FSGetForkSize(number, &size), noErr);
         std::string text(static_cast<std::size_t>(size), '?');
-        EXPECT_EQ(FSReadFork(number, fsFromStart, 0, static_cast<UInt32>(size), text.data(),
-                             nullptr),
-                  noErr);
+        EXPECT_EQ(
+            FSReadFork(number, fsFromStart, 0, static_cast<UInt32>(size), text.data(), nullptr),
+            noErr);
         return text;
     }
 };
@@ -56,6 +56,8 @@ TEST_F(ForkWriting, ChangesEitherFork) {
         EXPECT_EQ(done, 1u);
         EXPECT_EQ(FSFlushFork(number), noErr);
         EXPECT_EQ(fork(x, kKinds[i]), std::string("01ab4\0\0!", 8));
+        EXPECT_EQ(FSWriteFork(number, fsFromStart, 99, 0, nullptr, &done), noErr);
+        EXPECT_EQ(all(number).size(), 8u) << "no bytes, no zeros before them";
         EXPECT_EQ(FSSetForkSize(number, fsFromLEOF, -6), noErr);
         EXPECT_EQ(FSSetForkSize(number, fsFromStart, -1), posErr);
         EXPECT_EQ(FSWriteFork(number, fsFromStart, INT64_MAX, 1, "!", &done), fileBoundsErr);
@@ -63,9 +65,9 @@ TEST_F(ForkWriting, ChangesEitherFork) {
         EXPECT_EQ(fork(x, kKinds[i]), "01");
         EXPECT_EQ(content("x"), i == 0 ? "01" : "data");
         EXPECT_EQ(FSCloseFork(number), rfNumErr);
-        EXPECT_EQ(FSDeleteFork(&x, kNames[i].size(),
-                               reinterpret_cast<const UniChar*>(kNames[i].data())),
-                  noErr);
+        EXPECT_EQ(
+            FSDeleteFork(&x, kNames[i].size(), reinterpret_cast<const UniChar*>(kNames[i].data())),
+            noErr);
         EXPECT_EQ(fork(x, kKinds[i]), "");
     }
 }
@@ -94,10 +96,10 @@ TEST_F(ForkWriting, GoesOneWriterAtATime) {
         SInt8 first, second;
         OSErr status;
     };
-    const Row rows[] = {{fsRdWrPerm, fsRdWrPerm, opWrErr},   {fsWrPerm, fsRdWrShPerm, opWrErr},
-                        {fsRdWrShPerm, fsWrPerm, opWrErr},   {fsRdWrShPerm, fsRdWrShPerm, noErr},
-                        {fsRdWrPerm, fsRdPerm, noErr},       {fsRdPerm, fsRdWrPerm, noErr},
-                        {fsCurPerm, fsRdWrPerm, opWrErr},    {fsRdWrPerm, fsCurPerm, noErr}};
+    const Row rows[] = {{fsRdWrPerm, fsRdWrPerm, opWrErr}, {fsWrPerm, fsRdWrShPerm, opWrErr},
+                        {fsRdWrShPerm, fsWrPerm, opWrErr}, {fsRdWrShPerm, fsRdWrShPerm, noErr},
+                        {fsRdWrPerm, fsRdPerm, noErr},     {fsRdPerm, fsRdWrPerm, noErr},
+                        {fsCurPerm, fsRdWrPerm, opWrErr},  {fsRdWrPerm, fsCurPerm, noErr}};
     for (const auto& name : kNames) {
         for (const Row& row : rows) {
             SCOPED_TRACE(std::to_string(row.first) + ", " + std::to_string(row.second));

@@ -1,0 +1,89 @@
+// FSExchangeObjects: two files trade names, and their side files with them.
+#include <CoreServices/MacErrors.h>
+
+#include <algorithm>
+#include <new>
+
+#include "platform/files/changes/NameSteps.h"
+#include "platform/files/changes/SidePlaces.h"
+#include "platform/files/forks/WriteAccess.h"
+#include "platform/files/stores/ForkProbe.h"
+#include "platform/files/stores/PartHolders.h"
+
+namespace osa {
+namespace {
+
+struct SideMove {
+    std::string from, to;
+};
+
+Result<std::vector<SideMove>> sideMoves(const Located& object, const Located& other) {
+    OSA_TRY(const auto files, sideFilesOf(object.folder(), object.name(), false));
+    std::vector<SideMove> moves;
+    for (const SideFile& file : files) {
+        moves.push_back({file.path, file.pathFor(other.folder(), other.name())});
+    }
+    return moves;
+}
+
+/// Those that have the same place for both files.
+Result<void> exchangePairs(NameSteps& steps, std::vector<SideMove>& moves,
+                           std::vector<SideMove>& others) {
+    for (auto move = moves.begin(); move != moves.end();) {
+        const auto pair = std::ranges::find_if(others, [&](const SideMove& other) {
+            return other.from == move->to && other.to == move->from;
+        });
+        if (pair == others.end()) {
+            ++move;
+            continue;
+        }
+        OSA_CHECK(steps.exchange(move->from, move->to));
+        others.erase(pair);
+        move = moves.erase(move);
+    }
+    return {};
+}
+
+Result<void> moveRest(NameSteps& steps, const std::vector<SideMove>& moves) {
+    for (const SideMove& move : moves) {
+        OSA_CHECK(steps.makeFolder(move.to.substr(0, move.to.rfind('/'))));
+        OSA_CHECK(steps.rename(move.from, move.to));
+    }
+    return {};
+}
+
+Result<void> exchange(const Located& one, const Located& other) {
+    OSA_TRY(auto moves, sideMoves(one, other));
+    OSA_TRY(auto others, sideMoves(other, one));
+    NameSteps steps;
+    OSA_CHECK(exchangePairs(steps, moves, others));
+    OSA_CHECK(steps.exchange(one.path(), other.path()));
+    OSA_CHECK(moveRest(steps, moves));
+    OSA_CHECK(moveRest(steps, others));
+    noteExchange(one.path(), other.path());
+    steps.keep();
+    return {};
+}
+
+Result<void> exchangeObjects(const FSRef* ref, const FSRef* otherRef) {
+    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located one, locate(ref));
+    OSA_TRY(const Located other, locate(otherRef));
+    if (!one.status.isRegular() || !other.status.isRegular()) return Failure(notAFileErr);
+    if (one.path() == other.path()) return {};
+    if (one.status.device != other.status.device) return Failure(diffVolErr);
+    const auto exchanged = exchange(one, other);
+    forgetLastObject();
+    return exchanged;
+}
+
+}  // namespace
+}  // namespace osa
+
+OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef) {
+    try {
+        return static_cast<OSErr>(osa::exchangeObjects(ref, destRef).status());
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
+}

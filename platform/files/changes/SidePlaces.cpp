@@ -1,0 +1,197 @@
+// Finding side files, and telling them from files that only have such names.
+#include "platform/files/changes/SidePlaces.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include <algorithm>
+#include <array>
+
+#include "platform/files/References.h"
+#include "platform/files/formats/AppleDouble.h"
+#include "platform/files/stores/SideFiles.h"
+
+namespace osa {
+namespace {
+
+struct Place {
+    Keeping how;
+    const char* folder;
+    const char* prefix;
+};
+constexpr std::array kPlaces{
+    Place{Keeping::dotUnderscore, "", "._"},    Place{Keeping::appleDouble, ".AppleDouble/", ""},
+    Place{Keeping::rsrc, ".rsrc/", ""},         Place{Keeping::finf, ".finf/", ""},
+    Place{Keeping::resource, ".resource/", ""}, Place{Keeping::finderInfo, ".finderinfo/", ""},
+    Place{Keeping::percent, "", "%"},
+};
+constexpr std::string_view kMacosx = "__MACOSX";
+constexpr int kDeepestShadow = 100;
+
+std::string pathAt(const Place& place, std::string_view folder, std::string_view name) {
+    return joinPath(folder, std::string(place.folder) + place.prefix, name);
+}
+
+std::string shadowPath(Keeping how, std::string_view root, std::string_view folder,
+                       std::string_view name) {
+    const std::string_view below = folder.substr(root == "/" ? 0 : root.size());
+    const std::string shadow = joinPath(root, kMacosx, below == "/" ? "" : below);
+    return joinPath(shadow, how == Keeping::macosx ? "._" : "", name);
+}
+
+bool isWithin(std::string_view folder, std::string_view root) {
+    if (root == "/" || folder == root) return true;
+    return folder.starts_with(root) && folder[root.size()] == '/';
+}
+
+std::string parentOf(const std::string& path) {
+    return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
+
+/// No failure where that only says that there is none.
+Result<bool> noneBecause(OSStatus status) {
+    if (!meansAbsent(status, true)) return Failure(status);
+    return false;
+}
+
+Result<bool> isAppleDouble(Keeping how, const std::string& path) {
+    if (how == Keeping::percent) {
+        // Others' names may begin so, too: as for the iterator, it takes some content.
+        OSA_TRY(const StoredParts parts, readAppleDoubleSideFile(path, true));
+        return parts.resourceFork != nullptr || !isBlank(parts.finderInfo);
+    }
+    const auto file = posix::openFile(path, posix::Follow::yes);
+    // What may not be read goes by its name.
+    if (file.status() == permErr) return posix::status(path, posix::Follow::no).ok();
+    if (!file.ok()) return noneBecause(file.status());
+    if ((*file)->size() == 0) return true;
+    const auto parsed = AppleDouble::parse(*file);
+    if (!parsed.ok() && parsed.status() != paramErr) return Failure(parsed.status());
+    return parsed.ok();
+}
+
+Result<bool> isBareFile(const std::string& path) {
+    const auto file = posix::status(path, posix::Follow::yes);
+    if (!file.ok()) return noneBecause(file.status());
+    return file->isRegular();
+}
+
+Result<bool> isFolderItself(const std::string& path) {
+    const auto file = posix::status(path, posix::Follow::no);
+    if (!file.ok()) return noneBecause(file.status());
+    return file->isFolder();
+}
+
+Result<bool> isKept(Keeping how, const std::string& path) {
+    switch (how) {
+        case Keeping::rsrc:
+        case Keeping::finf:
+        case Keeping::resource:
+        case Keeping::finderInfo:
+            return isBareFile(path);
+        case Keeping::macosxFolder:
+            return isFolderItself(path);
+        default:
+            return isAppleDouble(how, path);
+    }
+}
+
+/// Adds it when it is there, and its folder is what it says it is.
+Result<void> look(SideFile file, std::vector<SideFile>& found) {
+    OSA_TRY(const bool is, isKept(file.how, file.path));
+    if (!is) return {};
+    const std::string folder = parentOf(file.path);
+    OSA_TRY(const std::string real, posix::realPath(folder));
+    if (real == folder) found.push_back(std::move(file));
+    return {};
+}
+
+Result<void> lookInShadows(std::string_view folder, std::string_view name, bool isFolder,
+                           std::vector<SideFile>& found) {
+    for (std::string root(folder);; root = parentOf(root)) {
+        OSA_TRY(const bool has, isFolderItself(joinPath(root, kMacosx)));
+        for (const Keeping how : {Keeping::macosx, Keeping::macosxFolder}) {
+            if (!has || (how == Keeping::macosxFolder && !isFolder)) continue;
+            OSA_CHECK(look({how, shadowPath(how, root, folder, name), root}, found));
+        }
+        if (root == "/") return {};
+    }
+}
+
+Result<bool> holdsFilesOnly(const std::string& folder) {
+    OSA_TRY(auto names, posix::DirectoryReader::open(folder, posix::Follow::no));
+    for (;;) {
+        OSA_TRY(const std::string name, names.next());
+        if (name.empty()) return true;
+        OSA_TRY(const bool isFolder, isFolderItself(joinPath(folder, name)));
+        if (isFolder) return false;
+    }
+}
+
+Result<bool> isShadow(const std::string& folder, int depth) {
+    if (depth == kDeepestShadow) return false;
+    OSA_TRY(auto names, posix::DirectoryReader::open(folder, posix::Follow::no));
+    for (;;) {
+        OSA_TRY(const std::string name, names.next());
+        if (name.empty()) return true;
+        const std::string path = joinPath(folder, name);
+        OSA_TRY(const bool isFolder, isFolderItself(path));
+        bool isSide = !isFolder && name.starts_with("._");
+        if (isFolder) {
+            OSA_TRY(isSide, isShadow(path, depth + 1));
+        }
+        if (!isSide) return false;
+    }
+}
+
+/// Nothing that anybody would miss: a folder is looked into, for it may have the name by chance.
+Result<bool> isOnlySide(const std::string& folder, const std::string& name) {
+    const std::string path = joinPath(folder, name);
+    OSA_TRY(const bool isFolder, isFolderItself(path));
+    if (!isFolder) return name.starts_with("._");
+    if (name == kMacosx) return isShadow(path, 0);
+    const bool isStore = std::ranges::any_of(
+        kPlaces, [&](const Place& place) { return place.folder == name + "/"; });
+    if (!isStore) return false;
+    return holdsFilesOnly(path);
+}
+
+}  // namespace
+
+std::string SideFile::pathFor(std::string_view folder, std::string_view name) const {
+    if (how == Keeping::macosx || how == Keeping::macosxFolder) {
+        // Outside of what was unpacked a folder of its own does the same.
+        return shadowPath(how, isWithin(folder, root) ? root : folder, folder, name);
+    }
+    const auto place = std::ranges::find(kPlaces, how, &Place::how);
+    return pathAt(*place, folder, name);
+}
+
+Result<std::vector<SideFile>> sideFilesOf(std::string_view folder, std::string_view name,
+                                          bool isFolder) {
+    std::vector<SideFile> found;
+    for (const Place& place : kPlaces) {
+        // A folder's lies inside it.
+        if (place.how == Keeping::appleDouble && isFolder) continue;
+        OSA_CHECK(look({place.how, pathAt(place, folder, name), {}}, found));
+    }
+    OSA_CHECK(lookInShadows(folder, name, isFolder, found));
+    return found;
+}
+
+Result<std::vector<std::string>> sideFilesAlone(const std::string& folder) {
+    std::vector<std::string> found;
+    OSA_TRY(auto names, posix::DirectoryReader::open(folder, posix::Follow::no));
+    for (;;) {
+        OSA_TRY(std::string name, names.next());
+        if (name.empty()) return found;
+        OSA_TRY(const bool isSide, isOnlySide(folder, name));
+        if (!isSide) return Failure(fBsyErr);
+        found.push_back(std::move(name));
+    }
+}
+
+Result<bool> isShadow(const std::string& folder) {
+    return isShadow(folder, 0);
+}
+
+}  // namespace osa

@@ -1,0 +1,371 @@
+// Objects renamed, moved, exchanged and deleted, with all that is kept beside them.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ranges>
+
+#include "tests/platform/files/FileFixture.h"
+
+namespace osa::test {
+namespace {
+
+const std::string kInfo = finderInfo(FourCC("osas"), FourCC("ToyS"));
+const std::string kPair = appleDouble(kInfo, "fork of x");
+
+/// Where a store keeps the parts of `name` in `folder`: "@" stands for the folder, "*" for the
+/// name.
+struct Store {
+    const char* label;
+    std::vector<std::pair<std::string, std::string>> files;
+
+    std::set<std::string> paths(const std::string& folder, const std::string& name) const {
+        std::set<std::string> made;
+        for (std::string path : std::views::keys(files)) {
+            path.replace(path.find('@'), 1, folder);
+            made.insert(path.replace(path.find('*'), 1, name));
+        }
+        return made;
+    }
+};
+const Store kStores[] = {
+    {"nothing beside it", {}},
+    {"._x", {{"@/._*", kPair}}},
+    {".AppleDouble", {{"@/.AppleDouble/*", kPair}}},
+    {"__MACOSX", {{"__MACOSX/@/._*", kPair}}},
+    {".rsrc", {{"@/.rsrc/*", "fork of x"}, {"@/.finf/*", kInfo}}},
+    {".resource", {{"@/.resource/*", "fork of x"}, {"@/.finderinfo/*", kInfo}}},
+    {"%x", {{"@/%*", kPair}}},
+    {"two", {{"@/._*", appleDouble(kInfo, "")}, {"@/%*", appleDouble("", "fork of x")}}},
+};
+
+class CatalogChanges : public FileFixture {
+  protected:
+    static OSErr rename(const FSRef& object, const std::u16string& name, FSRef* renamed = nullptr) {
+        return FSRenameUnicode(&object, name.size(), reinterpret_cast<const UniChar*>(name.data()),
+                               0, renamed);
+    }
+    OSErr move(const FSRef& object, const std::string& folder, FSRef* moved = nullptr) const {
+        const FSRef to = ref(folder);
+        return FSMoveObject(&object, &to, moved);
+    }
+    FSRef unfollowed(const std::string& name) const {
+        const FSRef folder = ref("");
+        const std::u16string units(name.begin(), name.end());
+        FSRef made{};
+        FSMakeFSRefUnicode(&folder, units.size(), reinterpret_cast<const UniChar*>(units.data()), 0,
+                           &made);
+        return made;
+    }
+    /// Files below the folder, without the folders that hold them.
+    std::set<std::string> files() const {
+        auto found = names();
+        std::erase_if(found, [&](const std::string& name) {
+            return std::filesystem::is_directory(std::filesystem::symlink_status(at(name)));
+        });
+        return found;
+    }
+    void clear() const {
+        for (const auto& entry : std::filesystem::directory_iterator(root_)) {
+            std::filesystem::remove_all(entry);
+        }
+    }
+    FSRef fill(const Store& store) const {
+        clear();
+        std::filesystem::create_directories(at("e"));
+        put("d/x", "data of x");
+        put("d/z", "data of z");
+        for (const auto& [pattern, text] : store.files) {
+            put(*Store{"", {{pattern, ""}}}.paths("d", "x").begin(), text);
+        }
+        return ref("d/x");
+    }
+    /// Checks that the object's parts are there; null parts for a store without any.
+    void expectWhole(const std::string& name, const Store& store) const {
+        EXPECT_EQ(content(name), "data of x");
+        const bool isBare = store.files.empty();
+        EXPECT_EQ(fork(ref(name), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(+info(ref(name), kFSCatInfoFinderInfo).finderInfo.fdType,
+                  isBare ? 0 : FourCC("osas"));
+    }
+};
+
+std::set<std::string> operator+(std::set<std::string> one, const std::set<std::string>& other) {
+    one.insert(other.begin(), other.end());
+    return one;
+}
+
+TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
+    struct Change {
+        const char* label;
+        std::string folder, name;  // afterwards; none when it is gone
+    };
+    const Change changes[] = {
+        {"rename", "d", "y"}, {"move", "e", "x"}, {"delete", "", ""}, {"exchange", "d", "z"}};
+    for (const Store& store : kStores) {
+        for (const Change& change : changes) {
+            SCOPED_TRACE(std::string(store.label) + ": " + change.label);
+            const std::string what = change.label;
+            FSRef x{}, z{}, changed{};
+            std::set<std::string> there;
+            std::set<std::string> after{"d/z"};
+            if (what == "exchange") after.insert("d/x");
+            if (what != "delete") {
+                after = after + store.paths(change.folder, change.name);
+                after.insert(change.folder + "/" + change.name);
+            }
+            failEachCall(
+                [&] {
+                    x = fill(store);
+                    z = ref("d/z");
+                    there = names();
+                },
+                [&]() -> OSStatus {
+                    if (what == "rename") return rename(x, u"y", &changed);
+                    if (what == "move") return move(x, "e", &changed);
+                    return what == "delete" ? FSDeleteObject(&x) : FSExchangeObjects(&x, &z);
+                },
+                [&](OSStatus status) {
+                    const bool isDone = status == noErr;
+                    if (!isDone) {
+                        EXPECT_EQ(names(), there);
+                        EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr),
+                                  noErr);
+                        return expectWhole("d/x", store);
+                    }
+                    EXPECT_EQ(files(), after);
+                    EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr), fnfErr);
+                    if (what == "delete") return;
+                    expectWhole(change.folder + "/" + change.name, store);
+                    if (what == "exchange") {
+                        EXPECT_EQ(content("d/x"), "data of z");
+                        EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
+                        return;
+                    }
+                    const FSRef now = ref(change.folder + "/" + change.name);
+                    EXPECT_EQ(FSCompareFSRefs(&changed, &now), noErr);
+                });
+        }
+    }
+}
+
+TEST_F(CatalogChanges, ExchangeBothFilesForks) {
+    for (const Store& store : kStores) {
+        SCOPED_TRACE(store.label);
+        FSRef x{}, z{};
+        const auto text = [&](const char* name) {
+            return content(name) + fork(ref(name), ForkKind::resource);
+        };
+        std::string ofX, ofZ;
+        failEachCall(
+            [&] {
+                x = fill(store);
+                put("d/._z", appleDouble("", "fork of z"));
+                z = ref("d/z");
+                ofX = text("d/x");
+                ofZ = text("d/z");
+            },
+            [&] { return FSExchangeObjects(&x, &z); },
+            [&](OSStatus status) {
+                EXPECT_EQ(text(status == noErr ? "d/z" : "d/x"), ofX);
+                EXPECT_EQ(text(status == noErr ? "d/x" : "d/z"), ofZ);
+            });
+    }
+}
+
+TEST_F(CatalogChanges, KeepWhatIsInFolders) {
+    FSRef sub{};
+    std::set<std::string> there;
+    const auto prepare = [&](bool isEmpty) {
+        clear();
+        std::filesystem::create_directories(at("d/sub"));
+        std::filesystem::create_directories(at("e"));
+        put("d/._sub", appleDouble(kInfo, ""));
+        put("d/sub/.AppleDouble/.Parent", kPair);
+        put("d/sub/._gone", kPair);
+        put("__MACOSX/d/sub/._c", kPair);
+        if (!isEmpty) put("d/sub/c", "data of x");
+        sub = ref("d/sub");
+        there = names();
+    };
+    const auto check = [&](const std::string& place, OSStatus status) {
+        EXPECT_EQ(names() == there, status != noErr);
+        expectWhole(status == noErr ? place + "/c" : "d/sub/c", kStores[1]);
+    };
+    failEachCall([&] { prepare(false); }, [&] { return rename(sub, u"new"); },
+                 [&](OSStatus status) { check("d/new", status); });
+    failEachCall([&] { prepare(false); }, [&] { return move(sub, "e"); },
+                 [&](OSStatus status) { check("e/sub", status); });
+    failEachCall([&] { prepare(true); }, [&] { return FSDeleteObject(&sub); },
+                 [&](OSStatus status) {
+                     const std::set<std::string> gone{"__MACOSX", "__MACOSX/d", "d", "e"};
+                     EXPECT_EQ(names(), status == noErr ? gone : there);
+                 });
+    // What looks like a side file but holds something else is not thrown away.
+    for (const char* name : {"c", "._folder/c", ".rsrc/folder/c", "__MACOSX/c", ".git/c"}) {
+        SCOPED_TRACE(name);
+        prepare(true);
+        put(std::string("d/sub/") + name);
+        there = names();
+        EXPECT_EQ(FSDeleteObject(&sub), fBsyErr);
+        EXPECT_EQ(names(), there);
+    }
+    // Out of what was unpacked, and in again.
+    clear();
+    put("a/__MACOSX/d/._x", kPair);
+    put("a/d/x", "data of x");
+    put("a/d/sub/y");
+    std::filesystem::create_directories(at("e"));
+    FSRef x = ref("a/d/x");
+    EXPECT_EQ(move(x, "e", &x), noErr);
+    expectWhole("e/x", kStores[1]);
+    EXPECT_EQ(content("a/__MACOSX/d/._x"), "none");
+    EXPECT_EQ(move(x, "a/d/sub", &x), noErr);
+    expectWhole("a/d/sub/x", kStores[1]);
+    EXPECT_EQ(FSDeleteObject(&x), noErr);
+    EXPECT_EQ(files(), std::set<std::string>{"a/d/sub/y"});
+}
+
+TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
+    const FSRef root = ref("");
+    put("x", "data of x");
+    put("._x", "not ours");
+    put("%x", "not ours either");
+    put("beyond/fork/x", "fork");
+    put("beyond/side", kPair);
+    std::filesystem::create_symlink("beyond/fork", at(".rsrc"));
+    std::filesystem::create_symlink("beyond", at("link"));
+    std::filesystem::create_symlink("nowhere", at("._link"));
+    FSRef x{};
+    EXPECT_EQ(rename(ref("x"), u"y", &x), noErr);
+    EXPECT_EQ(files(), (std::set<std::string>{"y", "._x", "%x", "beyond/fork/x", "beyond/side",
+                                              ".rsrc", "link", "._link"}));
+    // Links are moved and deleted themselves.
+    std::filesystem::create_symlink("beyond/side", at("._y"));
+    EXPECT_EQ(rename(x, u"z", &x), noErr);
+    EXPECT_EQ(std::filesystem::read_symlink(at("._z")), "beyond/side");
+    EXPECT_EQ(move(x, "beyond"), paramErr) << "the link would lead nowhere";
+    EXPECT_EQ(FSDeleteObject(&x), noErr);
+    FSRef link = unfollowed("link");
+    EXPECT_EQ(rename(link, u"way", &link), noErr);
+    EXPECT_EQ(FSDeleteObject(&link), noErr);
+    EXPECT_EQ(files(), (std::set<std::string>{"._x", "%x", "beyond/fork/x", "beyond/side", ".rsrc",
+                                              "._link"}));
+}
+
+TEST_F(CatalogChanges, SayWhyTheyDoNot) {
+    put("d/x", "data");
+    put("d/._x", kPair);
+    put("d/y");
+    put("d/%lost", kPair);
+    put("d/sub/x");
+    std::filesystem::create_symlink("nowhere", at("d/._link"));
+    const FSRef x = ref("d/x"), y = ref("d/y"), d = ref("d"), none{};
+    const auto there = names();
+    EXPECT_EQ(rename(x, u"y"), dupFNErr);
+    EXPECT_EQ(rename(y, u"lost"), dupFNErr) << "another's fork would become its own";
+    EXPECT_EQ(rename(x, u"link"), dupFNErr) << "the side file has no place";
+    EXPECT_EQ(rename(x, u".."), bdNamErr);
+    EXPECT_EQ(rename(x, u""), errFSMissingName);
+    EXPECT_EQ(rename(x, std::u16string(254, u'n')), errFSNameTooLong) << "the side file's name";
+    EXPECT_EQ(rename(none, u"z"), errFSBadFSRef);
+    EXPECT_EQ(rename(x, u"x"), noErr);
+    EXPECT_EQ(move(x, "d"), noErr);
+    EXPECT_EQ(move(x, "d/sub"), dupFNErr);
+    EXPECT_EQ(move(x, "d/y"), errFSNotAFolder);
+    EXPECT_EQ(move(d, "d/sub"), paramErr);
+    EXPECT_EQ(move(d, "d"), paramErr);
+    EXPECT_EQ(FSDeleteObject(&d), fBsyErr);
+    EXPECT_EQ(FSDeleteObject(nullptr), paramErr);
+    EXPECT_EQ(FSExchangeObjects(&x, &d), notAFileErr);
+    EXPECT_EQ(FSExchangeObjects(&x, &x), noErr);
+    FSRef other{};
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>("/dev"), &other, nullptr), noErr);
+    EXPECT_EQ(FSMoveObject(&x, &other, nullptr), diffVolErr);
+    // The superuser is refused nothing.
+    const bool isSuper = geteuid() == 0;
+    chmod(root_.c_str(), 0755);
+    chmod(at("d").c_str(), 0555);
+    ASSERT_EQ(isSuper ? seteuid(65534) : 0, 0);
+    EXPECT_EQ(rename(x, u"z"), afpAccessDenied);
+    EXPECT_EQ(FSDeleteObject(&x), afpAccessDenied);
+    ASSERT_EQ(isSuper ? seteuid(0) : 0, 0);
+    chmod(at("d").c_str(), 0755);
+    EXPECT_EQ(names(), there);
+}
+
+TEST_F(CatalogChanges, AreFollowedByOpenForks) {
+    put("d/x", "data");
+    put("z", "other");
+    const std::u16string resource = u"RESOURCE_FORK";
+    const FSRef x = ref("d/x");
+    SInt16 number = 0;
+    ASSERT_EQ(FSOpenFork(&x, resource.size(), reinterpret_cast<const UniChar*>(resource.data()),
+                         fsRdWrPerm, &number),
+              noErr);
+    EXPECT_EQ(rename(ref("d/x"), u"y"), noErr);
+    EXPECT_EQ(rename(ref("d"), u"e"), noErr);
+    EXPECT_EQ(move(ref("e/y"), ""), noErr);
+    const FSRef y = ref("y"), z = ref("z");
+    EXPECT_EQ(FSExchangeObjects(&y, &z), noErr);
+    SInt32 count = 4;
+    EXPECT_EQ(FSWrite(number, &count, "fork"), noErr);
+    EXPECT_EQ(FSClose(number), noErr);
+    EXPECT_EQ(content("z") + fork(ref("z"), ForkKind::resource), "datafork");
+    EXPECT_EQ(files(), (std::set<std::string>{"y", "z", "._z"}));
+}
+
+TEST_F(CatalogChanges, MakeFoldersAndSetDates) {
+    FSRef d{}, parent = ref("");
+    UInt32 id = 0;
+    FSSpec spec{};
+    FSCatalogInfo wanted{};
+    wanted.contentModDate = {1, 2, 3};
+    wanted.accessDate = {0, 4000000000, 65535};
+    constexpr FSCatalogInfoBitmap kDates = kFSCatInfoContentMod | kFSCatInfoAccessDate;
+    const auto make = [&] {
+        const UniChar name[] = {'d'};
+        return FSCreateDirectoryUnicode(&parent, 1, name, kDates | kFSCatInfoFinderXInfo, &wanted,
+                                        &d, &spec, &id);
+    };
+    wanted.extFinderInfo.extended_finder_flags = 1;
+    failEachCall([&] { clear(); }, make,
+                 [&](OSStatus status) {
+                     if (status == noErr) return;
+                     // The specification is made when the folder is there.
+                     EXPECT_TRUE(names().empty() || spec.name[0] == 0) << status;
+                 });
+    EXPECT_EQ(make(), dupFNErr);
+    const FSCatalogInfo found = info(d, kDates | kFSCatInfoNodeID | kFSCatInfoPermissions);
+    EXPECT_EQ(found.nodeID, id);
+    EXPECT_EQ(found.permissions.mode & 0022, 0);
+    EXPECT_EQ(std::memcmp(&found.contentModDate, &wanted.contentModDate, sizeof(UTCDateTime)), 0);
+    EXPECT_EQ(std::memcmp(&found.accessDate, &wanted.accessDate, sizeof(UTCDateTime)), 0);
+    FSSpec child{};
+    EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, static_cast<SInt32>(id),
+                           reinterpret_cast<const UInt8*>("\1c"), &child),
+              fnfErr)
+        << "the ID names the folder";
+    const auto before = content("._d");
+    const auto status = posix::status(at("d"), posix::Follow::no);
+    wanted.contentModDate = wanted.accessDate = {1, 0, 0};
+    wanted.extFinderInfo = {};
+    wanted.permissions.mode = 0700;
+    failEachCall([&] {},
+                 [&] {
+                     return FSSetCatalogInfo(
+                         &d, kDates | kFSCatInfoFinderXInfo | kFSCatInfoPermissions, &wanted);
+                 },
+                 [&](OSStatus set) {
+                     if (set == noErr) return;
+                     EXPECT_EQ(content("._d"), before);
+                     const auto now = posix::status(at("d"), posix::Follow::no);
+                     EXPECT_EQ(now->mode, status->mode);
+                     EXPECT_TRUE(now->accessed == status->accessed) << "as before the failure";
+                 });
+    EXPECT_EQ(FSSetCatalogInfo(&d, kFSCatInfoCreateDate, &wanted), unimpErr);
+}
+
+}  // namespace
+}  // namespace osa::test
