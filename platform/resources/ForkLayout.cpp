@@ -171,7 +171,7 @@ Result<ForkImage> ForkLayout::finish(UInt16 mapAttributes) {
 
     ByteBlock reserved(kForkHeadLength - ForkImage::kHeaderLength);
     const auto kept = reserved.toFill().first(reservedLength_);
-    OSA_CHECK(old_->readExactly(ForkImage::kHeaderLength, kept));
+    if (!kept.empty()) OSA_CHECK(old_->readExactly(ForkImage::kHeaderLength, kept));
     std::ranges::fill(reserved.toFill().subspan(reservedLength_), std::byte{0});
     image.reserved = std::make_shared<MemorySource>(std::move(reserved));
     return image;

@@ -131,7 +131,8 @@ void GetResInfo(Handle resource, ResID* id, ResType* type, Str255 name) {
                                 if (id != nullptr) *id = found.id;
                                 if (type != nullptr) *type = found.type;
                                 if (name == nullptr) return {};
-                                const std::string_view text = found.name ? *found.name : "";
+                                const std::string_view text =
+                                    found.name ? std::string_view(*found.name) : std::string_view();
                                 name[0] = static_cast<unsigned char>(text.size());
                                 std::memcpy(name + 1, text.data(), text.size());
                                 return {};

@@ -17,7 +17,8 @@ Result<ForkImage> emptyFork() {
 
 Result<void> giveResourceFork(const FSRef& file, OldFork old) {
     OSA_TRY(const ForkImage empty, emptyFork());
-    OSA_TRY(const RangeBytes bytes, readRange(*empty.fork(), {0, empty.fork()->size()}));
+    const auto fork = empty.fork();
+    OSA_TRY(const RangeBytes bytes, readRange(*fork, {0, fork->size()}));
     return createResourceFork(file, bytes, old);
 }
 
