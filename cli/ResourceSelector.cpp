@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreServices/MacErrors.h>
 
 #include <array>
 #include <charconv>
@@ -65,6 +66,39 @@ std::string fourCharText(ResType type) {
         static_cast<unsigned char>(type >> 24), static_cast<unsigned char>(type >> 16),
         static_cast<unsigned char>(type >> 8), static_cast<unsigned char>(type)};
     return macRomanText(bytes, sizeof bytes);
+}
+
+std::string resourceReason(OSStatus status) {
+    switch (status) {
+        case noErr:
+            return {};
+        case fnfErr:
+            return "no such file";
+        case notAFileErr:
+            return "is a folder";
+        case eofErr:
+        case errFSForkNotFound:
+            return "has no resources";
+        case mapReadErr:
+            return "the resource map is damaged";
+        case CantDecompress:
+            return "the resource is compressed in a way that is not known, or damaged";
+        case permErr:
+            return "may not be read";
+        case wrPermErr:
+        case fLckdErr:
+        case afpAccessDenied:
+            return "may not be written";
+        case wPrErr:
+            return "is on a volume that is read-only";
+        case dskFulErr:
+            return "the volume is full";
+        case addResFailed:
+        case fileBoundsErr:
+            return "that is more than a resource map can hold";
+        default:
+            return "cannot be read or written (status " + std::to_string(status) + ")";
+    }
 }
 
 }  // namespace osa::cli

@@ -27,4 +27,7 @@ std::optional<ResourceSelector> parseResourceSelector(std::string_view text);
 std::string fourCharText(ResType type);
 std::string macRomanText(const unsigned char* bytes, std::size_t length);
 
+/// Why a file's resources cannot be read or changed; nothing for 0.
+std::string resourceReason(OSStatus status);
+
 }  // namespace osa::cli

@@ -1,4 +1,4 @@
-// osa resources: lists the resources of files, or writes one out.
+// osa resources: lists the resources of files, writes one out, or changes them.
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
@@ -15,6 +15,7 @@
 
 #include "cli/Command.h"
 #include "cli/RecordFormat.h"
+#include "cli/ResourceEdits.h"
 #include "cli/ResourceSelector.h"
 
 namespace osa::cli {
@@ -23,6 +24,7 @@ namespace {
 struct ResourcesOptions {
     std::string only;
     bool raw = false;
+    std::vector<std::pair<ResourceEdit::Kind, std::string>> edits;  // in the order given
     std::vector<std::string> files;
 };
 
@@ -30,26 +32,6 @@ struct ListCloser {
     void operator()(OSAResourceListRef list) const { OSAResourceListClose(list); }
 };
 using ResourceList = std::unique_ptr<struct OSAResourceList, ListCloser>;
-
-std::string reasonFor(OSStatus status) {
-    switch (status) {
-        case fnfErr:
-            return "no such file";
-        case notAFileErr:
-            return "is a folder";
-        case eofErr:
-        case errFSForkNotFound:
-            return "has no resources";
-        case mapReadErr:
-            return "the resource map is damaged";
-        case CantDecompress:
-            return "the resource is compressed in a way that is not known, or damaged";
-        case permErr:
-            return "may not be read";
-        default:
-            return "cannot be read (status " + std::to_string(status) + ")";
-    }
-}
 
 std::string attributeNames(UInt8 attributes) {
     struct Name {
@@ -77,7 +59,7 @@ void printLine(const OSAResourceInfo& info) {
     line += numbers.data();
     if (info.hasName) line += "  \"" + macRomanText(info.name + 1, info.name[0]) + "\"";
     if (info.attributes != 0) line += "  [" + attributeNames(info.attributes) + "]";
-    if (info.status != noErr) line += "  (" + reasonFor(info.status) + ")";
+    if (info.status != noErr) line += "  (" + resourceReason(info.status) + ")";
     std::printf("%s\n", line.c_str());
 }
 
@@ -107,21 +89,45 @@ std::string process(const std::string& file, const ResourcesOptions& options,
                     const std::optional<ResourceSelector>& selector) {
     OSAResourceListRef opened = nullptr;
     const OSStatus status = OSAResourceListOpen(file.c_str(), &opened);
-    if (status != noErr) return reasonFor(status);
+    if (status != noErr) return resourceReason(status);
     const ResourceList list(opened);
     const auto resources = selected(opened, selector);
     if (selector && resources.empty()) return "has no such resource";
     if (options.raw) {
         if (resources.size() > 1) return "more than one resource is selected: name type and id";
         const OSStatus written = writeData(opened, resources.front().first);
-        return written == noErr ? std::string() : reasonFor(written);
+        return written == noErr ? std::string() : resourceReason(written);
     }
     std::printf("%s\n", forTerminal(file).c_str());
     for (const auto& [index, info] : resources) printLine(info);
     return {};
 }
 
+int edit(const ResourcesOptions& options) {
+    std::vector<ResourceEdit> edits(options.edits.size());
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        const auto& [kind, text] = options.edits[i];
+        const std::string reason = parseResourceEdit(kind, text, edits[i]);
+        if (reason.empty()) continue;
+        reportError(text, reason);
+        return kWrongUsage;
+    }
+    if (const std::string unread = readEditData(edits); !unread.empty()) {
+        reportError(unread, "cannot be read");
+        return kSomethingFailed;
+    }
+    int exitStatus = kAllWell;
+    for (const std::string& file : options.files) {
+        const std::string reason = applyResourceEdits(file, edits);
+        if (reason.empty()) continue;
+        reportError(file, reason);
+        exitStatus = kSomethingFailed;
+    }
+    return exitStatus;
+}
+
 int resources(const ResourcesOptions& options) {
+    if (!options.edits.empty()) return edit(options);
     const auto selector = parseResourceSelector(options.only);
     if (!options.only.empty() && !selector) {
         reportError(options.only, "is not TYPE or TYPE:ID");
@@ -137,20 +143,54 @@ int resources(const ResourcesOptions& options) {
     return exitStatus;
 }
 
+struct EditOption {
+    ResourceEdit::Kind kind;
+    const char* name;
+    const char* value;
+    const char* help;
+};
+constexpr std::array<EditOption, 3> kEditOptions = {
+    {{ResourceEdit::Kind::set, "--set", "TYPE:ID=FILE",
+      "Replace the resource's data by that of a file, or add the resource"},
+     {ResourceEdit::Kind::remove, "--delete", "TYPE:ID", "Delete the resource"},
+     {ResourceEdit::Kind::rename, "--rename", "TYPE:ID=NAME", "Give the resource a name"}}};
+
+/// The values of the three options in the order in which they were given.
+void collectEdits(const CLI::App& command, ResourcesOptions& options) {
+    std::array<std::size_t, kEditOptions.size()> used{};
+    for (const CLI::Option* const option : command.parse_order()) {
+        for (std::size_t i = 0; i < kEditOptions.size(); ++i) {
+            if (option->get_name() != kEditOptions[i].name) continue;
+            options.edits.emplace_back(kEditOptions[i].kind, option->results()[used[i]++]);
+        }
+    }
+}
+
 }  // namespace
 
 void addResourcesCommand(CLI::App& program, int& exitStatus) {
     auto options = std::make_shared<ResourcesOptions>();
     CLI::App* const command = program.add_subcommand(
         "resources",
-        "List the resources of files, also of forks and containers handed over directly");
+        "List the resources of files, also of forks and containers handed over directly, or change "
+        "them");
     CLI::Option* const only =
         command->add_option("--only", options->only, "Only this type, or this resource of it");
     only->type_name("TYPE[:ID]");
     command->add_flag("--raw", options->raw, "Write the one resource's bytes to standard output")
         ->needs(only);
     command->add_option("files", options->files, "Files")->required()->type_name("FILE");
-    command->callback([options, &exitStatus] { exitStatus = resources(*options); });
+    for (const EditOption& each : kEditOptions) {
+        command->add_option(each.name, each.help)
+            ->type_name(each.value)
+            ->take_all()
+            ->allow_extra_args(false)
+            ->excludes(only);
+    }
+    command->callback([command, options, &exitStatus] {
+        collectEdits(*command, *options);
+        exitStatus = resources(*options);
+    });
 }
 
 }  // namespace osa::cli

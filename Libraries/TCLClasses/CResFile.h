@@ -24,6 +24,8 @@ class CResFile : public CFile {
     void Open(SInt8 permission) override;
     void Close() override;
     bool IsOpen() const override;
+    /// Gives the file, which is made if it is not there, a resource fork without resources. Asserts
+    /// "!IsOpen()", "!mFileDesc.Empty()" and "!mResolved". dupFNErr: it has one of some length.
     void CreateNew(OSType creator, OSType fileType) override;
 
     // Slots of this class, in their order.
@@ -31,18 +33,25 @@ class CResFile : public CFile {
     virtual bool IsBundleResourceFile() const;
     /// Also for a closed file, and for a bundle that has a resource map.
     virtual bool HasResFork();
+    /// CreateNew for a map in the data fork, which Open then reads only.
     virtual void CreateNewDataFork(OSType creator, OSType fileType);
 
-    // --- Writing. The Resource Manager underneath reads only in this version: these five,
-    // CreateNew and CreateNewDataFork throw unimpErr after their assertions.
+    // --- Writing; wrPermErr when the file is open for reading.
 
+    /// Writes what was changed through the Resource Manager, and makes it last.
     virtual void Update();
+    /// StoreResource with a copy of `size` bytes.
     virtual void StoreData(ResType type, SInt16 id, const char* data, Size size,
                            const unsigned char* name, SInt32 attributes);
+    /// Writes a resource in place of the one with its type and id, protected or not, at the end of
+    /// its type. An old one is removed from the file first: when the rest then fails, it is gone.
+    /// `data`, the caller's own and no resource, stays the caller's also on failure (asserted to be
+    /// there). `name` may be null; the low 8 bits of `attributes` count.
     virtual void StoreResource(ResType type, SInt16 id, Handle data, const unsigned char* name,
                                SInt32 attributes);
     /// An id that no resource of the type has in this file.
     virtual SInt16 GetUniqueResourceID(ResType type);
+    /// Removes the resource from the file, protected or not; nothing when it is missing.
     virtual void DeleteResource(ResType type, SInt16 id);
 
     // --- Reading.

@@ -26,7 +26,9 @@ Handle Lookup(ResType type, unsigned char* name) {
 template <typename Key>
 Handle LookupUnloaded(ResType type, Key key) {
     const SNoResLoad unloaded;
-    return Lookup(type, key);
+    const Handle handle = Lookup(type, key);
+    if (handle == nullptr) FailResErrorX();  // switching loading on clears the error
+    return handle;
 }
 
 template <typename Key>
@@ -49,9 +51,7 @@ Handle RetrieveEmpty(CResFile& file, ResType type, Key key) {
     TB_ASSERT(kUnit, file.IsOpen());
     const SCurrentResFile saved;
     file.MakeCurrent();
-    const Handle handle = LookupUnloaded(type, key);
-    if (handle == nullptr) FailResErrorX();
-    return handle;
+    return LookupUnloaded(type, key);
 }
 
 /// What a caller may want to know of a resource besides its data; null pointers are not wanted.

@@ -24,37 +24,46 @@ std::span<std::byte> block(Handle handle, std::uint64_t size) {
 
 }  // namespace
 
+OpenResourceFile::OpenResourceFile(const ResourceFork& fork, std::unique_ptr<ForkPlace> place)
+    : OpenFile(kKind),
+      source_(fork.sharedSource()),
+      reservedLength_(fork.reservedLength()),
+      map_(fork),
+      place_(std::move(place)) {}
+
 OpenResourceFile::~OpenResourceFile() {
-    for (const auto& [handle, index] : indexes_) DisposeHandle(handle);
+    for (const auto& [handle, resource] : indexes_) DisposeHandle(handle);
 }
 
-Result<Handle> OpenResourceFile::get(const ResourceReference& reference, bool load) {
-    const std::size_t index = indexOf(reference);
-    if (index < handles_.size() && handles_[index] != nullptr) {
-        const Handle known = handles_[index];
-        if (load && *known == nullptr) OSA_CHECK(read(reference, known));
-        return known;
+Result<Handle> OpenResourceFile::get(Resource& resource, bool load) {
+    if (resource.handle != nullptr) {
+        if (load && *resource.handle == nullptr) OSA_CHECK(read(resource, resource.handle));
+        return resource.handle;
     }
-    handles_.resize(fork_.references().size());
     const Handle handle = NewEmptyHandle();
     if (handle == nullptr) return Failure(memFullErr);
     if (load) {
-        if (const auto done = read(reference, handle); !done) {
+        if (const auto done = read(resource, handle); !done) {
             DisposeHandle(handle);
             return Failure(done.status());
         }
     }
-    HSetRBit(handle);
+    index(handle, resource);
+    return handle;
+}
+
+void OpenResourceFile::index(Handle handle, Resource& resource) {
     indexes_.insert(std::ranges::upper_bound(indexes_, handle, {}, &IndexedHandle::handle),
-                    {handle, index});
-    return handles_[index] = handle;
+                    {handle, &resource});
+    resource.handle = handle;
+    HSetRBit(handle);
 }
 
 Result<void> OpenResourceFile::load(Handle handle) {
-    const ResourceReference* const reference = find(handle);
-    if (reference == nullptr) return Failure(resNotFound);
+    const Resource* const resource = find(handle);
+    if (resource == nullptr) return Failure(resNotFound);
     if (*handle != nullptr) return {};
-    return read(*reference, handle);
+    return read(*resource, handle);
 }
 
 std::vector<OpenResourceFile::IndexedHandle>::const_iterator OpenResourceFile::entryOf(
@@ -63,15 +72,15 @@ std::vector<OpenResourceFile::IndexedHandle>::const_iterator OpenResourceFile::e
     return entry != indexes_.end() && entry->handle == handle ? entry : indexes_.end();
 }
 
-const ResourceReference* OpenResourceFile::find(Handle handle) const {
+Resource* OpenResourceFile::find(Handle handle) const {
     const auto entry = entryOf(handle);
-    return entry == indexes_.end() ? nullptr : &fork_.references()[entry->index];
+    return entry == indexes_.end() ? nullptr : entry->resource;
 }
 
 bool OpenResourceFile::detach(Handle handle) {
     const auto entry = entryOf(handle);
     if (entry == indexes_.end()) return false;
-    handles_[entry->index] = nullptr;
+    entry->resource->handle = nullptr;
     indexes_.erase(entry);
     HClrRBit(handle);
     return true;
@@ -79,13 +88,14 @@ bool OpenResourceFile::detach(Handle handle) {
 
 /// Plain data goes from the fork into the block without a copy between. On failure the handle is
 /// empty.
-Result<void> OpenResourceFile::read(const ResourceReference& reference, Handle handle) const {
-    OSA_TRY(const CheckedRange range, fork_.dataRange(reference));
+Result<void> OpenResourceFile::read(const Resource& resource, Handle handle) const {
+    if (!resource.place) return {};  // emptied by its owner before it was written
+    OSA_TRY(const CheckedRange range, storedData(resource));
     OSA_CHECK(resize(handle, range.length));
     const auto fill = [&]() -> Result<void> {
         const std::span<std::byte> stored = block(handle, range.length);
-        OSA_CHECK(fork_.source().readExactly(range.offset, stored));
-        if ((reference.attributes & kResourceCompressed) == 0 || !isCompressedData(stored))
+        OSA_CHECK(source_->readExactly(range.offset, stored));
+        if ((resource.attributes & kResourceCompressed) == 0 || !isCompressedData(stored))
             return {};
         OSA_TRY(const std::vector<std::byte> data, expandResource(stored));
         OSA_CHECK(resize(handle, data.size()));

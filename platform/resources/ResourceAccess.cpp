@@ -18,25 +18,15 @@ SInt16 limitedCount(std::size_t count) {
     return static_cast<SInt16>(std::min<std::size_t>(count, 0x7FFF));
 }
 
-/// The handle of what `find`, given the current file's fork, points at.
+/// The handle of what `find`, given the current file's map, points at.
 template <typename Find>
 Handle getFromCurrent(Find&& find) {
     return resourceCall<Handle>(nullptr, [&](ResourceThread& thread) -> Result<Handle> {
         const OpenResourceFilePtr file = thread.current();
-        const ResourceReference* const reference = file ? find(file->fork()) : nullptr;
-        if (reference == nullptr) return Failure(resNotFound);
-        return file->get(*reference, thread.loads);
+        Resource* const resource = file ? find(file->map()) : nullptr;
+        if (resource == nullptr) return Failure(resNotFound);
+        return file->get(*resource, thread.loads);
     });
-}
-
-/// Runs `work` on the file and the map's entry of a resource's handle; resNotFound for other
-/// handles.
-template <typename Work>
-auto withResource(ResourceThread& thread, Handle handle, Work&& work)
-    -> decltype(work(*OpenResourceFilePtr(), ResourceReference())) {
-    const OpenResourceFilePtr file = thread.home(handle);
-    if (!file) return Failure(resNotFound);
-    return work(*file, *file->find(handle));
 }
 
 }  // namespace
@@ -44,7 +34,7 @@ auto withResource(ResourceThread& thread, Handle handle, Work&& work)
 ResourceCount Count1Types() {
     return resourceCall<SInt16>(0, [](ResourceThread& thread) -> Result<SInt16> {
         const OpenResourceFilePtr file = thread.current();
-        return file ? limitedCount(file->fork().types().size()) : SInt16{0};
+        return file ? limitedCount(file->map().types().size()) : SInt16{0};
     });
 }
 
@@ -53,9 +43,9 @@ void Get1IndType(ResType* type, ResourceIndex index) {
         if (type == nullptr) return Failure(paramErr);
         *type = 0;
         const OpenResourceFilePtr file = thread.current();
-        if (!file || index < 1 || static_cast<std::size_t>(index) > file->fork().types().size())
+        if (!file || index < 1 || static_cast<std::size_t>(index) > file->map().types().size())
             return Failure(resNotFound);
-        *type = file->fork().types()[static_cast<std::size_t>(index) - 1].code;
+        *type = file->map().types()[static_cast<std::size_t>(index) - 1].code;
         return {};
     });
 }
@@ -63,29 +53,30 @@ void Get1IndType(ResType* type, ResourceIndex index) {
 ResourceCount Count1Resources(ResType type) {
     return resourceCall<SInt16>(0, [&](ResourceThread& thread) -> Result<SInt16> {
         const OpenResourceFilePtr file = thread.current();
-        const ResourceFork::Type* const entry = file ? file->fork().findType(type) : nullptr;
-        return entry == nullptr ? SInt16{0} : limitedCount(entry->count);
+        const ResourceMap::Type* const entry = file ? file->map().findType(type) : nullptr;
+        return entry == nullptr ? SInt16{0} : limitedCount(entry->resources.size());
     });
 }
 
 Handle Get1Resource(ResType type, ResID id) {
-    return getFromCurrent([&](const ResourceFork& fork) { return fork.find(type, id); });
+    return getFromCurrent([&](const ResourceMap& map) { return map.find(type, id); });
 }
 
 Handle Get1NamedResource(ResType type, ConstStr255Param name) {
-    return getFromCurrent([&](const ResourceFork& fork) -> const ResourceReference* {
+    return getFromCurrent([&](const ResourceMap& map) -> Resource* {
         if (name == nullptr) return nullptr;
         const auto* const text = reinterpret_cast<const char*>(name + 1);
-        return fork.find(type, std::string_view(text, name[0]));
+        return map.find(type, std::string_view(text, name[0]));
     });
 }
 
 Handle Get1IndResource(ResType type, ResourceIndex index) {
-    return getFromCurrent([&](const ResourceFork& fork) -> const ResourceReference* {
-        const ResourceFork::Type* const entry = fork.findType(type);
-        if (entry == nullptr || index < 1 || static_cast<UInt32>(index) > entry->count)
+    return getFromCurrent([&](const ResourceMap& map) -> Resource* {
+        const ResourceMap::Type* const entry = map.findType(type);
+        if (entry == nullptr || index < 1 ||
+            static_cast<std::size_t>(index) > entry->resources.size())
             return nullptr;
-        return &fork.references(*entry)[static_cast<std::size_t>(index) - 1];
+        return entry->resources[static_cast<std::size_t>(index) - 1].get();
     });
 }
 
@@ -93,24 +84,25 @@ Handle GetResource(ResType type, ResID id) {
     return resourceCall<Handle>(nullptr, [&](ResourceThread& thread) -> Result<Handle> {
         const std::vector<OpenResourceFilePtr> chain = thread.chain();
         for (auto file = std::ranges::find(chain, thread.current()); file != chain.end(); ++file)
-            if (const ResourceReference* const reference = (*file)->fork().find(type, id))
-                return (*file)->get(*reference, thread.loads);
+            if (Resource* const resource = (*file)->map().find(type, id))
+                return (*file)->get(*resource, thread.loads);
         return Failure(resNotFound);
     });
 }
 
 void LoadResource(Handle resource) {
     resourceCall([&](ResourceThread& thread) {
-        return withResource(
-            thread, resource,
-            [&](OpenResourceFile& file, const ResourceReference&) { return file.load(resource); });
+        return withResource(thread, resource, [&](OpenResourceFile& file, const Resource&) {
+            return file.load(resource);
+        });
     });
 }
 
 void DetachResource(Handle resource) {
     resourceCall([&](ResourceThread& thread) {
         return withResource(thread, resource,
-                            [&](OpenResourceFile& file, const ResourceReference&) -> Result<void> {
+                            [&](OpenResourceFile& file, const Resource& found) -> Result<void> {
+                                if (found.isChanged()) return Failure(resAttrErr);
                                 file.detach(resource);
                                 return {};
                             });
@@ -120,42 +112,42 @@ void DetachResource(Handle resource) {
 void ReleaseResource(Handle resource) {
     DetachResource(resource);
     if (ResError() == noErr) DisposeHandle(resource);
+    if (ResError() == resAttrErr) ResourceThread::mine().error = noErr;
 }
 
 ResAttributes GetResAttrs(Handle resource) {
     return resourceCall<SInt16>(0, [&](ResourceThread& thread) {
-        return withResource(
-            thread, resource,
-            [](OpenResourceFile&, const ResourceReference& found) -> Result<SInt16> {
-                return SInt16{found.attributes};
-            });
+        return withResource(thread, resource,
+                            [](OpenResourceFile&, const Resource& found) -> Result<SInt16> {
+                                return SInt16{found.attributes};
+                            });
     });
 }
 
 void GetResInfo(Handle resource, ResID* id, ResType* type, Str255 name) {
     resourceCall([&](ResourceThread& thread) {
-        return withResource(
-            thread, resource,
-            [&](OpenResourceFile& file, const ResourceReference& found) -> Result<void> {
-                if (id != nullptr) *id = found.id;
-                if (type != nullptr) *type = found.type;
-                if (name == nullptr) return {};
-                const std::string_view text = file.fork().name(found).value_or("");
-                name[0] = static_cast<unsigned char>(text.size());
-                std::memcpy(name + 1, text.data(), text.size());
-                return {};
-            });
+        return withResource(thread, resource,
+                            [&](OpenResourceFile&, const Resource& found) -> Result<void> {
+                                if (id != nullptr) *id = found.id;
+                                if (type != nullptr) *type = found.type;
+                                if (name == nullptr) return {};
+                                const std::string_view text =
+                                    found.name ? std::string_view(*found.name) : std::string_view();
+                                name[0] = static_cast<unsigned char>(text.size());
+                                std::memcpy(name + 1, text.data(), text.size());
+                                return {};
+                            });
     });
 }
 
 SInt32 GetResourceSizeOnDisk(Handle resource) {
     return resourceCall<SInt32>(-1, [&](ResourceThread& thread) {
-        return withResource(
-            thread, resource,
-            [](OpenResourceFile& file, const ResourceReference& found) -> Result<SInt32> {
-                OSA_TRY(const CheckedRange range, file.fork().dataRange(found));
-                return static_cast<SInt32>(range.length);
-            });
+        return withResource(thread, resource,
+                            [](OpenResourceFile& file, const Resource& found) -> Result<SInt32> {
+                                if (!found.place) return SInt32{0};
+                                OSA_TRY(const CheckedRange range, file.storedData(found));
+                                return static_cast<SInt32>(range.length);
+                            });
     });
 }
 
@@ -164,9 +156,8 @@ ResID Unique1ID(ResType type) {
         const OpenResourceFilePtr file = thread.current();
         if (!file) return Failure(resFNotFound);
         std::set<ResID> taken;
-        if (const ResourceFork::Type* const entry = file->fork().findType(type)) {
-            for (const ResourceReference& each : file->fork().references(*entry))
-                taken.insert(each.id);
+        if (const ResourceMap::Type* const entry = file->map().findType(type)) {
+            for (const auto& each : entry->resources) taken.insert(each->id);
         }
         // Lower ids belong to the system.
         for (int id = 128; id <= std::numeric_limits<ResID>::max(); ++id) {

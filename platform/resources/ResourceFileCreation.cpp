@@ -1,38 +1,41 @@
-// FSCreateResFile.
+// Making resource files.
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/Resources.h>
 
-#include "platform/base/ByteWriter.h"
 #include "platform/files/FileCreation.h"
 #include "platform/files/stores/ResourceForkWriter.h"
+#include "platform/resources/ForkPlace.h"
 #include "platform/resources/ResourceThread.h"
 
 namespace osa {
 namespace {
 
-/// A fork whose map has no types.
-std::vector<std::byte> emptyFork() {
-    constexpr std::uint32_t kDataStart = 256;
-    constexpr std::uint16_t kTypeList = 28;
-    constexpr std::uint16_t kMapLength = 30;
-    ByteWriter fork;
-    const auto putHeader = [&] { fork.u32(kDataStart).u32(kDataStart).u32(0).u32(kMapLength); };
-    putHeader();
-    fork.fill(kDataStart - fork.size());
-    putHeader();
-    fork.fill(8);  // next map, file number and attributes, used in memory
-    fork.u16(kTypeList).u16(kMapLength).u16(0xFFFF);
-    return fork.take();
+/// Without resources.
+Result<ForkImage> emptyFork() {
+    return ForkLayout(std::make_shared<MemorySource>(ByteSpan()), 0).finish(0);
+}
+
+Result<void> giveResourceFork(const FSRef& file, OldFork old) {
+    OSA_TRY(const ForkImage empty, emptyFork());
+    const auto fork = empty.fork();
+    OSA_TRY(const RangeBytes bytes, readRange(*fork, {0, fork->size()}));
+    return createResourceFork(file, bytes, old);
 }
 
 /// A side file that was left over is not this file's.
-Result<void> finishNewFile(const FSRef& file) {
-    return createResourceFork(file, emptyFork(), OldFork::replaced);
+Result<void> finishWithResourceFork(const FSRef& file) {
+    return giveResourceFork(file, OldFork::replaced);
 }
 
-/// An existing file gets a fork when it has none.
-Result<void> createResourceFile(const NewFile& file, FSRef& made) {
-    const auto created = createFile(file, finishNewFile);
+Result<void> giveDataFork(const FSRef& file) {
+    OSA_TRY(const ForkImage empty, emptyFork());
+    return createDataForkMap(file, empty);
+}
+
+/// An existing file gets a map when the fork is empty.
+Result<void> createResourceFile(const NewFile& file, ForkKind fork, FSRef& made) {
+    const bool isData = fork == ForkKind::data;
+    const auto created = createFile(file, isData ? giveDataFork : finishWithResourceFork);
     if (created.ok()) made = *created;
     if (created.status() != dupFNErr) {
         OSA_CHECK(created);
@@ -40,8 +43,24 @@ Result<void> createResourceFile(const NewFile& file, FSRef& made) {
     }
     if (const OSErr status = FSMakeFSRefUnicode(file.parent, file.nameLength, file.name, 0, &made))
         return Failure(status);
-    const auto added = createResourceFork(made, emptyFork(), OldFork::kept);
+    const auto added = isData ? giveDataFork(made) : giveResourceFork(made, OldFork::kept);
     return added.status() == notAFileErr ? Failure(dupFNErr) : added;
+}
+
+struct MadeFile {
+    FSRef* reference;  // either may be null
+    FSSpec* specification;
+};
+
+Result<void> create(const NewFile& file, ForkKind fork, const MadeFile& wanted) {
+    FSRef made{};
+    const auto created = createResourceFile(file, fork, made);
+    if (!created.ok() && created.status() != dupFNErr) return created;
+    if (wanted.reference != nullptr) *wanted.reference = made;
+    if (wanted.specification == nullptr) return created;
+    const OSErr status =
+        FSGetCatalogInfo(&made, 0, nullptr, nullptr, wanted.specification, nullptr);
+    return created.ok() && status != noErr ? Failure(status) : created;
 }
 
 }  // namespace
@@ -50,14 +69,20 @@ Result<void> createResourceFile(const NewFile& file, FSRef& made) {
 void FSCreateResFile(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
                      FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo, FSRef* newRef,
                      FSSpec* newSpec) {
-    osa::resourceCall([&](osa::ResourceThread&) -> osa::Result<void> {
-        FSRef made{};
-        const auto created =
-            osa::createResourceFile({parentRef, name, nameLength, whichInfo, catalogInfo}, made);
-        if (!created.ok() && created.status() != dupFNErr) return created;
-        if (newRef != nullptr) *newRef = made;
-        if (newSpec == nullptr) return created;
-        const OSErr status = FSGetCatalogInfo(&made, 0, nullptr, nullptr, newSpec, nullptr);
-        return created.ok() && status != noErr ? osa::Failure(status) : created;
+    osa::resourceCall([&](osa::ResourceThread&) {
+        return osa::create({parentRef, name, nameLength, whichInfo, catalogInfo},
+                           osa::ForkKind::resource, {newRef, newSpec});
     });
+}
+
+OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCount nameLength, const UniChar* name,
+                           FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo,
+                           UniCharCount forkNameLength, const UniChar* forkName, FSRef* newRef,
+                           FSSpec* newSpec) {
+    osa::resourceCall([&](osa::ResourceThread&) -> osa::Result<void> {
+        OSA_TRY(const osa::ForkKind fork, osa::forkOfName(forkNameLength, forkName));
+        return osa::create({parentRef, name, nameLength, whichInfo, catalogInfo}, fork,
+                           {newRef, newSpec});
+    });
+    return ResError();
 }

@@ -1,36 +1,79 @@
 // Opening, closing and choosing resource files.
 #include <CoreServices/Resources.h>
 
-#include <string_view>
+#include <map>
+#include <mutex>
+#include <tuple>
 
-#include "platform/files/Forks.h"
+#include "platform/resources/ForkPlace.h"
 #include "platform/resources/ResourceThread.h"
 
 using namespace osa;
 
 namespace {
 
-Result<SInt16> open(ResourceThread& thread, const FSRef* ref, ForkKind kind) {
-    if (ref == nullptr) return Failure(paramErr);
-    auto source = openForkForReading(*ref, kind);
+Result<ResourceFork> parse(Result<std::shared_ptr<const ByteSource>> source) {
     // To callers of the Resource Manager an absent fork is one that ends before its header.
     if (source.status() == errFSForkNotFound) return Failure(eofErr);
     OSA_CHECK(source);
-    OSA_TRY(ResourceFork fork, ResourceFork::open(*std::move(source)));
-    const auto file = std::make_shared<OpenResourceFile>(std::move(fork));
+    return ResourceFork::open(*std::move(source));
+}
+
+Result<SInt16> enter(ResourceThread& thread, const OpenResourceFilePtr& file) {
     OSA_TRY(const SInt16 number, addOpenFile(file));
     file->setNumber(number);
     thread.use(file);
     return number;
 }
 
-Result<ForkKind> forkNamed(UniCharCount length, const UniChar* name) {
-    constexpr std::u16string_view kResourceForkName = u"RESOURCE_FORK";
-    if (length == 0) return ForkKind::data;
-    const auto* const units = reinterpret_cast<const char16_t*>(name);
-    if (name == nullptr || std::u16string_view(units, length) != kResourceForkName)
-        return Failure(errFSBadForkName);
-    return ForkKind::resource;
+Result<SInt16> openForReading(ResourceThread& thread, const FSRef& ref, ForkKind kind) {
+    OSA_TRY(const ResourceFork fork, parse(openForkForReading(ref, kind)));
+    return enter(thread, std::make_shared<OpenResourceFile>(fork));
+}
+
+/// The files that are open for writing.
+struct Writers {
+    using Key = std::tuple<std::uint64_t, std::uint64_t, std::uint32_t, ForkKind>;
+    std::mutex lock;  // also while one is opened: another thread shall find it or be first
+    std::map<Key, std::weak_ptr<OpenResourceFile>> files;
+
+    static Writers& all() {
+        static Writers shared;
+        return shared;
+    }
+    static Key keyOf(const Located& file, ForkKind kind) {
+        return {file.status.device, file.status.inode, file.birth, kind};
+    }
+};
+
+Result<SInt16> openForWriting(ResourceThread& thread, const FSRef& ref, ForkKind kind) {
+    OSA_TRY(const Located located, locate(&ref));
+    Writers& writers = Writers::all();
+    const std::lock_guard guard(writers.lock);
+    std::erase_if(writers.files, [](const auto& entry) { return entry.second.expired(); });
+    const auto key = Writers::keyOf(located, kind);
+    if (const auto known = writers.files.find(key); known != writers.files.end()) {
+        const OpenResourceFilePtr file = known->second.lock();
+        // One that is being closed has no number any longer.
+        if (file == nullptr || findOpenFile(file->number()) != file) return Failure(opWrErr);
+        thread.use(file);
+        return file->number();
+    }
+    OSA_TRY(std::unique_ptr<ForkPlace> place, openForkPlace(located, kind));
+    OSA_TRY(const ResourceFork fork, parse(place->read()));
+    const auto file = std::make_shared<OpenResourceFile>(fork, std::move(place));
+    writers.files[key] = file;
+    return enter(thread, file);
+}
+
+Result<SInt16> open(ResourceThread& thread, const FSRef* ref, ForkKind kind, SInt8 permission) {
+    if (ref == nullptr || permission < fsCurPerm || permission > fsRdWrShPerm)
+        return Failure(paramErr);
+    if (permission != fsRdPerm) {
+        auto opened = openForWriting(thread, *ref, kind);
+        if (opened.ok() || permission != fsCurPerm) return opened;
+    }
+    return openForReading(thread, *ref, kind);
 }
 
 Result<OpenResourceFilePtr> fileOfNumber(SInt16 number) {
@@ -39,23 +82,35 @@ Result<OpenResourceFilePtr> fileOfNumber(SInt16 number) {
     return file;
 }
 
+/// Closes a file whatever comes of writing it.
+struct Closing {
+    ResourceThread& thread;
+    const OpenResourceFilePtr& file;
+
+    ~Closing() {
+        thread.forget(file);
+        removeOpenFile(file->number());
+    }
+};
+
 }  // namespace
 
 OSErr ResError() {
     return ResourceThread::mine().error;
 }
 
-ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 /*permission*/) {
-    return resourceCall<SInt16>(
-        -1, [&](ResourceThread& thread) { return open(thread, ref, ForkKind::resource); });
+ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission) {
+    return resourceCall<SInt16>(-1, [&](ResourceThread& thread) {
+        return open(thread, ref, ForkKind::resource, permission);
+    });
 }
 
 OSErr FSOpenResourceFile(const FSRef* ref, UniCharCount forkNameLength, const UniChar* forkName,
-                         SInt8 /*permission*/, ResFileRefNum* refNum) {
+                         SInt8 permission, ResFileRefNum* refNum) {
     const SInt16 number = resourceCall<SInt16>(-1, [&](ResourceThread& thread) -> Result<SInt16> {
         if (refNum == nullptr) return Failure(paramErr);
-        OSA_TRY(const ForkKind kind, forkNamed(forkNameLength, forkName));
-        return open(thread, ref, kind);
+        OSA_TRY(const ForkKind kind, forkOfName(forkNameLength, forkName));
+        return open(thread, ref, kind, permission);
     });
     if (refNum != nullptr) *refNum = number;
     return ResError();
@@ -64,8 +119,29 @@ OSErr FSOpenResourceFile(const FSRef* ref, UniCharCount forkNameLength, const Un
 void CloseResFile(ResFileRefNum refNum) {
     resourceCall([&](ResourceThread& thread) -> Result<void> {
         OSA_TRY(const OpenResourceFilePtr file, fileOfNumber(refNum));
-        thread.forget(file);
-        removeOpenFile(refNum);
+        const Closing closing{thread, file};
+        return file->update();
+    });
+}
+
+void UpdateResFile(ResFileRefNum refNum) {
+    resourceCall([&](ResourceThread&) -> Result<void> {
+        OSA_TRY(const OpenResourceFilePtr file, fileOfNumber(refNum));
+        return file->update();
+    });
+}
+
+ResAttributes GetResFileAttrs(ResFileRefNum refNum) {
+    return resourceCall<ResAttributes>(0, [&](ResourceThread&) -> Result<ResAttributes> {
+        OSA_TRY(const OpenResourceFilePtr file, fileOfNumber(refNum));
+        return static_cast<ResAttributes>(file->mapAttributes());
+    });
+}
+
+void SetResFileAttrs(ResFileRefNum refNum, ResAttributes attributes) {
+    resourceCall([&](ResourceThread&) -> Result<void> {
+        OSA_TRY(const OpenResourceFilePtr file, fileOfNumber(refNum));
+        file->setMapAttributes(static_cast<UInt16>(attributes));
         return {};
     });
 }

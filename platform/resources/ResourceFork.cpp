@@ -29,18 +29,18 @@ constexpr UInt16 kNone = 0xFFFF;
 /// Nothing a map's 16-bit offsets and counts can reach lies behind this many bytes.
 constexpr std::uint64_t kMapReach = 1u << 20;
 
-/// Upper case, so that equal letters are equal bytes; é and É meet, é and e do not.
-bool equalNames(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-        return x == y || macRomanUppercase(x) == macRomanUppercase(y);
-    });
-}
-
 bool isZero(ByteSpan bytes) {
     return std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
 }
 
 }  // namespace
+
+/// Upper case, so that equal letters are equal bytes; é and É meet, é and e do not.
+bool areEqualNames(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+        return x == y || macRomanUppercase(x) == macRomanUppercase(y);
+    });
+}
 
 /// One entry of the type list.
 struct ResourceFork::MapLayout {
@@ -69,6 +69,10 @@ Result<ResourceFork> ResourceFork::open(std::shared_ptr<const ByteSource> source
     if (mapStart < kHeaderSize || mapStart > size || fork.dataStart_ > size)
         return Failure(mapReadErr);
 
+    fork.reservedLength_ =
+        std::min<std::uint64_t>(
+            {kForkHeadLength, std::max<std::uint64_t>(fork.dataStart_, kHeaderSize), mapStart}) -
+        kHeaderSize;
     // Some writers give a map length that is too short: when the map does not hold together within
     // it, it is tried once more with all that follows.
     const std::uint64_t available = std::min(size - mapStart, kMapReach);
@@ -84,7 +88,8 @@ Result<ResourceFork> ResourceFork::open(std::shared_ptr<const ByteSource> source
 
 bool ResourceFork::parseMap() {
     ByteReader map(map_.data(), map_.size());
-    map.seek(24);
+    map.seek(22);
+    mapAttributes_ = map.u16();
     const std::size_t typeList = map.u16();
     nameList_ = map.u16();
     if (typeList + 2 > map_.size()) {
@@ -164,13 +169,13 @@ const ResourceReference* ResourceFork::find(ResType type, std::string_view wante
     if (entry == nullptr) return nullptr;
     for (const ResourceReference& reference : references(*entry)) {
         const auto stored = name(reference);
-        if (stored && equalNames(*stored, wanted)) return &reference;
+        if (stored && areEqualNames(*stored, wanted)) return &reference;
     }
     return nullptr;
 }
 
 std::optional<std::string_view> ResourceFork::name(const ResourceReference& reference) const {
-    if (reference.nameOffset == kNone) return std::nullopt;
+    if (reference.nameOffset == kNoName) return std::nullopt;
     ByteReader names(map_.data(), map_.size());
     names.seek(nameList_ + reference.nameOffset);
     const std::string_view name = names.pascalString();
@@ -179,13 +184,21 @@ std::optional<std::string_view> ResourceFork::name(const ResourceReference& refe
 }
 
 Result<CheckedRange> ResourceFork::dataRange(const ResourceReference& reference) const {
-    const std::uint64_t start = dataStart_ + reference.dataOffset;
+    return loadableRange(*source_, dataStart_ + reference.dataOffset);
+}
+
+Result<CheckedRange> storedRange(const ByteSource& fork, std::uint64_t start) {
     std::byte word[4] = {};
-    if (!CheckedRange{start, sizeof word}.fits(source_->size())) return Failure(mapReadErr);
-    OSA_CHECK(source_->readExactly(start, word));
+    if (!CheckedRange{start, sizeof word}.fits(fork.size())) return Failure(mapReadErr);
+    OSA_CHECK(fork.readExactly(start, word));
     const CheckedRange range{start + sizeof word, ByteReader(word, sizeof word).u32()};
     // Past the data area is tolerated, past the fork is not.
-    if (!range.fits(source_->size())) return Failure(mapReadErr);
+    if (!range.fits(fork.size())) return Failure(mapReadErr);
+    return range;
+}
+
+Result<CheckedRange> loadableRange(const ByteSource& fork, std::uint64_t start) {
+    OSA_TRY(const CheckedRange range, storedRange(fork, start));
     if (range.length > kLargestResource) return Failure(memFullErr);
     return range;
 }

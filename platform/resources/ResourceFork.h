@@ -17,6 +17,12 @@ namespace osa {
 /// ones below 16 MiB; the room above is for a last resource that reaches past them.
 inline constexpr std::uint64_t kLargestResource = 32u << 20;
 
+/// In place of the offset of a name.
+inline constexpr UInt16 kNoName = 0xFFFF;
+
+/// Header and the bytes reserved behind it, in a fork laid out as usual.
+inline constexpr std::uint64_t kForkHeadLength = 256;
+
 /// One entry of the map. What it points at is checked when it is asked for: a file with one spoilt
 /// resource still gives the others.
 struct ResourceReference {
@@ -26,6 +32,15 @@ struct ResourceReference {
     UInt16 nameOffset = 0;
     UInt32 dataOffset = 0;
 };
+
+/// Whether the Resource Manager takes two names for the same: Mac Roman, upper and lower case
+/// alike, accents told apart.
+bool areEqualNames(std::string_view a, std::string_view b);
+
+/// The bytes behind the length word at `start`. mapReadErr when they reach past the end.
+Result<CheckedRange> storedRange(const ByteSource& fork, std::uint64_t start);
+/// The same for reading them at once: memFullErr when there are more than kLargestResource.
+Result<CheckedRange> loadableRange(const ByteSource& fork, std::uint64_t start);
 
 class ResourceFork {
   public:
@@ -49,8 +64,7 @@ class ResourceFork {
     }
     const Type* findType(ResType code) const;
 
-    // The first match in map order; null when there is none. Names are compared as the Resource
-    // Manager compares them: Mac Roman, upper and lower case alike, accents told apart.
+    // The first match in map order; null when there is none.
     const ResourceReference* find(ResType type, SInt16 id) const;
     const ResourceReference* find(ResType type, std::string_view name) const;
 
@@ -62,6 +76,12 @@ class ResourceFork {
     Result<CheckedRange> dataRange(const ResourceReference& reference) const;
 
     const ByteSource& source() const { return *source_; }
+    const std::shared_ptr<const ByteSource>& sharedSource() const { return source_; }
+    std::uint64_t dataStart() const { return dataStart_; }
+    UInt16 mapAttributes() const { return mapAttributes_; }
+    /// Of the 240 bytes behind the header that are free for system and applications, how many come
+    /// before data and map.
+    std::uint64_t reservedLength() const { return reservedLength_; }
 
   private:
     struct MapLayout;
@@ -71,6 +91,8 @@ class ResourceFork {
 
     std::shared_ptr<const ByteSource> source_;
     std::uint64_t dataStart_ = 0;
+    std::uint64_t reservedLength_ = 0;
+    UInt16 mapAttributes_ = 0;
     RangeBytes map_;
     std::size_t nameList_ = 0;
     std::vector<Type> types_;

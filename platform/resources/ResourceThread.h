@@ -67,4 +67,14 @@ void resourceCall(Work&& work) {
     });
 }
 
+/// Runs `work` on the file and the map's entry of a resource's handle; resNotFound for other
+/// handles.
+template <typename Work>
+auto withResource(ResourceThread& thread, Handle handle, Work&& work)
+    -> decltype(work(*OpenResourceFilePtr(), *std::unique_ptr<Resource>())) {
+    const OpenResourceFilePtr file = thread.home(handle);
+    if (!file) return Failure(resNotFound);
+    return work(*file, *file->find(handle));
+}
+
 }  // namespace osa

@@ -25,9 +25,10 @@ struct Outcome {
 };
 
 /// Runs the program; both streams are caught in the order they are written.
-Outcome run(const std::string& arguments, const std::string& errors = "2>&1") {
+Outcome run(const std::string& arguments, const std::string& errors = "2>&1",
+            const std::string& before = {}) {
     const std::string command =
-        std::string(std::getenv("OSA_PROGRAM")) + " " + arguments + " " + errors;
+        before + std::getenv("OSA_PROGRAM") + " " + arguments + " " + errors;
     FILE* const pipe = popen(command.c_str(), "r");
     std::string output;
     char buffer[4096];
@@ -167,6 +168,66 @@ TEST_F(Command, TellsWhereForksAndFinderInformationAre) {
     EXPECT_NE(text.output.find("/none: no such file\n"), std::string::npos);
     EXPECT_NE(text.output.find("    resource fork    = 6 bytes\n"), std::string::npos)
         << text.output;
+}
+
+TEST_F(Command, ChangesResourcesInTheOrderGivenAllOrNone) {
+    const std::string fork = samples::ResourceForkBuilder()
+                                 .add('TEXT', 1, "old", "name", 0x28)
+                                 .add('TEXT', 2, "two", nullptr, 0x08)
+                                 .text();
+    const std::string data = folder_.write("data", "new data");
+    const std::string before =
+        "    'TEXT'      1          3 bytes  \"name\"  [purgeable, protected]\n"
+        "    'TEXT'      2          3 bytes  [protected]\n";
+    const struct {
+        const char* arguments;
+        int exitStatus;
+        std::string message;
+        std::string after;
+    } rows[] = {
+        {"--set TEXT:1=data --delete TEXT:2", 0, "",
+         "    'TEXT'      1          8 bytes  \"name\"  [purgeable, protected]\n"},
+        {"--delete TEXT:1 --set 'a=\xC2\xA9:-1=data' --rename 'a=\xC2\xA9:-1=Gr\xC3\xBC\xC3\x9F"
+         "e=' --delete TEXT:2",
+         0, "",
+         "    'a=\xC2\xA9 '     -1          8 bytes  \"Gr\xC3\xBC\xC3\x9F"
+         "e=\"\n"},
+        {"--set TEXT:1=data --delete TEXT:3", 1, "osa: FILE: has no resource 'TEXT' 3\n", before},
+        {"--delete TEXT:1 --rename TEXT:1=x", 1, "osa: FILE: has no resource 'TEXT' 1\n", before},
+        {"--delete TEXT:1 --set TEXT:1=none", 1, "osa: none: cannot be read\n", before},
+        {"--set TEXT:1=.", 1, "osa: .: cannot be read\n", before},
+        {"--delete TEXT", 2, "osa: TEXT: is not TYPE:ID\n", before},
+        {"--rename TEXT:1", 2, "osa: TEXT:1: is not TYPE:ID=NAME\n", before},
+        {"--rename TEXT:1=\xE6\x97\xA5", 2,
+         "osa: TEXT:1=\xE6\x97\xA5: the name is empty, over 255 characters, or has characters that "
+         "Mac Roman lacks\n",
+         before},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        for (const char* const name : {"beside", "flat.rsrc"}) {
+            folder_.write("beside", "data");
+            folder_.write("._beside", samples::wrappedFork(fork));
+            folder_.write("flat.rsrc", fork);
+            const std::string file = folder_.path(name);
+            const Outcome changed =
+                run("resources " + std::string(row.arguments) + " " + quoted(file), "2>&1",
+                    "cd " + quoted(folder_.path()) + " && ");
+            std::string message = row.message;
+            if (const auto at = message.find("FILE"); at != std::string::npos)
+                message.replace(at, 4, file);
+            EXPECT_EQ(changed.exitStatus, row.exitStatus);
+            EXPECT_EQ(changed.output, message);
+            EXPECT_EQ(run("resources " + quoted(file)).output, file + "\n" + row.after);
+        }
+    }
+    const std::string plain = quoted(folder_.write("plain", "text"));
+    const std::string wrapped = quoted(folder_.write("wrapped", samples::wrappedFork(fork)));
+    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " --delete T:2 " + plain).exitStatus, 1);
+    EXPECT_EQ(run("resources " + plain).exitStatus, 1) << "the fork made for it is empty again";
+    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " " + wrapped).exitStatus, 1);
+    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " " + plain).exitStatus, 0);
+    EXPECT_EQ(run("resources --only T --raw " + plain).output, "new data");
 }
 
 TEST_F(Command, DescribesFlattenedDescriptors) {

@@ -29,7 +29,8 @@ class ResourceForkBuilder {
 
     std::vector<std::byte> build() const {
         ByteWriter map;
-        map.fill(24, 0xEE);  // header copy and memory-only fields are to be ignored
+        map.fill(22, 0xEE);  // header copy and memory-only fields are to be ignored
+        map.u16(0);          // attributes
         const std::size_t typeList = 2 + 8 * types_.size();
         map.u16(28).u16(static_cast<std::uint16_t>(28 + typeList + references_.size()));
         map.u16(static_cast<std::uint16_t>(types_.size() - 1));

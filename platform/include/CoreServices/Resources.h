@@ -1,5 +1,9 @@
-// Resource Manager: the reading half, and making resource files. Opens resource forks and resource
-// maps kept in data forks, and hands out their resources as handles.
+// Resource Manager. Opens and makes resource forks and resource maps kept in data forks, hands out
+// their resources as handles, and writes changed ones back.
+//
+// A fork is written as a whole, compacted, the new one in place of the old in one step: whenever
+// writing fails, or the process ends meanwhile, the file has its old resources or its new ones, and
+// what is in memory can be written again.
 //
 // Each thread has a current resource file, a chain of the files it opened, a switch for loading and
 // a ResError of its own; reference numbers are those of the File Manager and known to all threads.
@@ -33,6 +37,9 @@ enum {
     resChanged = 0x02
 };
 
+/// Attributes of a file's map; further bits are kept as they are.
+enum { mapReadOnly = 0x80, mapCompact = 0x40, mapChanged = 0x20 };
+
 /// Status of the thread's last Resource Manager call.
 OSA_PLATFORM_EXPORT OSErr ResError(void);
 
@@ -44,18 +51,32 @@ OSA_PLATFORM_EXPORT void FSCreateResFile(const FSRef* parentRef, UniCharCount na
                                          const FSCatalogInfo* catalogInfo, FSRef* newRef,
                                          FSSpec* newSpec);
 
-/// Opens the resource fork of a file and makes it the thread's current file, for reading whatever
-/// `permission` asks: no call of this version changes a file. Answers -1 on failure: fnfErr no such
-/// file, eofErr no resource fork or an empty one, mapReadErr a fork that is no map.
-OSA_PLATFORM_EXPORT ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission);
 /// The same for a named fork: the data fork's name is empty, the resource fork's "RESOURCE_FORK"
-/// (else errFSBadForkName). The status is also the result; `*refNum` is -1 on failure.
+/// (else errFSBadForkName). The status is also the result. dupFNErr: the fork has a length.
+OSA_PLATFORM_EXPORT OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCount nameLength,
+                                               const UniChar* name, FSCatalogInfoBitmap whichInfo,
+                                               const FSCatalogInfo* catalogInfo,
+                                               UniCharCount forkNameLength, const UniChar* forkName,
+                                               FSRef* newRef, FSSpec* newSpec);
+
+/// Opens the resource fork of a file and makes it the thread's current file: with fsRdPerm for
+/// reading, with fsCurPerm for writing if that can be and else for reading, with the others for
+/// reading and writing. A fork that this process has open as a resource file for writing is not
+/// opened for writing again: its number is given once more, and one CloseResFile closes it. A
+/// reader has a number and a map of its own, which do not follow what is written.
+/// Answers -1 on failure: fnfErr no such file, eofErr no resource fork or an empty one, mapReadErr
+/// a fork that is no map; paramErr no permission; for writing also wrPermErr not allowed, wPrErr
+/// volume read-only, opWrErr the File Manager has the fork open for writing.
+OSA_PLATFORM_EXPORT ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission);
+/// The same for a named fork, as FSCreateResourceFile names it. The status is also the result;
+/// `*refNum` is -1 on failure. A data fork is rewritten in place, so that references to the file
+/// stay good; readers must then open it again.
 OSA_PLATFORM_EXPORT OSErr FSOpenResourceFile(const FSRef* ref, UniCharCount forkNameLength,
                                              const UniChar* forkName, SInt8 permission,
                                              ResFileRefNum* refNum);
-/// Closes the file and disposes of the handles of its resources, detached ones excepted. When it
-/// was current, the file opened before it is current again. resFNotFound: not an open resource
-/// file.
+/// UpdateResFile; then closes the file, whatever came of it, and disposes of the handles of its
+/// resources, detached ones excepted. When it was current, the file opened before it is current
+/// again. resFNotFound: not an open resource file.
 OSA_PLATFORM_EXPORT void CloseResFile(ResFileRefNum refNum);
 
 /// The thread's current file; 0 when it has none.
@@ -91,17 +112,64 @@ OSA_PLATFORM_EXPORT ResID Unique1ID(ResType type);
 
 /// Reads the data of a resource whose handle is empty; nothing for one that is in memory.
 OSA_PLATFORM_EXPORT void LoadResource(Handle resource);
-/// Disposes of the handle; the next Get reads the resource anew. resNotFound: no resource's handle.
+/// Disposes of the handle; the next Get reads the resource anew. One that is changed and not yet
+/// written stays, which is no failure. resNotFound: no resource's handle.
 OSA_PLATFORM_EXPORT void ReleaseResource(Handle resource);
-/// Leaves the handle to the caller, who disposes of it; the next Get makes another.
+/// Leaves the handle to the caller, who disposes of it; the next Get makes another. resAttrErr: the
+/// resource is changed and not yet written.
 OSA_PLATFORM_EXPORT void DetachResource(Handle resource);
 
-/// Attributes as in the map; 0 with resNotFound for what is no resource's handle.
+/// Attributes as in the map, resChanged among them; 0 with resNotFound for what is no resource's
+/// handle.
 OSA_PLATFORM_EXPORT ResAttributes GetResAttrs(Handle resource);
 /// Any output may be null. An unnamed resource gives an empty name.
 OSA_PLATFORM_EXPORT void GetResInfo(Handle resource, ResID* id, ResType* type, Str255 name);
-/// Bytes that the resource takes in the file, before any expansion; -1 on failure.
+/// Bytes that the resource takes in the file, before any expansion, 0 before it is first written;
+/// -1 on failure.
 OSA_PLATFORM_EXPORT SInt32 GetResourceSizeOnDisk(Handle resource);
+
+// Changing. Each changes the map in memory; WriteResource, UpdateResFile and CloseResFile write.
+// All refuse with wrPermErr when the file is open for reading or its map has mapReadOnly, and with
+// resNotFound what is no resource's handle.
+
+/// Makes `data` a resource of the current file, the last of its type; the handle belongs to the
+/// file from then on. The id may be taken: the older resource is then found before it. A null or
+/// empty name is none. resFNotFound: no current file; addResFailed: `data` is null or a resource
+/// already, or the map has no more room (about 2700 resources, 32 KiB of names).
+OSA_PLATFORM_EXPORT void AddResource(Handle data, ResType type, ResID id, ConstStr255Param name);
+/// Marks the data as changed, and the map: what the handle then holds, longer or shorter than
+/// before, will be written. resAttrErr: protected.
+OSA_PLATFORM_EXPORT void ChangedResource(Handle resource);
+/// Takes the resource out of the map. The handle, loaded or not, is the caller's to dispose of.
+/// rmvResFailed: protected.
+OSA_PLATFORM_EXPORT void RemoveResource(Handle resource);
+/// Sets the attributes' 8 bits, which the file gets when its map is next written; protection holds
+/// at once. Two bits are not the caller's: the lowest, by which the file knows compressed data, and
+/// resChanged, which can be set (so that WriteResource writes) but not cleared.
+OSA_PLATFORM_EXPORT void SetResAttrs(Handle resource, ResAttributes attributes);
+/// Gives the resource an id and a name, and marks the map as changed; a null or empty name leaves
+/// the old one. resAttrErr: protected.
+OSA_PLATFORM_EXPORT void SetResInfo(Handle resource, ResID id, ConstStr255Param name);
+/// Writes the resource if its data is changed, and the map as it is; other changed resources stay
+/// unwritten. One that is protected is not written, which is no failure, unless it never was.
+/// Failures as UpdateResFile.
+OSA_PLATFORM_EXPORT void WriteResource(Handle resource);
+
+/// Writes the changed resources and the map if anything is changed or the map is marked so; nothing
+/// for a map with mapReadOnly. Changed data is written plain; compressed data that is not changed
+/// stays as it is. After a failure everything in memory is as before.
+/// resFNotFound: not an open resource file; mapReadErr: something in the old fork that would not
+/// come out the same, such as a resource that lies outside it; fileBoundsErr: more than a map can
+/// express (16 MiB before the last resource, 32 KiB of map or names, 32 MiB of one resource);
+/// dskFulErr, fnfErr and the like.
+/// FSFlushFork with the file's number makes last what was written before; it writes nothing itself.
+OSA_PLATFORM_EXPORT void UpdateResFile(ResFileRefNum refNum);
+
+/// Attributes of the map; a file open for reading has mapReadOnly. 0 with resFNotFound.
+OSA_PLATFORM_EXPORT ResAttributes GetResFileAttrs(ResFileRefNum refNum);
+/// Sets them; mapChanged or mapCompact has UpdateResFile write the file anew. A file open for
+/// reading keeps mapReadOnly.
+OSA_PLATFORM_EXPORT void SetResFileAttrs(ResFileRefNum refNum, ResAttributes attributes);
 
 #ifdef __cplusplus
 }
