@@ -145,9 +145,9 @@ enum { kResolveAliasFileNoUI = 0x00000001 };
 
 /// Replaces `theRef` by what it stands for. `theRef` is an alias file (Finder flag kIsAlias with a
 /// resource 'alis' 0, or with bookmark data in the data fork) or a symbolic link; anything else is
-/// itself its target and stays. No file is written to. With
-/// `resolveAliasChains` an alias to an alias is followed to the end. `targetIsFolder` and
-/// `wasAliased` must not be null. On failure `theRef` stays as it was:
+/// itself its target and stays. No file is written to. With `resolveAliasChains` an alias to an
+/// alias is followed to the end. `targetIsFolder` and `wasAliased` must not be null. On failure
+/// `theRef` stays as it was:
 ///   fnfErr     what the alias names is nowhere to be found, or aliases lead in a circle
 ///   nsvErr     nor is the volume that it names
 ///   paramErr   a null pointer; errFSBadFSRef and the like as for every reference
