@@ -64,12 +64,13 @@ class Search {
 
     Result<void> run() {
         using enum SearchRules::Walk;
-        if (rules_.numberFirst) tryNumberInParents();
+        if (rules_.numberFirst) tryNumberInParents(Certainty::sure);
         if (rules_.relationFirst) tryRelation();
+        tryNumberInParents(Certainty::sure);
         tryPath(0, recordedRoots_);
         if (!rules_.relationFirst) tryRelation();
         tryPath(recordedRoots_, roots_.size());
-        if (!rules_.numberFirst) tryNumberInParents();
+        tryNumberInParents(Certainty::likely);
         tryNameInParents();
         if (rules_.walk == always || (rules_.walk == whenNothingElseFinds && found_.empty()))
             tryWalk();
@@ -115,6 +116,11 @@ class Search {
             offer(joinComponents(roots_[i], below_), FoundBy::path);
     }
 
+    bool isRecordedPath(const std::string& path) const {
+        return std::ranges::any_of(
+            roots_, [&](const std::string& root) { return path == joinComponents(root, below_); });
+    }
+
     /// Nothing when the record does not say how the target lies to the alias.
     void tryRelation() {
         const auto down = static_cast<std::size_t>(std::max<SInt16>(record_.levelsDown, 0));
@@ -142,16 +148,20 @@ class Search {
         return *parents_;
     }
 
-    void tryNumberInParents() {
+    /// Sure: the date says so, too. Likely: no dates are kept.
+    enum class Certainty { sure, likely };
+
+    void tryNumberInParents(Certainty certainty) {
         if (isDone_ || !hasNumber(record_)) return;
-        const auto accepts = [this](const std::string&, const posix::FileStatus& status) {
+        const Dates wanted = certainty == Certainty::sure ? Dates::agree : Dates::notKept;
+        const auto accepts = [&](const std::string&, const posix::FileStatus& status) {
             return status.isFolder() == record_.isFolder &&
-                   compareDates(creationDate(status), record_.targetCreated) != Dates::differ;
+                   compareDates(creationDate(status), record_.targetCreated) == wanted;
         };
         for (const std::string& parent : parents()) {
             if (isDone_) return;
             const auto path = childWithNumber(parent, leaf_, record_.targetID, accepts);
-            if (path) offer(*path, FoundBy::number);
+            if (path) offer(*path, isRecordedPath(*path) ? FoundBy::path : FoundBy::number);
         }
     }
 

@@ -24,8 +24,8 @@ struct AliasTarget {
 struct SearchRules {
     enum class Walk { never, whenNothingElseFinds, always };
 
-    bool relationFirst = true;  ///< before the recorded path, else behind it
-    bool numberFirst = false;   ///< numbers in the recorded parent before everything else
+    bool relationFirst = true;  ///< before number and path, else behind the path
+    bool numberFirst = false;   ///< before the relation, too
     bool everyVolume = false;   ///< those that this process has met
     Walk walk = Walk::whenNothingElseFinds;
     bool walkTakesNames = false;  ///< also objects of the target's name and another number
@@ -34,10 +34,11 @@ struct SearchRules {
 /// Gets what is found, no object twice; false ends the search.
 using TakeTarget = std::function<bool(const AliasTarget&)>;
 
-/// Looks, in this order: by the way from the alias to its target that the record may hold; for the
-/// recorded path, on the volume where the record says, on the one of the recorded name and on that
-/// of the alias; in the recorded parent folder, which is followed by its numbers where it was
-/// renamed or moved, for the target's number and then for its name; and in a walk (AliasWalk.h).
+/// Looks, in this order: by the way from the alias to its target that the record may hold; in the
+/// recorded parent folder, which is followed by its numbers where it was renamed or moved, for the
+/// target's number; for the recorded path, on the volume where the record says, on the one of the
+/// recorded name and on that of the alias; in the parent once more, for the number where no dates
+/// are kept to confirm it, and for the name; and in a walk (AliasWalk.h).
 /// What is found but is of another kind (a folder instead of a file) is not the target. A link is
 /// followed, or is the target itself when it leads nowhere or to another kind.
 ///

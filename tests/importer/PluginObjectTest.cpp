@@ -86,7 +86,7 @@ TEST_F(PluginObject, ServesItsTypeAloneAndLeaksNothing) {
         << "no factory of that identifier is registered";
 }
 
-TEST_F(PluginObject, ExportsItsSevenNamesAndNothingElse) {
+TEST_F(PluginObject, ExportsItsNamesAndTheExtensionRoutinesAndNothingElse) {
     const std::string program =
         std::string(std::getenv("OSA_IMPORTER")) + "/Contents/Linux/OSAImporter";
     void* const loaded = dlopen(program.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -94,10 +94,12 @@ TEST_F(PluginObject, ExportsItsSevenNamesAndNothingElse) {
     for (const char* const name :
          {"MetadataImporterPluginFactory", "AllocMetadataImporterPluginType",
           "DeallocMetadataImporterPluginType", "MetadataImporterQueryInterface",
-          "MetadataImporterPluginAddRef", "MetadataImporterPluginRelease", "GetMetadataForFile"}) {
+          "MetadataImporterPluginAddRef", "MetadataImporterPluginRelease", "GetMetadataForFile",
+          "FSGetFinderInfo", "FSDeleteContainer", "HFSNameGetUnicodeName", "GetTempBuffer",
+          "FSCopyFork"}) {
         EXPECT_NE(dlsym(loaded, name), nullptr) << name;
     }
-    EXPECT_EQ(dlsym(loaded, "FSGetFinderInfo"), nullptr);
+    EXPECT_EQ(dlsym(loaded, "FURLInstallCoercionHandlers"), nullptr);
     const auto allocate =
         reinterpret_cast<void* (*)(CFUUIDRef)>(dlsym(loaded, "AllocMetadataImporterPluginType"));
     auto** const unregistered = static_cast<IUnknownVTbl**>(allocate(nullptr));

@@ -42,17 +42,17 @@ OSA_PLATFORM_EXPORT OSErr FSUpdateAlias(const FSRef* fromFile, const FSRef* targ
 
 // Looking for the target. In this order, each way only when those before found nothing:
 //   1. the way from `fromFile`, which may be null, when the record holds one;
-//   2. the recorded path, on the volume that is mounted where the record says, on the one of the
-//      recorded name, and on that of `fromFile`;
-//   3. the recorded parent folder, which is followed by its numbers when it was renamed: in it the
-//      object with the target's number, then the one with its name;
+//   2. the target's number in the recorded parent folder, which is followed by its numbers when it
+//      was renamed: the object that had the name when the record was made, whatever has it now;
+//   3. the recorded path, on the volume that is mounted where the record says, on the one of the
+//      recorded name, and on that of `fromFile`; then the name in the parent folder of 2;
 //   4. a walk through the volume for the target's number, outward from the recorded parent, so that
 //      what was moved nearby is met first. It enters no other volume and follows no links, and
 //      gives up after 200,000 objects or two seconds. What it could not find it does not look for
 //      again within five seconds.
 // Files stay files and folders folders. Numbers are given to new objects once the old are gone, so
-// an object of the target's number must also have its creation date, and where no dates are kept,
-// outside of the recorded parent, its name. A link at the end is followed.
+// an object of the target's number must also have its creation date. Where no dates are kept 2
+// comes behind 3, and 4 wants the name, too. A link at the end is followed.
 
 /// Finds what the record names. A record that tells anything else than what is true of the target
 /// now is made anew in its handle, which is resized, and `wasChanged`, which may be null, tells so;
@@ -71,11 +71,11 @@ OSA_PLATFORM_EXPORT OSErr FSFollowFinderAlias(const FSRef* fromFile, AliasHandle
 enum {
     kARMMountVol = 0x00000001,    ///< no effect: nothing is ever mounted
     kARMNoUI = 0x00000002,        ///< no effect: nobody is ever asked
-    kARMMultVols = 0x00000008,    ///< every volume that this process has met, not those of 2 only
+    kARMMultVols = 0x00000008,    ///< every volume that this process has met, not those of 3 only
     kARMSearch = 0x00000100,      ///< the walk, when nothing else finds it; else only 1 to 3
     kARMSearchMore = 0x00000200,  ///< the walk in any case, also for objects of the same name
-    kARMSearchRelFirst = 0x00000400,  ///< 1 comes before 2; else behind it
-    kARMTryFileIDFirst = 0x00000800   ///< numbers in the recorded parent come before all else
+    kARMSearchRelFirst = 0x00000400,  ///< 1 comes first; else behind the path of 3
+    kARMTryFileIDFirst = 0x00000800   ///< 2 comes before 1
 };
 
 /// Whether a candidate is refused. With `*quitFlag` set the search ends after this one.

@@ -101,7 +101,9 @@ TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
          [&] { put("q/x"), move("a/b/file", "q/y"), fs::remove_all(at("a")); }, "q/y!"},
         {"moved behind a link",
          [&] { move("a/b", "a/c"), fs::create_directory_symlink(at("a/c"), at("a/b")); },
-         "a/b/file"},
+         "a/c/file!"},
+        {"renamed, its name taken", [&] { move("a/b/file", "a/b/file~"), put("a/b/file"); },
+         "a/b/file~!"},
         {"moved with a folder that was seen again",
          [&] { move("a/b", "b2"), info(ref("b2"), kFSCatInfoVolume | kFSCatInfoNodeID); },
          "b2/file!"},
@@ -228,10 +230,12 @@ TEST_F(AliasRecords, MatchByTheRulesInTheirOrder) {
         static bool isFirst = false;
         return static_cast<Boolean>(isFirst = !isFirst);
     };
-    EXPECT_EQ(matches(nullptr, 0, alias), "! data/x.7 data/number");
-    EXPECT_EQ(matches(&copy, kARMSearch, alias), "! data/x.7 data/x.7 data/number");
-    EXPECT_EQ(matches(&copy, kARMTryFileIDFirst, alias), "! data/number data/x.7 data/x.7");
-    EXPECT_EQ(matches(nullptr, 0, alias, discardFirst), "! data/number");
+    EXPECT_EQ(matches(nullptr, 0, alias), "! data/number data/x.7");
+    EXPECT_EQ(matches(&copy, kARMSearch, alias), "! data/number data/x.7 data/x.7");
+    EXPECT_EQ(matches(&copy, kARMSearchRelFirst, alias), "! data/x.7 data/number data/x.7");
+    EXPECT_EQ(matches(&copy, kARMSearchRelFirst | kARMTryFileIDFirst, alias),
+              "! data/number data/x.7 data/x.7");
+    EXPECT_EQ(matches(nullptr, 0, alias, discardFirst), "! data/x.7");
     EXPECT_EQ(matches(nullptr, 0, alias, [](const FSRef*, Boolean*, Ptr) { return Boolean{1}; }),
               "-43");
     FSRef target{};
