@@ -60,7 +60,7 @@ void SAliasHandleBase::Make(const CFileSpec& from, const CFileSpec& target) {
     FailOSErr(FSNewAlias(&from.GetFSRef(), &target.GetFSRef(), &GetAliasHandle()));
 }
 
-void SAliasHandleBase::Make(const void* data, long size) {
+void SAliasHandleBase::Make(const void* data, Size size) {
     DisposeAliasHandle();
     const Handle copy = NewHandleClear(size);
     GetAliasHandle() = reinterpret_cast<AliasHandle>(copy);

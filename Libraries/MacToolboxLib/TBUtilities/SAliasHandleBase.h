@@ -31,7 +31,7 @@ class SAliasHandleBase {
     void Make(const CFileSpec& from, const CFileSpec& target);
     /// Takes bytes that were an alias elsewhere, whatever they are: null stays behind when there is
     /// no memory, and an empty handle for a size of 0.
-    void Make(const void* data, long size);
+    void Make(const void* data, Size size);
 
     /// Both assert "GetAliasHandle()".
     void Update(const CFileSpec& target);
