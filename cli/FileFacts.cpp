@@ -109,7 +109,7 @@ std::string dateOrText(const Json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-/// "._Script (AppleDouble): created 2004-…, comment …"
+/// "attribute user.com.apple.FinderInfo (bare)", "d/._Script (Comment draft, Created 2004-…)"
 std::string placeText(const Json& place) {
     std::string text = place.contains("Attribute")
                            ? "attribute " + place["Attribute"].get<std::string>()
@@ -141,7 +141,11 @@ std::vector<std::string> valueLines(const std::string& key, const Json& value) {
     if (key == "flags") return {joined(value)};
     if (value.is_array()) {
         std::vector<std::string> lines;
-        for (const Json& place : value) lines.push_back(placeText(place));
+        for (Json place : value) {
+            // The form is in the label; where it is, the lines above have told.
+            if (key == "appleDouble") place.erase("Form");
+            if (key != "appleDouble" || place.size() > 1) lines.push_back(placeText(place));
+        }
         return lines;
     }
     if (value.is_null()) return {"none"};
