@@ -142,7 +142,12 @@ class CatalogSetting {
         if (datesSet_) {
             (void)posix::setDates(object_.path(), object_.status.modified, object_.status.accessed);
         }
-        if (oldInfo_) (void)writeFinderInfo(ref_, &oldInfo_->first, &oldInfo_->second);
+        if (!oldInfo_) return;
+        try {
+            (void)writeFinderInfo(ref_, &oldInfo_->first, &oldInfo_->second);
+        } catch (const std::bad_alloc&) {
+            return;  // as when the system refuses
+        }
     }
     void keep() {
         datesSet_ = false;

@@ -1,4 +1,5 @@
-// FSExchangeObjects: two files trade names, and their side files with them.
+// FSExchangeObjects: two files trade names, and their side files with them; then what shall stay
+// with the names is traded back.
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
@@ -7,8 +8,8 @@
 #include "platform/files/changes/NameSteps.h"
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/forks/WriteAccess.h"
+#include "platform/files/stores/FinderInfoWriter.h"
 #include "platform/files/stores/ForkProbe.h"
-#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 namespace {
@@ -52,15 +53,46 @@ Result<void> moveRest(NameSteps& steps, const std::vector<SideMove>& moves) {
     return {};
 }
 
-Result<void> exchange(const Located& one, const Located& other) {
+/// Permission bits, the first file's put back when the second's cannot be changed.
+Result<void> exchangeModes(const Located& one, const Located& other) {
+    if (one.status.mode == other.status.mode) return {};
+    OSA_CHECK(posix::changeMode(one.path(), one.status.mode));
+    const auto changed = posix::changeMode(other.path(), other.status.mode);
+    if (!changed.ok()) (void)posix::changeMode(one.path(), other.status.mode);
+    return changed;
+}
+
+/// The file that now lies where `place` says.
+Located movedTo(const Located& place, const Located& file) {
+    Located moved = place;
+    moved.status = file.status;
+    moved.birth = file.birth;
+    return moved;
+}
+
+Result<void> exchangeNames(NameSteps& steps, const Located& one, const Located& other) {
     OSA_TRY(auto moves, sideMoves(one, other));
     OSA_TRY(auto others, sideMoves(other, one));
-    NameSteps steps;
     OSA_CHECK(exchangePairs(steps, moves, others));
     OSA_CHECK(steps.exchange(one.path(), other.path()));
     OSA_CHECK(moveRest(steps, moves));
-    OSA_CHECK(moveRest(steps, others));
+    return moveRest(steps, others);
+}
+
+Result<void> exchange(const Located& one, const Located& other) {
+    OSA_TRY(const FinderInfoBytes oneInfo, findFinderInfo(one));
+    OSA_TRY(const FinderInfoBytes otherInfo, findFinderInfo(other));
+    NameSteps steps;
+    PartChanges infos;
+    OSA_CHECK(exchangeNames(steps, one, other));
+    forgetLastObject();
+    if (oneInfo != otherInfo) {
+        OSA_CHECK(changeFinderInfo(infos, movedTo(one, other), oneInfo));
+        OSA_CHECK(changeFinderInfo(infos, movedTo(other, one), otherInfo));
+    }
+    OSA_CHECK(exchangeModes(one, other));
     noteExchange(one.path(), other.path());
+    infos.keep();
     steps.keep();
     return {};
 }

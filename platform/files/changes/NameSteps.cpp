@@ -4,13 +4,20 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <new>
 
 #include "platform/posix/CatalogChanges.h"
 
 namespace osa {
 
 NameSteps::~NameSteps() {
-    for (auto step = done_.rbegin(); step != done_.rend(); ++step) undo(*step);
+    for (auto step = done_.rbegin(); step != done_.rend(); ++step) {
+        try {
+            undo(*step);
+        } catch (const std::bad_alloc&) {
+            continue;  // as when the system refuses
+        }
+    }
 }
 
 void NameSteps::undo(const Step& step) {

@@ -111,6 +111,8 @@ Result<std::optional<AppleDouble::AttributeBlock>> AppleDouble::attributeBlock()
     if (reader.fourCC() != FourCC("ATTR")) return block;
     block = AttributeBlock{start, std::move(bytes), {}};
     reader.seek(34);
+    // Where the values begin there are no more rows, whatever the count says.
+    std::uint64_t end = start + reader.size();
     for (unsigned left = reader.u16(); left > 0; --left) {
         // Entries lie on multiples of 4, counted from the file's start.
         reader.skip((4 - (start + reader.position()) % 4) % 4);
@@ -119,7 +121,8 @@ Result<std::optional<AppleDouble::AttributeBlock>> AppleDouble::attributeBlock()
         const std::uint32_t size = reader.u32();
         reader.skip(2);
         std::string_view name = reader.text(reader.u8());
-        if (!reader.ok()) break;
+        if (offset > start && size > 0) end = std::min<std::uint64_t>(end, offset);
+        if (!reader.ok() || start + reader.position() > end) break;
         name = name.substr(0, name.find('\0'));
         block->rows.push_back({row, offset, size, std::string(name)});
     }

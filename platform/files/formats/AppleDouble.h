@@ -109,7 +109,7 @@ class AppleDouble {
     std::uint64_t tableEnd() const { return kHeaderSize + entries_.size() * kEntrySize; }
     Source part(std::uint64_t from, std::uint64_t to) const;
     Result<std::optional<AttributeBlock>> attributeBlock() const;
-    bool isAlone(const Entry& entry) const;
+    Result<bool> isAlone(const Entry& entry) const;
     Result<bool> hasAttributesBehind(std::uint64_t offset) const;
     Result<Source> withMovedAttributes(std::uint32_t distance) const;
     Result<Source> insertFinderInfo(const FinderInfoBytes& bytes) const;

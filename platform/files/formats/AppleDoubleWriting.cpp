@@ -75,14 +75,23 @@ Source AppleDouble::part(std::uint64_t from, std::uint64_t to) const {
     return std::make_shared<SubSource>(source_, CheckedRange{from, to - from});
 }
 
-bool AppleDouble::isAlone(const Entry& entry) const {
+/// Whether no other entry and no attribute has any of its bytes.
+Result<bool> AppleDouble::isAlone(const Entry& entry) const {
     const CheckedRange& own = entry.range;
     if (own.length == 0 || own.offset < tableEnd()) return false;
-    return std::all_of(entries_.begin(), entries_.end(), [&](const Entry& other) {
-        const CheckedRange& range = other.range;
-        return &other == &entry || range.length == 0 || range.offset >= own.offset + own.length ||
+    const auto isApart = [&](const CheckedRange& range) {
+        return range.length == 0 || range.offset >= own.offset + own.length ||
                own.offset >= range.offset + range.length;
-    });
+    };
+    OSA_TRY(const auto block, attributeBlock());
+    const bool isApartFromAttributes =
+        !block || std::all_of(block->rows.begin(), block->rows.end(), [&](const AttributeRow& row) {
+            return isApart({row.offset, row.size});
+        });
+    return isApartFromAttributes &&
+           std::all_of(entries_.begin(), entries_.end(), [&](const Entry& other) {
+               return &other == &entry || isApart(other.range);
+           });
 }
 
 /// Whether attributes, which are found by their offsets from the file's start, would be moved by a
@@ -102,7 +111,7 @@ Result<Source> AppleDouble::withResourceFork(const Source& fork) const {
     if (entry == nullptr) return addResourceFork(fork);
     const CheckedRange old = entry->range;
     const std::uint64_t end = old.offset + old.length;
-    const bool alone = isAlone(*entry);
+    OSA_TRY(const bool alone, isAlone(*entry));
     if (fork->size() == old.length) {
         if (old.length == 0) return source_;
         if (alone) {

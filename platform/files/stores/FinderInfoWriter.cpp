@@ -3,11 +3,8 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include <ranges>
-
 #include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
-#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 namespace {
@@ -25,23 +22,22 @@ HolderEdit edit(Form form, const FinderInfoBytes& bytes) {
     };
 }
 
-Result<void> write(const Located& object, const FinderInfoBytes& bytes) {
+}  // namespace
+
+Result<void> changeFinderInfo(PartChanges& changes, const Located& object,
+                              const FinderInfoBytes& bytes) {
     OSA_TRY(auto holders, partHolders(object, Part::finderInfo));
-    PartChanges changes;
     if (holders.empty()) {
-        OSA_CHECK(changes.changeSideFile(object, edit(Form::appleDouble, bytes),
-                                         [&] { return AppleDouble::make(bytes); }));
+        return changes.changeSideFile(object, edit(Form::appleDouble, bytes),
+                                      [&] { return AppleDouble::make(bytes); });
     }
     // Where one is blanked the others would come to light: they go first, so that never happens.
-    if (!isBlank(bytes) && !holders.empty()) holders.resize(1);
-    for (const PartHolder& holder : std::views::reverse(holders)) {
-        OSA_CHECK(changes.change(holder, edit(holder.form, bytes)));
+    if (!isBlank(bytes)) holders.resize(1);
+    for (auto holder = holders.rbegin(); holder != holders.rend(); ++holder) {
+        OSA_CHECK(changes.change(*holder, edit(holder->form, bytes)));
     }
-    changes.keep();
     return {};
 }
-
-}  // namespace
 
 Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
                              const ExtendedFinderInfo* extended) {
@@ -54,8 +50,10 @@ Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
     if (basic != nullptr) setBasicFinderInfo(bytes, *basic, isFolder);
     if (extended != nullptr) setExtendedFinderInfo(bytes, *extended, isFolder);
     if (bytes == old) return {};
-    const auto written = write(object, bytes);
+    PartChanges changes;
+    const auto written = changeFinderInfo(changes, object, bytes);
     forgetLastObject();
+    if (written.ok()) changes.keep();
     return written;
 }
 

@@ -1,7 +1,8 @@
 // Writing Finder information to where it is kept.
 #pragma once
 
-#include "platform/files/References.h"
+#include "platform/files/formats/FinderInfoBytes.h"
+#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 
@@ -12,5 +13,10 @@ namespace osa {
 /// is as it was.
 Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
                              const ExtendedFinderInfo* extended);
+
+/// The same for all of it, as one of several changes; also when it is so already. The caller holds
+/// partsLock(), and calls forgetLastObject() when all is done.
+Result<void> changeFinderInfo(PartChanges& changes, const Located& object,
+                              const FinderInfoBytes& bytes);
 
 }  // namespace osa

@@ -3,6 +3,8 @@
 
 #include <CoreServices/MacErrors.h>
 
+#include <new>
+
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/posix/CatalogChanges.h"
 
@@ -23,7 +25,13 @@ Result<std::vector<PartHolder>> partHolders(const Located& object, Part part) {
 }
 
 PartChanges::~PartChanges() {
-    for (auto change = done_.rbegin(); change != done_.rend(); ++change) undo(*change);
+    for (auto change = done_.rbegin(); change != done_.rend(); ++change) {
+        try {
+            undo(*change);
+        } catch (const std::bad_alloc&) {
+            continue;  // as when the system refuses
+        }
+    }
 }
 
 void PartChanges::undo(const Done& change) {

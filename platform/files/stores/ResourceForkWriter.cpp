@@ -4,7 +4,6 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
-#include <ranges>
 
 #include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
@@ -49,8 +48,8 @@ Result<void> writeToSideFile(PartChanges& changes, const Located& object, const 
 Result<void> moveToSideFile(PartChanges& changes, const Located& object,
                             const std::vector<PartHolder>& holders, const ForkSource& fork) {
     OSA_CHECK(writeToSideFile(changes, object, fork));
-    for (const PartHolder& holder : std::views::reverse(holders)) {
-        if (holder.attribute != nullptr) OSA_CHECK(changes.removeAttribute(holder));
+    for (auto holder = holders.rbegin(); holder != holders.rend(); ++holder) {
+        if (holder->attribute != nullptr) OSA_CHECK(changes.removeAttribute(*holder));
     }
     return {};
 }
@@ -67,8 +66,8 @@ Result<void> replaceFork(PartChanges& changes, const Located& object,
 /// The fork that counts goes last, so that no other ever comes to light.
 Result<void> emptyForks(PartChanges& changes, const std::vector<PartHolder>& holders,
                         const ForkSource& empty) {
-    for (const PartHolder& holder : std::views::reverse(holders)) {
-        if (!holder.isBlank) OSA_CHECK(changes.change(holder, edit(holder.form, empty)));
+    for (auto holder = holders.rbegin(); holder != holders.rend(); ++holder) {
+        if (!holder->isBlank) OSA_CHECK(changes.change(*holder, edit(holder->form, empty)));
     }
     return {};
 }

@@ -157,12 +157,13 @@ OSA_PLATFORM_EXPORT OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2);
 OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                                            FSCatalogInfo* catalogInfo, HFSUniStr255* outName,
                                            FSSpec* fsSpec, FSRef* parentRef);
-/// Writes permissions (only the mode; user and group stay) and either half of the Finder
-/// information, which goes to where it was found, else to a "._" side file. A failure leaves what
-/// was there. paramErr: a field that cannot be set. afpAccessDenied, wPrErr: the object, or the
-/// folder of its side file, may not be written. dupFNErr: another file has the side file's name.
-/// Limits: unimpErr for the other settable fields, then nothing is written, and for Finder
-/// information of links, devices and the root folder.
+/// Writes permissions (only the mode; user and group stay), the dates of content modification and
+/// access, and either half of the Finder information, which goes to where it was found, else to a
+/// "._" side file. A failure leaves what was there. paramErr: a field that cannot be set.
+/// afpAccessDenied, wPrErr: the object, or the folder of its side file, may not be written.
+/// dupFNErr: another file has the side file's name.
+/// Limits: unimpErr for the other settable fields, then nothing is written (Linux sets the other
+/// dates itself, or keeps none), and for Finder information of links, devices and the root folder.
 OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
                                            const FSCatalogInfo* catalogInfo);
 
@@ -170,7 +171,8 @@ OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap
 /// are applied as by FSSetCatalogInfo, whose failure removes the file again. dupFNErr: something
 /// has the name, if only a link that leads nowhere; bdNamErr: "." and ".."; afpAccessDenied,
 /// wPrErr: the folder may not be written. `newSpec` of a name without an old-style form is
-/// bdNamErr, with the file made and `newRef` filled.
+/// bdNamErr, with the file made and `newRef` filled. Side files that somebody left behind under the
+/// name become the new file's.
 OSA_PLATFORM_EXPORT OSErr FSCreateFileUnicode(const FSRef* parentRef, UniCharCount nameLength,
                                               const UniChar* name, FSCatalogInfoBitmap whichInfo,
                                               const FSCatalogInfo* catalogInfo, FSRef* newRef,
@@ -184,10 +186,11 @@ OSA_PLATFORM_EXPORT OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCh
                                                    const FSCatalogInfo* catalogInfo, FSRef* newRef,
                                                    FSSpec* newSpec, UInt32* newDirID);
 
-// Deleting, moving and renaming. What keeps a file's resource fork and Finder information beside it
-// goes with it. A link is the object itself: nothing beyond it is touched. References to the object
-// made before are dead afterwards. A failure leaves everything as it was. Statuses besides those of
-// every call:
+// Deleting, moving and renaming. What keeps an object's resource fork and Finder information beside
+// it goes with it; docs/formats/forks-on-linux.md says how, and what is there after a crash. A link
+// is the object itself: nothing beyond it is touched. References to the object made before are dead
+// afterwards, but forks that are open stay open. A failure leaves everything as it was. Statuses
+// besides those of every call:
 //   afpAccessDenied, wPrErr   a folder that must change may not
 //   dupFNErr                  something has the new name, or forks or Finder information are kept
 //                             for it
@@ -196,16 +199,19 @@ OSA_PLATFORM_EXPORT OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCh
 
 /// Deletes a file or an empty folder at once.
 OSA_PLATFORM_EXPORT OSErr FSDeleteObject(const FSRef* ref);
-/// `newRef` names the object at its new place. diffVolErr: another volume, also when a side file
-/// would have to leave its own; errFSNotAFolder; paramErr: a folder into itself or what it holds.
+/// `newRef` names the object at its new place; its own folder again is no failure. diffVolErr:
+/// another volume, also when a side file would have to leave its own; errFSNotAFolder; paramErr: a
+/// folder into itself or what it holds, or a side file that is a link and would lead nowhere.
 OSA_PLATFORM_EXPORT OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef);
 /// The new name as for FSCreateFileUnicode; its own name again is no failure. The encoding hint is
 /// not used.
 OSA_PLATFORM_EXPORT OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLength,
                                           const UniChar* name, TextEncodingHint textEncodingHint,
                                           FSRef* newRef);
-/// Two files trade their contents, both forks and modification dates; names, creation dates,
-/// permissions and Finder information stay. diffVolErr; notAFileErr.
+/// Two files trade their contents, both forks and dates; names, permissions and Finder information
+/// stay. It is the files that get each other's names: owner, creation date and forks that are open
+/// go with the contents, and references to either are dead. The data forks change places in one
+/// step. diffVolErr; notAFileErr.
 OSA_PLATFORM_EXPORT OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef);
 
 /// Starts a walk over a folder's own children (kFSIterateFlat; errFSBadIteratorFlags otherwise).

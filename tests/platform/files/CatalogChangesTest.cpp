@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
 
 #include "tests/platform/files/FileFixture.h"
 
@@ -22,7 +21,8 @@ struct Store {
 
     std::set<std::string> paths(const std::string& folder, const std::string& name) const {
         std::set<std::string> made;
-        for (std::string path : std::views::keys(files)) {
+        for (const auto& [pattern, text] : files) {
+            std::string path = pattern;
             path.replace(path.find('@'), 1, folder);
             made.insert(path.replace(path.find('*'), 1, name));
         }
@@ -48,6 +48,9 @@ class CatalogChanges : public FileFixture {
     }
     OSErr move(const FSRef& object, const std::string& folder, FSRef* moved = nullptr) const {
         const FSRef to = ref(folder);
+        return FSMoveObject(&object, &to, moved);
+    }
+    static OSErr move(const FSRef& object, const FSRef& to, FSRef* moved = nullptr) {
         return FSMoveObject(&object, &to, moved);
     }
     FSRef unfollowed(const std::string& name) const {
@@ -89,6 +92,20 @@ class CatalogChanges : public FileFixture {
         EXPECT_EQ(+info(ref(name), kFSCatInfoFinderInfo).finderInfo.fdType,
                   isBare ? 0 : FourCC("osas"));
     }
+    /// "d/x" and "d/z", of which only the first had more than data.
+    void expectExchanged(const Store& store) const {
+        const bool isBare = store.files.empty();
+        EXPECT_EQ(content("d/x") + content("d/z"), "data of zdata of x");
+        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
+        for (const char* name : {"d/x", "d/z"}) {
+            const FSCatalogInfo now = info(ref(name), kFSCatInfoFinderInfo | kFSCatInfoPermissions);
+            const bool isX = std::string(name) == "d/x";
+            EXPECT_EQ(+now.finderInfo.fdType, isX && !isBare ? FourCC("osas") : 0);
+            EXPECT_EQ(now.permissions.mode & 0777, isX ? 0640 : 0604);
+        }
+        for (const std::string& name : names()) EXPECT_EQ(name.find("._."), std::string::npos);
+    }
 };
 
 std::set<std::string> operator+(std::set<std::string> one, const std::set<std::string>& other) {
@@ -107,7 +124,7 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
         for (const Change& change : changes) {
             SCOPED_TRACE(std::string(store.label) + ": " + change.label);
             const std::string what = change.label;
-            FSRef x{}, z{}, changed{};
+            FSRef x{}, z{}, e{}, changed{};
             std::set<std::string> there;
             std::set<std::string> after{"d/z"};
             if (what == "exchange") after.insert("d/x");
@@ -119,30 +136,31 @@ TEST_F(CatalogChanges, TakeSideFilesAlongOrChangeNothing) {
                 [&] {
                     x = fill(store);
                     z = ref("d/z");
+                    e = ref("e");
+                    chmod(at("d/x").c_str(), 0640);
+                    chmod(at("d/z").c_str(), 0604);
                     there = names();
                 },
                 [&]() -> OSStatus {
                     if (what == "rename") return rename(x, u"y", &changed);
-                    if (what == "move") return move(x, "e", &changed);
+                    if (what == "move") return move(x, e, &changed);
                     return what == "delete" ? FSDeleteObject(&x) : FSExchangeObjects(&x, &z);
                 },
                 [&](OSStatus status) {
                     const bool isDone = status == noErr;
                     if (!isDone) {
                         EXPECT_EQ(names(), there);
-                        EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr),
-                                  noErr);
+                        EXPECT_EQ(info(x, kFSCatInfoPermissions).permissions.mode & 0777, 0640);
+                        EXPECT_EQ(info(z, kFSCatInfoPermissions).permissions.mode & 0777, 0604);
                         return expectWhole("d/x", store);
                     }
-                    EXPECT_EQ(files(), after);
+                    if (what != "exchange") {
+                        EXPECT_EQ(files(), after);
+                    }
                     EXPECT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, nullptr, nullptr), fnfErr);
                     if (what == "delete") return;
+                    if (what == "exchange") return expectExchanged(store);
                     expectWhole(change.folder + "/" + change.name, store);
-                    if (what == "exchange") {
-                        EXPECT_EQ(content("d/x"), "data of z");
-                        EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
-                        return;
-                    }
                     const FSRef now = ref(change.folder + "/" + change.name);
                     EXPECT_EQ(FSCompareFSRefs(&changed, &now), noErr);
                 });
@@ -175,7 +193,7 @@ TEST_F(CatalogChanges, ExchangeBothFilesForks) {
 }
 
 TEST_F(CatalogChanges, KeepWhatIsInFolders) {
-    FSRef sub{};
+    FSRef sub{}, e{};
     std::set<std::string> there;
     const auto prepare = [&](bool isEmpty) {
         clear();
@@ -187,6 +205,7 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
         put("__MACOSX/d/sub/._c", kPair);
         if (!isEmpty) put("d/sub/c", "data of x");
         sub = ref("d/sub");
+        e = ref("e");
         there = names();
     };
     const auto check = [&](const std::string& place, OSStatus status) {
@@ -195,7 +214,7 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
     };
     failEachCall([&] { prepare(false); }, [&] { return rename(sub, u"new"); },
                  [&](OSStatus status) { check("d/new", status); });
-    failEachCall([&] { prepare(false); }, [&] { return move(sub, "e"); },
+    failEachCall([&] { prepare(false); }, [&] { return move(sub, e); },
                  [&](OSStatus status) { check("e/sub", status); });
     failEachCall([&] { prepare(true); }, [&] { return FSDeleteObject(&sub); },
                  [&](OSStatus status) {
@@ -228,7 +247,6 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
 }
 
 TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
-    const FSRef root = ref("");
     put("x", "data of x");
     put("._x", "not ours");
     put("%x", "not ours either");
@@ -317,54 +335,45 @@ TEST_F(CatalogChanges, AreFollowedByOpenForks) {
 }
 
 TEST_F(CatalogChanges, MakeFoldersAndSetDates) {
-    FSRef d{}, parent = ref("");
-    UInt32 id = 0;
-    FSSpec spec{};
-    FSCatalogInfo wanted{};
-    wanted.contentModDate = {1, 2, 3};
-    wanted.accessDate = {0, 4000000000, 65535};
     constexpr FSCatalogInfoBitmap kDates = kFSCatInfoContentMod | kFSCatInfoAccessDate;
-    const auto make = [&] {
-        const UniChar name[] = {'d'};
-        return FSCreateDirectoryUnicode(&parent, 1, name, kDates | kFSCatInfoFinderXInfo, &wanted,
-                                        &d, &spec, &id);
+    constexpr FSCatalogInfoBitmap kAll = kDates | kFSCatInfoFinderXInfo | kFSCatInfoPermissions;
+    FSCatalogInfo first{}, second{};
+    first.contentModDate = {1, 2, 3};
+    first.accessDate = {0, 4000000000, 65535};
+    first.extFinderInfo.fdScript = 1;
+    first.permissions.mode = 0750;
+    second.contentModDate = second.accessDate = {1, 0, 0};
+    second.permissions.mode = 0700;
+    const FSRef parent = ref("");
+    FSRef d{};
+    UInt32 id = 0;
+    const UniChar name[] = {'d'};
+    const auto make = [&](FSCatalogInfoBitmap which, FSSpec* spec) {
+        return FSCreateDirectoryUnicode(&parent, 1, name, which, &first, &d, spec, &id);
     };
-    wanted.extFinderInfo.extended_finder_flags = 1;
-    failEachCall([&] { clear(); }, make,
-                 [&](OSStatus status) {
-                     if (status == noErr) return;
-                     // The specification is made when the folder is there.
-                     EXPECT_TRUE(names().empty() || spec.name[0] == 0) << status;
-                 });
-    EXPECT_EQ(make(), dupFNErr);
-    const FSCatalogInfo found = info(d, kDates | kFSCatInfoNodeID | kFSCatInfoPermissions);
-    EXPECT_EQ(found.nodeID, id);
-    EXPECT_EQ(found.permissions.mode & 0022, 0);
-    EXPECT_EQ(std::memcmp(&found.contentModDate, &wanted.contentModDate, sizeof(UTCDateTime)), 0);
-    EXPECT_EQ(std::memcmp(&found.accessDate, &wanted.accessDate, sizeof(UTCDateTime)), 0);
-    FSSpec child{};
-    EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, static_cast<SInt32>(id),
-                           reinterpret_cast<const UInt8*>("\1c"), &child),
-              fnfErr)
+    failEachCall([&] { clear(); }, [&] { return make(kAll, nullptr); },
+                 [&](OSStatus status) { EXPECT_EQ(names().empty(), status != noErr); });
+    EXPECT_EQ(make(0, nullptr), dupFNErr);
+    const auto expect = [&](const FSCatalogInfo& wanted) {
+        const FSCatalogInfo found = info(d, kAll);
+        EXPECT_EQ(std::memcmp(&found.contentModDate, &wanted.contentModDate, 8), 0);
+        EXPECT_EQ(std::memcmp(&found.accessDate, &wanted.accessDate, 8), 0);
+        EXPECT_EQ(+found.extFinderInfo.fdScript, +wanted.extFinderInfo.fdScript);
+        EXPECT_EQ(found.permissions.mode & 07777, wanted.permissions.mode);
+    };
+    failEachCall([&] { ASSERT_EQ(FSSetCatalogInfo(&d, kAll, &first), noErr); },
+                 [&] { return FSSetCatalogInfo(&d, kAll, &second); },
+                 [&](OSStatus status) { expect(status == noErr ? second : first); });
+    EXPECT_EQ(FSSetCatalogInfo(&d, kAll | kFSCatInfoCreateDate, &first), unimpErr);
+    expect(second);
+    clear();
+    FSSpec spec{}, child{};
+    EXPECT_EQ(make(0, &spec), noErr);
+    EXPECT_EQ(info(d, kFSCatInfoPermissions).permissions.mode & 0022, 0);
+    EXPECT_EQ(info(d, kFSCatInfoNodeID).nodeID, id);
+    const auto* const leaf = reinterpret_cast<const UInt8*>("\1c");
+    EXPECT_EQ(FSMakeFSSpec(spec.vRefNum, static_cast<SInt32>(id), leaf, &child), fnfErr)
         << "the ID names the folder";
-    const auto before = content("._d");
-    const auto status = posix::status(at("d"), posix::Follow::no);
-    wanted.contentModDate = wanted.accessDate = {1, 0, 0};
-    wanted.extFinderInfo = {};
-    wanted.permissions.mode = 0700;
-    failEachCall([&] {},
-                 [&] {
-                     return FSSetCatalogInfo(
-                         &d, kDates | kFSCatInfoFinderXInfo | kFSCatInfoPermissions, &wanted);
-                 },
-                 [&](OSStatus set) {
-                     if (set == noErr) return;
-                     EXPECT_EQ(content("._d"), before);
-                     const auto now = posix::status(at("d"), posix::Follow::no);
-                     EXPECT_EQ(now->mode, status->mode);
-                     EXPECT_TRUE(now->accessed == status->accessed) << "as before the failure";
-                 });
-    EXPECT_EQ(FSSetCatalogInfo(&d, kFSCatInfoCreateDate, &wanted), unimpErr);
 }
 
 }  // namespace

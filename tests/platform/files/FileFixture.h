@@ -18,6 +18,7 @@
 #include "platform/base/ByteWriter.h"
 #include "platform/base/FourCC.h"
 #include "platform/files/Forks.h"
+#include "platform/files/formats/AppleDouble.h"
 #include "platform/posix/FileSystem.h"
 
 namespace osa::test {
@@ -51,6 +52,22 @@ struct AppleDoubleBuilder {
 /// The usual side file: Finder information and resource fork.
 inline std::string appleDouble(const std::string& info, const std::string& fork) {
     return AppleDoubleBuilder{.entries = {{9, info}, {2, fork}}}.build();
+}
+
+/// The entries of an AppleDouble file besides the resource fork, and the attributes in them.
+inline std::vector<std::string> besidesFork(const std::string& all) {
+    std::vector<std::string> found;
+    const auto file = AppleDouble::parse(std::make_shared<MemorySource>(asBytes(all)));
+    if (!file.ok()) return found;
+    for (const auto& [id, range] : file->entries()) {
+        if (id == AppleDouble::resourceFork) continue;
+        found.push_back(std::to_string(id) + "=" + all.substr(range.offset, range.length));
+    }
+    const auto attributes = file->attributes();
+    for (const auto& [attribute, range] : *attributes) {
+        found.push_back(attribute + "=" + all.substr(range.offset, range.length));
+    }
+    return found;
 }
 
 class FileFixture : public testing::Test {
@@ -111,7 +128,7 @@ class FileFixture : public testing::Test {
     std::set<std::string> names() const {
         std::set<std::string> found;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
-            found.insert(std::filesystem::relative(entry.path(), root_));
+            found.insert(entry.path().lexically_relative(root_));
         }
         return found;
     }

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/files/ReferenceNumbers.h"
 #include "platform/files/forks/WriteAccess.h"
 #include "tests/platform/files/FileFixture.h"
 
@@ -159,6 +160,32 @@ TEST_F(ForkWriting, SaysWhyItDoesNot) {
         EXPECT_EQ(FSClose(number), noErr);
         ASSERT_EQ(seteuid(0), 0);
     }
+}
+
+TEST_F(ForkWriting, OpensByFSSpecAndFlushesWhateverIsOpen) {
+    put("x", "data");
+    const FSRef x = ref("x"), folder = ref("");
+    FSSpec spec{};
+    ASSERT_EQ(FSGetCatalogInfo(&x, 0, nullptr, nullptr, &spec, nullptr), noErr);
+    SInt16 number = 0;
+    ASSERT_EQ(FSpOpenDF(&spec, fsRdWrPerm, &number), noErr);
+    EXPECT_EQ(write(number, "more"), noErr);
+    EXPECT_EQ(content("x"), "more");
+    EXPECT_EQ(FSClose(number), noErr);
+    std::filesystem::remove(at("x"));
+    EXPECT_EQ(FSpOpenDF(&spec, fsRdWrPerm, &number), fnfErr);
+    EXPECT_EQ(open(folder, u"", fsRdWrPerm, number), notAFileErr);
+    // A resource file's number goes to those who opened it.
+    struct Other : OpenFile {
+        Other() : OpenFile(Kind::resourceFile) {}
+        Result<void> flush() override { return Failure(dskFulErr); }
+    };
+    const auto other = addOpenFile(std::make_shared<Other>());
+    ASSERT_TRUE(other.ok());
+    EXPECT_EQ(FSFlushFork(*other), dskFulErr);
+    EXPECT_EQ(FSCloseFork(*other), rfNumErr);
+    EXPECT_TRUE(removeOpenFile(*other));
+    EXPECT_EQ(FSFlushFork(*other), rfNumErr);
 }
 
 TEST_F(ForkWriting, LeavesTheOldForkOrTheNewWhereverItFails) {

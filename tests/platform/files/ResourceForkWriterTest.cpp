@@ -1,7 +1,6 @@
 // Resource forks written: to each place where they may lie, without harm to what lies beside them.
 #include <sys/stat.h>
 
-#include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ResourceForkWriter.h"
 #include "tests/platform/files/FileFixture.h"
 
@@ -28,23 +27,6 @@ class ResourceForkWriter : public FileFixture {
     static std::string read(const FSRef& file) {
         const std::string text = fork(file, ForkKind::resource);
         return text == "status -1409" ? "" : text;
-    }
-    /// What an AppleDouble file holds besides the fork, and the attributes behind its information.
-    std::vector<std::string> others(const std::string& name) const {
-        std::vector<std::string> found;
-        const std::string all = content(name);
-        const auto file = AppleDouble::parse(std::make_shared<MemorySource>(asBytes(all)));
-        if (!file.ok()) return found;
-        for (const auto& [id, range] : file->entries()) {
-            if (id != AppleDouble::resourceFork) {
-                found.push_back(all.substr(range.offset, range.length));
-            }
-        }
-        const auto attributes = file->attributes();
-        for (const auto& [attribute, range] : *attributes) {
-            found.push_back(attribute + "=" + all.substr(range.offset, range.length));
-        }
-        return found;
     }
 };
 
@@ -87,7 +69,7 @@ TEST_F(ResourceForkWriter, ChangesNothingButTheForkWhereItLies) {
                 const std::string name = holder.substr(sign + 1);
                 ASSERT_TRUE(posix::setAttribute(at("d/x"), name, asBytes(old)).ok());
             }
-            const auto before = others(holder);
+            const auto before = besidesFork(content(holder));
             const auto there = names();
             ASSERT_EQ(write(ref("d/x"), fork), noErr);
             EXPECT_EQ(read(ref("d/x")), fork);
@@ -95,7 +77,7 @@ TEST_F(ResourceForkWriter, ChangesNothingButTheForkWhereItLies) {
             if (!isFile) continue;
             EXPECT_EQ(posix::status(at(holder), posix::Follow::no)->mode & 0777, 0640u);
             EXPECT_EQ(content(holder + "@user.note"), "kept");
-            auto after = others(holder);
+            auto after = besidesFork(content(holder));
             // A table that grew: the attributes moved, and what says where they are.
             if (old == noRow && *fork != 0) after[0] = before[0];
             EXPECT_EQ(after, before);
@@ -147,7 +129,10 @@ TEST_F(ResourceForkWriter, LeavesTheOldOrTheNewWhereverItFails) {
     };
     const Row rows[] = {{"._x", appleDouble(kInfo, kOld), "new"},
                         {"%x", appleDouble(kInfo, kOld), ""},
+                        {".AppleDouble/x", appleDouble(kInfo, kOld), "new"},
+                        {"__MACOSX/._x", appleDouble(kInfo, kOld), "new"},
                         {".rsrc/x", kOld, "new"},
+                        {".resource/x", kOld, ""},
                         {"x@user.com.apple.ResourceFork", kOld, "new"},
                         {"x@user.com.apple.ResourceFork", kOld, large},
                         {"", "", "new"}};

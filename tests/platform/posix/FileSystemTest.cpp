@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "platform/posix/CatalogChanges.h"
 #include "platform/posix/ErrnoStatus.h"
 
 namespace osa::posix {
@@ -72,6 +73,46 @@ TEST_F(FileSystem, ListsAttributesOrNone) {
     EXPECT_EQ(std::count(names->begin(), names->end(), "user.first"), 1);
     EXPECT_EQ(std::count(names->begin(), names->end(), "user.second"), 1);
     EXPECT_EQ(asText(*attribute(path, "user.first")), value);
+}
+
+TEST_F(FileSystem, TakesNamesBackWithoutHarmToOthers) {
+    const auto put = [&](const char* name) {
+        ASSERT_TRUE(writeFile(root_ + name, asBytes(name)).ok());
+    };
+    const auto text = [&](const char* name) {
+        const auto bytes = readFile(root_ + name, 100);
+        return bytes.ok() ? std::string(asText(*bytes)) : std::string("none");
+    };
+    put("a");
+    put("b");
+    std::filesystem::create_symlink("nowhere", root_ + "link");
+    EXPECT_EQ(renameToFree(root_ + "a", root_ + "b").status(), dupFNErr);
+    EXPECT_EQ(renameToFree(root_ + "a", root_ + "link").status(), dupFNErr);
+    putBack(root_ + "a", root_ + "b");
+    EXPECT_EQ(text("a") + text("b"), "ab") << "somebody else has the name by now";
+    ASSERT_TRUE(exchangeNames(root_ + "a", root_ + "b").ok());
+    EXPECT_EQ(text("a") + text("b"), "ba");
+    exchangeBack(root_ + "a", root_ + "b");
+    const auto aside = moveAside(root_ + "a");
+    ASSERT_TRUE(aside.ok());
+    EXPECT_EQ(aside->substr(root_.size(), 3), "._.");
+    putBack(*aside, root_ + "a");
+    // A second name, with the first still there, gone, and somebody else's.
+    for (const char* first : {"a", "none", "b"}) {
+        SCOPED_TRACE(first);
+        ASSERT_TRUE(addName(root_ + "a", root_ + "second").ok());
+        if (*first != 'a') {
+            ASSERT_TRUE(remove(root_ + "a").ok());
+        }
+        if (*first == 'b') put("a");
+        takeBackName(root_ + "a", root_ + "second");
+        EXPECT_EQ(text("a"), "a");
+        EXPECT_EQ(text("second"), *first == 'b' ? "a" : "none");
+    }
+    ASSERT_TRUE(createFolder(root_ + "tree").ok());
+    std::filesystem::create_directory_symlink(root_, root_ + "tree/up");
+    discardTree(root_ + "tree");
+    EXPECT_EQ(text("tree") + text("b"), "noneb") << "no link is followed";
 }
 
 TEST(ErrnoStatus, TellsRefusalsApart) {
