@@ -34,6 +34,19 @@ class EditedFile {
 
     /// A reason, or nothing when it is open.
     std::string open(const std::string& path, bool mayMakeFork) {
+        if (std::string reason = find(path, mayMakeFork); !reason.empty()) return reason;
+        if ((GetResFileAttrs(number_) & mapReadOnly) == 0) return {};
+        return "its resource map is marked as read-only";
+    }
+
+    std::string save() {
+        UpdateResFile(number_);
+        if (ResError() == noErr) isForkNew_ = false;
+        return resourceReason(ResError());
+    }
+
+  private:
+    std::string find(const std::string& path, bool mayMakeFork) {
         const auto* const bytes = reinterpret_cast<const UInt8*>(path.c_str());
         if (const OSStatus status = FSPathMakeRef(bytes, &ref_, nullptr))
             return resourceReason(status);
@@ -49,13 +62,6 @@ class EditedFile {
         return resourceReason(makeFork());
     }
 
-    std::string save() {
-        UpdateResFile(number_);
-        if (ResError() == noErr) isForkNew_ = false;
-        return resourceReason(ResError());
-    }
-
-  private:
     static bool isContainer(const std::string& path) {
         OSAResourceListRef list = nullptr;
         const OSStatus status = OSAResourceListOpen(path.c_str(), &list);

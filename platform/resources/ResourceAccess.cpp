@@ -3,7 +3,6 @@
 #include <CoreServices/Resources.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <set>
 #include <string_view>
@@ -134,7 +133,7 @@ void GetResInfo(Handle resource, ResID* id, ResType* type, Str255 name) {
                                 const std::string_view text =
                                     found.name ? std::string_view(*found.name) : std::string_view();
                                 name[0] = static_cast<unsigned char>(text.size());
-                                std::memcpy(name + 1, text.data(), text.size());
+                                std::copy(text.begin(), text.end(), name + 1);
                                 return {};
                             });
     });

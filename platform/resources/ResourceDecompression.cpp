@@ -10,7 +10,7 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include "platform/resources/Decompressor.h"
+#include "platform/resources/compression/Decompressor.h"
 
 namespace osa {
 namespace {

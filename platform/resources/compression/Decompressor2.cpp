@@ -1,6 +1,6 @@
 // Decompressor 2: every word of the output is a word of a table, or written out where tags say so.
-#include "platform/resources/DecompressionTables.h"
-#include "platform/resources/Decompressor.h"
+#include "platform/resources/compression/DecompressionTables.h"
+#include "platform/resources/compression/Decompressor.h"
 
 namespace osa {
 namespace {

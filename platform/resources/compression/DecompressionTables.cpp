@@ -1,6 +1,6 @@
 // The words that the system's decompressors abbreviate to one byte: the commonest pairs of bytes in
 // the code and the resources of their time.
-#include "platform/resources/DecompressionTables.h"
+#include "platform/resources/compression/DecompressionTables.h"
 
 namespace osa {
 

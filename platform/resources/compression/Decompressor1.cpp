@@ -1,6 +1,6 @@
 // Decompressor 1: data made of bytes.
-#include "platform/resources/DecompressionTables.h"
-#include "platform/resources/Decompressor.h"
+#include "platform/resources/compression/DecompressionTables.h"
+#include "platform/resources/compression/Decompressor.h"
 
 namespace osa {
 

@@ -1,6 +1,6 @@
 // Decompressor 0: code and other data made of 16-bit words.
-#include "platform/resources/DecompressionTables.h"
-#include "platform/resources/Decompressor.h"
+#include "platform/resources/compression/DecompressionTables.h"
+#include "platform/resources/compression/Decompressor.h"
 
 namespace osa {
 namespace {
