@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 
 class AliasRecords : public FileFixture {
   protected:
+    // Records tell of the boot volume, too.
+    AliasRecords() : FileFixture(Where::disk) {}
     ~AliasRecords() override { EXPECT_EQ(OSALiveBlockCount(), blocks_) << "leaked handles"; }
 
     AliasHandle aliasOf(const std::string& name, const FSRef* from = nullptr) const {

@@ -72,14 +72,16 @@ inline std::vector<std::string> besidesFork(const std::string& all) {
 
 class FileFixture : public testing::Test {
   protected:
-    FileFixture() {
+    enum class Where { memory, disk };
+
+    explicit FileFixture(Where where = Where::memory) {
         // In memory, if attributes can be set there: on a disk thousands of synchronisations take
         // their time.
-        root_ = scratchFolder("/dev/shm");
+        if (where == Where::memory) root_ = scratchFolder("/dev/shm");
         const bool isGood =
             !root_.empty() && posix::setAttribute(root_, "user.probe", asBytes("")).ok();
         if (isGood) return;
-        std::filesystem::remove(root_);
+        if (!root_.empty()) std::filesystem::remove(root_);
         root_ = scratchFolder(std::filesystem::temp_directory_path());
     }
     ~FileFixture() override { std::filesystem::remove_all(root_); }
