@@ -5,14 +5,13 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <OSA/Diagnostics.h>
-#include <OSA/ResourceListing.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
-#include "platform/base/FourCC.h"
+#include "tests/support/ResourceLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
 #include "tools/samples/ResourceForkBuilder.h"
@@ -237,105 +236,93 @@ TEST_F(ResFile, NamesFilesThatDoNotExistYetByFolderAndName) {
     }
 }
 
-/// "type id attributes name data" of each resource that the file at `path` keeps.
-std::vector<std::string> listed(const std::string& path) {
-    std::vector<std::string> lines;
-    OSAResourceListRef list = nullptr;
-    EXPECT_EQ(OSAResourceListOpen(path.c_str(), &list), noErr);
-    for (CFIndex i = 0; i < OSAResourceListGetCount(list); ++i) {
-        OSAResourceInfo info;
-        CFDataRef data = nullptr;
-        EXPECT_EQ(OSAResourceListGetInfo(list, i, &info), noErr);
-        EXPECT_EQ(OSAResourceListCopyData(list, i, false, &data), noErr);
-        const auto* const bytes = reinterpret_cast<const char*>(CFDataGetBytePtr(data));
-        lines.push_back(fourCCBytes(info.type) + ' ' + std::to_string(info.id) + ' ' +
-                        std::to_string(info.attributes) + ' ' +
-                        std::string(info.name + 1, info.name + 1 + info.name[0]) + ' ' +
-                        std::string(bytes, static_cast<std::size_t>(CFDataGetLength(data))));
-        CFRelease(data);
-    }
-    OSAResourceListClose(list);
-    return lines;
-}
+/// What is done to a file with the resources of fork(), and which it has then.
+struct Writing {
+    const char* row;
+    std::function<void(CResFile&)> work;
+    Lines after;
+};
 
-using Lines = std::vector<std::string>;
+const Lines kOld = {"TEXT 1128 40 'Name' description", "TEXT 129 0 ", "plst 0 0 p"};
 
-TEST_F(ResFile, StoresReplacesAndDeletesEvenWhatIsProtected) {
-    writeWithFork("script");
+const Writing kWritings[] = {
+    {"new",
+     [](CResFile& file) { file.StoreData('TEXT', 1, "new", 3, nullptr, 0); },
+     {kOld[0], kOld[1], "TEXT 1 0 new", kOld[2]}},
+    {"named, protected",
+     [](CResFile& file) {
+         file.StoreData('scpt', 128, "s", 1, reinterpret_cast<const UInt8*>("\1N"), 0x28);
+     },
+     {kOld[0], kOld[1], kOld[2], "scpt 128 40 'N' s"}},
+    {"in place of a protected one",
+     [](CResFile& file) { file.StoreData('TEXT', 1128, "", 0, nullptr, 8); },
+     {kOld[1], "TEXT 1128 8 ", kOld[2]}},
+    {"deleted", [](CResFile& file) { file.DeleteResource('TEXT', 1128); }, {kOld[1], kOld[2]}},
+    {"not there", [](CResFile& file) { file.DeleteResource('plst', 7); }, kOld},
+    {"changed outside",
+     [](CResFile& file) {
+         const ResFileRefNum current = CurResFile();
+         file.MakeCurrent();
+         const Handle handle = Get1Resource('TEXT', 129);
+         SetHandleSize(handle, 2);
+         BlockMoveData("ab", *handle, 2);
+         ChangedResource(handle);
+         const OSErr status = ResError();
+         UseResFile(current);
+         FailOSErr(status);
+         file.Update();
+     },
+     {kOld[0], "TEXT 129 0 ab", kOld[2]}},
+};
+
+TEST_F(ResFile, StoresReplacesAndDeletesWhicheverOperationFails) {
     writeWithFork("other");
     CResFile other;
     specify(other, "other");
     other.Open(fsRdPerm);
     const ResFileRefNum current = CurResFile();
-    const Lines before = {"TEXT 1128 40 Name description", "TEXT 129 0  ", "plst 0 0  p"};
-    const struct {
-        const char* row;
-        std::function<void(CResFile&)> work;
-        Lines after;
-    } rows[] = {
-        {"new",
-         [](CResFile& file) { file.StoreData('TEXT', 1, "new", 3, nullptr, 0); },
-         {before[0], before[1], "TEXT 1 0  new", before[2]}},
-        {"named, protected",
-         [](CResFile& file) {
-             file.StoreData('scpt', 128, "s", 1, reinterpret_cast<const UInt8*>("\1N"), 0x28);
-         },
-         {before[0], before[1], before[2], "scpt 128 40 N s"}},
-        {"in place of a protected one",
-         [](CResFile& file) { file.StoreData('TEXT', 1128, "", 0, nullptr, 8); },
-         {before[1], "TEXT 1128 8  ", before[2]}},
-        {"deleted",
-         [](CResFile& file) { file.DeleteResource('TEXT', 1128); },
-         {before[1], before[2]}},
-        {"the last of its type",
-         [](CResFile& file) { file.DeleteResource('plst', 0); },
-         {before[0], before[1]}},
-        {"not there", [](CResFile& file) { file.DeleteResource('plst', 7); }, before},
-        {"changed outside",
-         [](CResFile& file) {
-             file.MakeCurrent();
-             const Handle handle = Get1Resource('TEXT', 129);
-             SetHandleSize(handle, 2);
-             BlockMoveData("ab", *handle, 2);
-             ChangedResource(handle);
-             FailResError();
-             file.Update();
-         },
-         {before[0], "TEXT 129 0  ab", before[2]}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        writeWithFork("script");
-        const CFIndex blocks = OSALiveBlockCount();
-        CResFile reader;
-        specify(reader, "script");
-        reader.Open(fsRdPerm);
-        UseResFile(current);
-        EXPECT_EQ(thrown([&] { row.work(reader); }), row.after == before ? noErr : wrPermErr);
-        reader.Close();
-        EXPECT_EQ(listed(folder_.path("script")), before);
-        CResFile file;
-        specify(file, "script");
-        file.Open(fsRdWrPerm);
-        UseResFile(current);
-        EXPECT_EQ(thrown([&] { row.work(file); }), noErr);
-        EXPECT_EQ(listed(folder_.path("script")), row.after) << "before it is closed";
-        const bool isBracketed = row.row != std::string("changed outside");
-        EXPECT_TRUE(CurResFile() == current || !isBracketed);
-        file.Close();
-        EXPECT_EQ(listed(folder_.path("script")), row.after);
-        UseResFile(current);
-        const Handle loaded = Get1Resource('plst', 0);
-        EXPECT_NE(*loaded, nullptr) << "loading is on";
-        ReleaseResource(loaded);
-        EXPECT_EQ(OSALiveBlockCount(), blocks + 2) << "the two identities";
+    const std::string path = folder_.path("script");
+    for (const auto& [row, work, after] : kWritings) {
+        UInt32 failed = 1;
+        for (UInt32 nth = 0; failed > 0; ++nth) {  // 0: opened for reading
+            SCOPED_TRACE(row + (" " + std::to_string(nth)));
+            writeWithFork("script");
+            const CFIndex blocks = OSALiveBlockCount();
+            CResFile file;
+            specify(file, "script");
+            file.Open(nth == 0 ? fsRdPerm : fsRdWrPerm);
+            UseResFile(current);
+            OSAFailOperation(nth, false);
+            const OSStatus status = thrown([&] { work(file); });
+            failed = nth == 0 ? 1 : OSAFailedOperations();
+            OSAFailOperation(0, false);
+            EXPECT_EQ(CurResFile(), current);
+            const Lines now = resourceLines(path);
+            // An old resource is removed before the new one is written.
+            const bool isUnharmed = now == kOld || now == Lines{kOld[1], kOld[2]};
+            EXPECT_TRUE(now == after || (status != noErr && isUnharmed)) << status;
+            EXPECT_TRUE(nth > 0 || (now == kOld && status == (after == kOld ? 0 : wrPermErr)));
+            if (nth > 0) {
+                if (status != noErr) work(file);
+                EXPECT_EQ(resourceLines(path), after) << "before it is closed";
+                file.Close();
+                EXPECT_EQ(resourceLines(path), after);
+            }
+            file.Close();
+            const Handle loaded = Get1Resource('plst', 0);
+            EXPECT_NE(*loaded, nullptr) << "loading is on";
+            ReleaseResource(loaded);
+            EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 4);
+            EXPECT_EQ(OSALiveBlockCount(), blocks + 1) << "the identity";
+            EXPECT_EQ(OSAOpenFileCount(), 1);
+        }
     }
 }
 
 TEST_F(ResFile, GivesExistingFilesMapsInEitherForkOnce) {
     for (const bool isDataFork : {false, true}) {
         SCOPED_TRACE(isDataFork);
-        const std::string path = folder_.write("made", "");
+        folder_.write("made", "");
         CResFile file;
         specify(file, "made");
         const auto create = [&] {
@@ -348,47 +335,6 @@ TEST_F(ResFile, GivesExistingFilesMapsInEitherForkOnce) {
                   isDataFork ? wrPermErr : noErr);
         EXPECT_EQ(file.ResourceExists('TEXT', SInt16{1}), !isDataFork);
         fs::remove(folder_.path("._made"));
-    }
-}
-
-TEST_F(ResFile, WritesAllOrNothingWhicheverOperationFails) {
-    const Lines old = {"TEXT 1128 40 Name description", "TEXT 129 0  ", "plst 0 0  p"};
-    const Lines removed = {old[0], old[1]};
-    const struct {
-        std::function<void(CResFile&)> work;
-        Lines after;
-    } rows[] = {
-        {[](CResFile& file) { file.StoreData('plst', 0, "new", 3, nullptr, 8); },
-         {old[0], old[1], "plst 0 8  new"}},
-        {[](CResFile& file) { file.StoreData('TEXT', 5, "new", 3, nullptr, 0); },
-         {old[0], old[1], "TEXT 5 0  new", old[2]}},
-        {[](CResFile& file) { file.DeleteResource('plst', 0); }, removed},
-    };
-    for (const auto& row : rows) {
-        UInt32 failed = 1;
-        for (UInt32 nth = 1; failed > 0; ++nth) {
-            SCOPED_TRACE(nth);
-            writeWithFork("script");
-            const CFIndex blocks = OSALiveBlockCount();
-            CResFile file;
-            specify(file, "script");
-            file.Open(fsRdWrPerm);
-            OSAFailOperation(nth, false);
-            const OSStatus status = thrown([&] { row.work(file); });
-            failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
-            const Lines now = listed(folder_.path("script"));
-            // An old resource is removed before the new one is written.
-            const bool isUnharmed = now == old || (now == removed && nth > 1);
-            EXPECT_TRUE(now == row.after || (status != noErr && isUnharmed)) << status;
-            EXPECT_EQ(thrown([&] { row.work(file); }), noErr) << "and again";
-            EXPECT_EQ(listed(folder_.path("script")), row.after);
-            file.Close();
-            EXPECT_EQ(listed(folder_.path("script")), row.after);
-            EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 2);
-            EXPECT_EQ(OSALiveBlockCount(), blocks + 1) << "the identity";
-            EXPECT_EQ(OSAOpenFileCount(), 0);
-        }
     }
 }
 

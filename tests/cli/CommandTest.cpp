@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/ResourceLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
 #include "tools/samples/ResourceForkBuilder.h"
@@ -175,59 +176,54 @@ TEST_F(Command, ChangesResourcesInTheOrderGivenAllOrNone) {
                                  .add('TEXT', 1, "old", "name", 0x28)
                                  .add('TEXT', 2, "two", nullptr, 0x08)
                                  .text();
-    const std::string data = folder_.write("data", "new data");
-    const std::string before =
-        "    'TEXT'      1          3 bytes  \"name\"  [purgeable, protected]\n"
-        "    'TEXT'      2          3 bytes  [protected]\n";
+    folder_.write("data", "new data");
+    const Lines before = {"TEXT 1 40 'name' old", "TEXT 2 8 two"};
     const struct {
         const char* arguments;
-        int exitStatus;
         std::string message;
-        std::string after;
+        Lines after;
+        int exitStatus = 1;
     } rows[] = {
-        {"--set TEXT:1=data --delete TEXT:2", 0, "",
-         "    'TEXT'      1          8 bytes  \"name\"  [purgeable, protected]\n"},
-        {"--delete TEXT:1 --set 'a=\xC2\xA9:-1=data' --rename 'a=\xC2\xA9:-1=Gr\xC3\xBC\xC3\x9F"
-         "e=' --delete TEXT:2",
-         0, "",
-         "    'a=\xC2\xA9 '     -1          8 bytes  \"Gr\xC3\xBC\xC3\x9F"
-         "e=\"\n"},
-        {"--set TEXT:1=data --delete TEXT:3", 1, "osa: FILE: has no resource 'TEXT' 3\n", before},
-        {"--delete TEXT:1 --rename TEXT:1=x", 1, "osa: FILE: has no resource 'TEXT' 1\n", before},
-        {"--delete TEXT:1 --set TEXT:1=none", 1, "osa: none: cannot be read\n", before},
-        {"--set TEXT:1=.", 1, "osa: .: cannot be read\n", before},
-        {"--delete TEXT", 2, "osa: TEXT: is not TYPE:ID\n", before},
-        {"--rename TEXT:1", 2, "osa: TEXT:1: is not TYPE:ID=NAME\n", before},
-        {"--rename TEXT:1=\xE6\x97\xA5", 2,
-         "osa: TEXT:1=\xE6\x97\xA5: the name is empty, over 255 characters, or has characters that "
-         "Mac Roman lacks\n",
-         before},
+        {"--set TEXT:1=data --delete TEXT:2", "", {"TEXT 1 40 'name' new data"}, 0},
+        {"--delete TEXT:1 --set 'a=\xC2\xA9:-1=data' --rename 'a=\xC2\xA9:-1=\xC3\xBC=' "
+         "--delete TEXT:2",
+         "",
+         {"a=\xA9  -1 0 '\x9F=' new data"},
+         0},
+        {"--set TEXT:1=data --delete TEXT:3", "FILE: has no resource 'TEXT' 3", before},
+        {"--delete TEXT:1 --rename TEXT:1=x", "FILE: has no resource 'TEXT' 1", before},
+        {"--delete TEXT:1 --set TEXT:1=none", "none: cannot be read", before},
+        {"--set TEXT:1=.", ".: cannot be read", before},
+        {"--delete TEXT", "TEXT: is not TYPE:ID", before, 2},
+        {"--rename TEXT:1=\xE6\x97\xA5",
+         "TEXT:1=\xE6\x97\xA5: the name is empty, over 255 characters, or has characters that Mac "
+         "Roman lacks",
+         before, 2},
+    };
+    const auto edit = [&](const std::string& arguments) {
+        return run("resources " + arguments, "2>&1", "cd " + quoted(folder_.path()) + " && ");
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.arguments);
-        for (const char* const name : {"beside", "flat.rsrc"}) {
+        for (const std::string name : {"beside", "flat.rsrc"}) {
             folder_.write("beside", "data");
             folder_.write("._beside", samples::wrappedFork(fork));
             folder_.write("flat.rsrc", fork);
-            const std::string file = folder_.path(name);
-            const Outcome changed =
-                run("resources " + std::string(row.arguments) + " " + quoted(file), "2>&1",
-                    "cd " + quoted(folder_.path()) + " && ");
-            std::string message = row.message;
-            if (const auto at = message.find("FILE"); at != std::string::npos)
-                message.replace(at, 4, file);
+            const Outcome changed = edit(row.arguments + (" " + name));
+            std::string message = row.message.empty() ? "" : "osa: " + row.message + "\n";
+            if (message.starts_with("osa: FILE")) message.replace(5, 4, name);
             EXPECT_EQ(changed.exitStatus, row.exitStatus);
             EXPECT_EQ(changed.output, message);
-            EXPECT_EQ(run("resources " + quoted(file)).output, file + "\n" + row.after);
+            EXPECT_EQ(resourceLines(folder_.path(name)), row.after);
         }
     }
-    const std::string plain = quoted(folder_.write("plain", "text"));
-    const std::string wrapped = quoted(folder_.write("wrapped", samples::wrappedFork(fork)));
-    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " --delete T:2 " + plain).exitStatus, 1);
-    EXPECT_EQ(run("resources " + plain).exitStatus, 1) << "the fork made for it is empty again";
-    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " " + wrapped).exitStatus, 1);
-    EXPECT_EQ(run("resources --set T:1=" + quoted(data) + " " + plain).exitStatus, 0);
-    EXPECT_EQ(run("resources --only T --raw " + plain).output, "new data");
+    folder_.write("plain", "text");
+    folder_.write("wrapped", samples::wrappedFork(fork));
+    EXPECT_EQ(edit("--set T:1=data --delete T:2 plain").exitStatus, 1);
+    EXPECT_EQ(edit("plain").exitStatus, 1) << "the fork made for it is empty again";
+    EXPECT_EQ(edit("--set T:1=data wrapped").exitStatus, 1) << "a container";
+    EXPECT_EQ(edit("--set T:1=data plain").exitStatus, 0);
+    EXPECT_EQ(resourceLines(folder_.path("plain")), (Lines{"T    1 0 new data"}));
 }
 
 TEST_F(Command, DescribesFlattenedDescriptors) {

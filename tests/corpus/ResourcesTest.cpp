@@ -1,11 +1,18 @@
-// Every resource of the corpus through the listing.
+// Every resource of the corpus through the listing, and every fork written anew: what was not
+// changed stays as it was.
 #include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+#include <CoreServices/Resources.h>
 #include <OSA/ResourceListing.h>
 
+#include <cstring>
 #include <map>
 #include <memory>
 
 #include "tests/corpus/Corpus.h"
+#include "tests/support/ResourceLines.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa::test {
 namespace {
@@ -82,6 +89,68 @@ TEST_F(ListedResources, ExpandToWhatTheyWereBeforeTheyWereCompressed) {
         }
     }
     EXPECT_EQ(compared, 542);
+}
+
+ResFileRefNum openForWriting(const std::string& path) {
+    FSRef ref{};
+    FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
+    ResFileRefNum number = FSOpenResFile(&ref, fsRdWrPerm);
+    if (number <= 0) FSOpenResourceFile(&ref, 0, nullptr, fsRdWrPerm, &number);
+    return number;
+}
+
+/// Other data for the first resource of the current file.
+void changeFirst() {
+    ResType type = 0;
+    Get1IndType(&type, 1);
+    SetResLoad(false);
+    const Handle handle = Get1IndResource(type, 1);
+    SetResLoad(true);
+    SetHandleSize(handle, 7);
+    std::memcpy(*handle, "changed", 7);
+    SetResAttrs(handle, 0);
+    ChangedResource(handle);
+}
+
+using WrittenResources = Corpus;
+
+TEST_F(WrittenResources, StayAsTheyWereButForTheOneThatIsChanged) {
+    const TemporaryFolder folder;
+    const Resources before;
+    int dataForks = 0;
+    int sideFiles = 0;
+    for (const fs::path& file : files("")) {
+        SCOPED_TRACE(file);
+        std::ifstream in(file, std::ios::binary);
+        const std::string bytes(std::istreambuf_iterator<char>(in), {});
+        const bool isSideFile = bytes.starts_with(std::string("\0\5\x16\7", 4));
+        const std::string path = folder.write("copy", isSideFile ? "" : bytes);
+        for (int* const count : {&dataForks, &sideFiles}) {
+            if (count == &sideFiles) {
+                folder.write("copy", "data");
+                folder.write("._copy", isSideFile ? bytes : samples::wrappedFork(bytes));
+            }
+            const ResFileRefNum number = openForWriting(path);
+            if (number <= 0) continue;
+            ++*count;
+            Lines expected = resourceLines(path);
+            SetResFileAttrs(number, mapChanged);
+            UpdateResFile(number);
+            EXPECT_EQ(ResError(), noErr);
+            EXPECT_TRUE(resourceLines(path) == expected);
+            if (!expected.empty()) changeFirst();
+            CloseResFile(number);
+            EXPECT_EQ(ResError(), noErr);
+            Lines changed = resourceLines(path);
+            EXPECT_TRUE(expected.empty() || changed.front().ends_with("changed"));
+            if (!expected.empty()) expected.front() = changed.front();
+            EXPECT_TRUE(changed == expected);
+        }
+        fs::remove(folder.path("._copy"));
+    }
+    EXPECT_EQ(dataForks, 92);
+    EXPECT_EQ(sideFiles, 172);
+    EXPECT_EQ(Resources(), before);
 }
 
 }  // namespace

@@ -129,8 +129,8 @@ OSA_PLATFORM_EXPORT void GetResInfo(Handle resource, ResID* id, ResType* type, S
 OSA_PLATFORM_EXPORT SInt32 GetResourceSizeOnDisk(Handle resource);
 
 // Changing. Each changes the map in memory; WriteResource, UpdateResFile and CloseResFile write.
-// All refuse with wrPermErr when the file is open for reading or its map has mapReadOnly, and with
-// resNotFound what is no resource's handle.
+// When the file is open for reading or its map has mapReadOnly, changing is refused with wrPermErr,
+// and writing does nothing, which is no failure. resNotFound: no resource's handle.
 
 /// Makes `data` a resource of the current file, the last of its type; the handle belongs to the
 /// file from then on. The id may be taken: the older resource is then found before it. A null or
