@@ -319,12 +319,16 @@ TEST_F(ResFile, StoresReplacesAndDeletesWhicheverOperationFails) {
     }
 }
 
-TEST_F(ResFile, GivesExistingFilesMapsInEitherForkOnce) {
-    for (const bool isDataFork : {false, true}) {
-        SCOPED_TRACE(isDataFork);
-        folder_.write("made", "");
+TEST_F(ResFile, GivesFilesMapsInEitherForkOnceAndMakesThoseThatAreMissing) {
+    FSRef parent;
+    FailOSErr(
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
+    for (const auto& [isDataFork, exists] : {std::pair(false, true), std::pair(true, true),
+                                             std::pair(false, false), std::pair(true, false)}) {
+        SCOPED_TRACE(std::to_string(isDataFork) + std::to_string(exists));
+        if (exists) folder_.write("made", "");
         CResFile file;
-        specify(file, "made");
+        file.Specify(CFileSpec(parent), utf16("made"), false);
         const auto create = [&] {
             isDataFork ? file.CreateNewDataFork('ToyS', 'osas') : file.CreateNew('ToyS', 'osas');
         };
@@ -334,7 +338,10 @@ TEST_F(ResFile, GivesExistingFilesMapsInEitherForkOnce) {
         EXPECT_EQ(thrown([&] { file.StoreData('TEXT', 1, "x", 1, nullptr, 0); }),
                   isDataFork ? wrPermErr : noErr);
         EXPECT_EQ(file.ResourceExists('TEXT', SInt16{1}), !isDataFork);
-        fs::remove(folder_.path("._made"));
+        EXPECT_EQ(file.GetCreator(), exists ? 0 : FourCharCode('ToyS'));
+        file.Close();
+        file.ThrowOut();
+        EXPECT_TRUE(fs::is_empty(folder_.path()));
     }
 }
 
