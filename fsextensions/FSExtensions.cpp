@@ -4,6 +4,7 @@
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
 #include <CoreServices/MacErrors.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -49,6 +50,7 @@ OSStatus FSSetFinderInfo(const FSRef* ref, const FinderInfo* info,
 }
 
 OSStatus FSGetVRefNum(const FSRef* ref, FSVolumeRefNum* vRefNum) {
+    if (vRefNum == nullptr) return paramErr;
     FSCatalogInfo catalog;
     const OSStatus status =
         FSGetCatalogInfo(ref, kFSCatInfoVolume, &catalog, nullptr, nullptr, nullptr);
@@ -56,11 +58,8 @@ OSStatus FSGetVRefNum(const FSRef* ref, FSVolumeRefNum* vRefNum) {
     return status;
 }
 
-OSStatus FSGetVolumeName(FSVolumeRefNum vRefNum, HFSUniStr255* name) {
-    return FSGetVolumeInfo(vRefNum, 0, nullptr, kFSVolInfoNone, nullptr, name, nullptr);
-}
-
 OSStatus FSGetParentRef(const FSRef* ref, FSRef* parent) {
+    if (parent == nullptr) return paramErr;
     FSRef found{};
     const OSStatus status =
         FSGetCatalogInfo(ref, kFSCatInfoNone, nullptr, nullptr, nullptr, &found);
@@ -80,7 +79,8 @@ OSStatus FSCheckLock(const FSRef* ref) {
     char path[kPathBufferSize];
     status = FSRefMakePath(ref, reinterpret_cast<UInt8*>(path), sizeof path);
     if (status != noErr) return status;
-    if (access(path, W_OK) == 0) return noErr;
+    // Of a link the link, not what it leads to.
+    if (faccessat(AT_FDCWD, path, W_OK, AT_SYMLINK_NOFOLLOW) == 0) return noErr;
     return errno == EROFS ? wPrErr : fLckdErr;
 }
 

@@ -26,8 +26,6 @@ OSA_PLATFORM_EXPORT OSStatus FSChangeFinderFlags(const FSRef* ref, Boolean set, 
 // References, volumes and names
 
 OSA_PLATFORM_EXPORT OSStatus FSGetVRefNum(const FSRef* ref, FSVolumeRefNum* vRefNum);
-/// The volume's name; nsvErr when there is no such volume.
-OSA_PLATFORM_EXPORT OSStatus FSGetVolumeName(FSVolumeRefNum vRefNum, HFSUniStr255* name);
 /// The containing folder. fnfErr for the root, which has none. `parent` may be `ref` itself.
 OSA_PLATFORM_EXPORT OSStatus FSGetParentRef(const FSRef* ref, FSRef* parent);
 /// noErr when the object may be changed; fLckdErr when it is locked or may not be written, wPrErr
@@ -46,7 +44,7 @@ OSA_PLATFORM_EXPORT OSStatus HFSNameGetUnicodeName(ConstStr255Param hfsName, Tex
 /// Deletes whatever is in the folder, and in the folders below it, at once. Links are deleted,
 /// never followed. Stops at the first object that cannot be deleted. errFSNotAFolder.
 OSA_PLATFORM_EXPORT OSStatus FSDeleteContainerContents(const FSRef* container);
-/// The same, and then the folder itself. afpAccessDenied: the root folder, which stays as it is.
+/// The same, and then the folder itself.
 OSA_PLATFORM_EXPORT OSStatus FSDeleteContainer(const FSRef* container);
 
 // Forks

@@ -41,7 +41,7 @@ CONFINED = {
 # Other rooms that may make system calls, and what for.
 CONFINED_EXTRA = {
     "platform/posix": {
-        "fsextensions": {"<unistd.h>"},  # access(): no catalog field tells who may write
+        "fsextensions": {"<fcntl.h>", "<unistd.h>"},  # faccessat(): no catalog field tells who may write
         "Libraries/TCLClasses": {"<unistd.h>"},  # access(), which GetAccessRights is defined by
         "service": None,  # worker processes
         "cli": {"<unistd.h>"},  # is the output a terminal

@@ -87,8 +87,9 @@ void CDataFile::ReadSome(char* info, SInt32 count) {
 
 void CDataFile::WriteAll(Handle data) {
     TB_ASSERT(kUnit, IsOpen());
-    // Null would pass for empty and cost the file its content.
-    FailOSErr(data == nullptr ? OSErr{nilHandleErr} : OSErr{noErr});
+    // It would pass for empty and cost the file its content.
+    const bool isNowhere = data == nullptr || *data == nullptr;
+    FailOSErr(isNowhere ? OSErr{nilHandleErr} : OSErr{noErr});
     const Size size = GetHandleSize(data);
     SInt32 count = size;
     FailOSErr(SetFPos(mRefNum, fsFromStart, 0));

@@ -79,7 +79,7 @@ void CFile::SetMacFileInfo(FInfo& info) const {
 
 CFileSpec CFile::GetFileSpec() const {
     FSRef ref;
-    GetFileSpec(ref);
+    mFileDesc.GetFileSpec(&ref);
     return CFileSpec(ref);
 }
 

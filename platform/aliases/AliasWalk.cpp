@@ -65,8 +65,8 @@ class Walk {
     std::unordered_set<std::uint64_t> met_;
 };
 
-constexpr std::chrono::seconds kLostFor{5};
-constexpr std::size_t kMostLost = 64;
+constexpr std::chrono::seconds kLostFor{60};
+constexpr std::size_t kMostLost = 256;
 
 struct LostObjects {
     struct Entry {

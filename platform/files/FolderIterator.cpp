@@ -11,6 +11,7 @@ struct OpaqueFSIterator {
     std::string folder;
     osa::FolderIndex index;
     osa::posix::DirectoryReader names;
+    bool showsSideFiles;
 };
 
 namespace osa {
@@ -31,18 +32,19 @@ T* at(T* array, ItemCount place) {
 
 Result<FSIterator> openIterator(const FSRef* container, FSIteratorFlags flags) {
     OSA_TRY(const Located object, locate(container));
-    if (flags != kFSIterateFlat) return Failure(errFSBadIteratorFlags);
+    const bool isDeleting = flags == kFSIterateDelete;
+    if (flags != kFSIterateFlat && !isDeleting) return Failure(errFSBadIteratorFlags);
     if (!object.status.isFolder()) return Failure(errFSNotAFolder);
     const std::string path = object.path();
     OSA_TRY(auto names, posix::DirectoryReader::open(path, posix::Follow::no));
-    return new OpaqueFSIterator{path, internRealFolder(path), std::move(names)};
+    return new OpaqueFSIterator{path, internRealFolder(path), std::move(names), isDeleting};
 }
 
 /// True when the child got the place. One that vanished, or whose name has no Mac form although
 /// names are asked for, gets none.
 Result<bool> fillPlace(const OpaqueFSIterator& iterator, const std::string& name,
                        FSCatalogInfoBitmap which, const BulkTargets& targets, ItemCount place) {
-    if (isSideFile(iterator.folder, name)) return false;
+    if (!iterator.showsSideFiles && isSideFile(iterator.folder, name)) return false;
     Located child(iterator.folder, name);
     const auto status = posix::status(child.path(), posix::Follow::no);
     if (!status.ok()) {

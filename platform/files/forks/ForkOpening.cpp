@@ -184,8 +184,15 @@ Result<Content> openFork(const FSRef& ref, ForkKind fork, SInt8 permissions) {
         auto opened = openForWriting(object, fork, permissions);
         if (opened.ok() || permissions != fsCurPerm) return opened;
     }
-    OSA_TRY(auto source, openForkForReading(ref, fork));
-    return Content(std::make_shared<ReadOnlyFork>(std::move(source)));
+    auto source = openForkForReading(ref, fork);
+    // A file without a resource fork has an empty one; folders and links have none.
+    if (source.status() == errFSForkNotFound) {
+        OSA_TRY(const Located object, locate(&ref));
+        if (object.status.isRegular())
+            source = std::shared_ptr<const ByteSource>(std::make_shared<MemorySource>(ByteSpan()));
+    }
+    OSA_CHECK(source);
+    return Content(std::make_shared<ReadOnlyFork>(*std::move(source)));
 }
 
 Result<void> emptyFork(const FSRef& ref, ForkKind fork) {

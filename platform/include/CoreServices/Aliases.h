@@ -49,7 +49,7 @@ OSA_PLATFORM_EXPORT OSErr FSUpdateAlias(const FSRef* fromFile, const FSRef* targ
 //   4. a walk through the volume for the target's number, outward from the recorded parent, so that
 //      what was moved nearby is met first. It enters no other volume and follows no links, and
 //      gives up after 200,000 objects or two seconds. What it could not find it does not look for
-//      again within five seconds.
+//      again within a minute.
 // Files stay files and folders folders. Numbers are given to new objects once the old are gone, so
 // an object of the target's number must also have its creation date. Where no dates are kept 2
 // comes behind 3, and 4 wants the name, too. A link at the end is followed.

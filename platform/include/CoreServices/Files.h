@@ -128,7 +128,7 @@ enum {
 /// Where a position counts from.
 enum { fsAtMark = 0, fsFromStart = 1, fsFromLEOF = 2, fsFromMark = 3 };
 
-enum { kFSIterateFlat = 0 };
+enum { kFSIterateFlat = 0, kFSIterateDelete = 2 };
 enum { fsRtParID = 1, fsRtDirID = 2 };
 enum { kFSInvalidVolumeRefNum = 0, kFSVolInfoNone = 0 };
 
@@ -214,8 +214,9 @@ OSA_PLATFORM_EXPORT OSErr FSRenameUnicode(const FSRef* ref, UniCharCount nameLen
 /// step. diffVolErr; notAFileErr.
 OSA_PLATFORM_EXPORT OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef);
 
-/// Starts a walk over a folder's own children (kFSIterateFlat; errFSBadIteratorFlags otherwise).
-/// The caller closes the iterator.
+/// Starts a walk over a folder's own children: without the side files that keep other objects'
+/// forks (kFSIterateFlat), or all of them, for whoever deletes them (kFSIterateDelete).
+/// errFSBadIteratorFlags otherwise. The caller closes the iterator.
 OSA_PLATFORM_EXPORT OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags,
                                          FSIterator* iterator);
 OSA_PLATFORM_EXPORT OSErr FSCloseIterator(FSIterator iterator);
@@ -254,12 +255,11 @@ OSA_PLATFORM_EXPORT OSErr FSGetDataForkName(HFSUniStr255* dataForkName);
 OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
 
 /// Opens a fork; the caller closes `forkRefNum`, a positive number that forks and resource files
-/// share. notAFileErr: a folder; errFSForkNotFound: reading, and there is no resource fork;
-/// errFSBadForkName: neither name.
+/// share. A file's missing resource fork is an empty one. notAFileErr: a folder;
+/// errFSForkNotFound: the resource fork of a folder or a link; errFSBadForkName: neither name.
 /// For writing: opWrErr when it is open for writing already, unless both opened it with
 /// fsRdWrShPerm; readers may have it open, and go on reading what they opened. fLckdErr: nobody may
-/// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume. A missing resource
-/// fork is an empty one.
+/// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume.
 /// Data forks are changed in place. A resource fork is changed beside, becomes the file's at
 /// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several
 /// numbers of fsRdWrShPerm see each other's changes at once. It follows its file when that is
