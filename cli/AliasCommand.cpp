@@ -93,7 +93,7 @@ std::string process(const std::string& file, bool json) {
     if (json) {
         Json line = {{"path", toValidUTF8(file)}};
         line.update(alias);
-        std::printf("%s\n", line.dump().c_str());
+        std::printf("%s\n", forTerminal(line.dump()).c_str());
     } else {
         printText(file, alias);
     }

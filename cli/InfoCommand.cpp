@@ -10,6 +10,7 @@
 
 #include "cli/Command.h"
 #include "cli/FileFacts.h"
+#include "cli/RecordFormat.h"
 
 namespace osa::cli {
 namespace {
@@ -36,7 +37,7 @@ OSStatus printFacts(const std::string& file, bool asJson) {
     Json facts;
     if (status == noErr) status = gatherFacts(ref, file, facts);
     if (status != noErr) return status;
-    const std::string text = asJson ? facts.dump() + "\n" : factsAsText(facts);
+    const std::string text = asJson ? forTerminal(facts.dump()) + "\n" : factsAsText(facts);
     std::fwrite(text.data(), 1, text.size(), stdout);
     return noErr;
 }

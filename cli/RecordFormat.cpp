@@ -64,7 +64,7 @@ void setValue(CFMutableDictionaryRef dictionary, CFStringRef key, const CFRef<CF
 }  // namespace
 
 std::string recordAsJson(const service::ImportRecord& record) {
-    return recordObject(record).dump();
+    return forTerminal(recordObject(record).dump());
 }
 
 std::string recordAsText(const service::ImportRecord& record) {

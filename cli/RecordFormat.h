@@ -16,7 +16,8 @@ std::string toUTF8(CFStringRef string);
 /// `bytes` with whatever is not UTF-8 replaced by U+FFFD.
 std::string toValidUTF8(const std::string& bytes);
 
-/// UTF-8 for a terminal: what is not UTF-8 replaced, controls (C1 and DEL too) as \u escapes.
+/// UTF-8 for a terminal: what is not UTF-8 replaced; controls (C1 and DEL too), line separators and
+/// marks that change the direction as \u escapes. As JSON it means the same as before.
 std::string forTerminal(const std::string& bytes);
 
 /// One line of JSON without its newline: path, kind, kindName, imported, attributes, log, error.

@@ -22,6 +22,21 @@ void appendCodePoint(std::string& out, UInt32 point) {
     }
 }
 
+UInt32 codePoint(const std::string& bytes, std::size_t at, std::size_t length) {
+    UInt32 point = static_cast<unsigned char>(bytes[at]);
+    if (length > 1) point &= 0x7Fu >> length;
+    for (std::size_t i = 1; i < length; ++i) {
+        point = point << 6 | (static_cast<unsigned char>(bytes[at + i]) & 0x3F);
+    }
+    return point;
+}
+
+/// Controls, line ends that are none, and marks that turn the direction of what follows.
+bool steersTerminal(UInt32 point) {
+    return point < 0x20 || (point >= 0x7F && point < 0xA0) || point == 0x2028 || point == 0x2029 ||
+           (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
 /// Bytes of the well-formed character at `at`; 0 when there is none.
 std::size_t characterLength(const std::string& bytes, std::size_t at) {
     const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
@@ -29,11 +44,10 @@ std::size_t characterLength(const std::string& bytes, std::size_t at) {
     if (lead < 0x80) return 1;
     const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
     if (lead < 0xC2 || lead > 0xF4 || length > bytes.size() - at) return 0;
-    UInt32 point = lead & (0x7F >> length);
     for (std::size_t i = 1; i < length; ++i) {
         if ((byteAt(at + i) & 0xC0) != 0x80) return 0;
-        point = point << 6 | (byteAt(at + i) & 0x3F);
     }
+    const UInt32 point = codePoint(bytes, at, length);
     const bool tooLong = (length == 3 && point < 0x800) || (length == 4 && point < 0x10000);
     const bool surrogate = point >= 0xD800 && point <= 0xDFFF;
     return tooLong || surrogate || point > 0x10FFFF ? 0 : length;
@@ -79,18 +93,17 @@ std::string toValidUTF8(const std::string& bytes) {
 std::string forTerminal(const std::string& bytes) {
     const std::string text = toValidUTF8(bytes);
     std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-        const bool isC1 = byte == 0xC2 && next < 0xA0;
-        if (byte >= 0x20 && byte != 0x7F && !isC1) {
-            out += text[i];
-            continue;
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = characterLength(text, i);
+        const UInt32 point = codePoint(text, i, length);
+        if (steersTerminal(point)) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", point);
+            out += escape;
+        } else {
+            out.append(text, i, length);
         }
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04x", isC1 ? next : byte);
-        out += escape;
-        if (isC1) ++i;
+        i += length;
     }
     return out;
 }

@@ -6,9 +6,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "platform/aliases/AliasPlaces.h"
 #include "platform/aliases/Bookmark.h"
-#include "platform/aliases/RecordedParents.h"
 #include "platform/base/FourCC.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/resources/ResourceFork.h"
@@ -49,9 +47,7 @@ AliasContent bookmarkContent(ByteSpan bytes) {
     const auto bookmark = Bookmark::parse(bytes);
     if (!bookmark.ok()) return {Kind::damaged, {}, {}};
     AliasContent content{Kind::bookmark, {}, bookmark->record()};
-    // It does not say what its target is: whatever is there.
-    const std::string path = absolutePath(content.record);
-    content.record.isFolder = !path.empty() && folderStatus(path).has_value();
+    content.record.isKindKnown = false;
     return content;
 }
 

@@ -29,6 +29,7 @@ struct AliasRecord {
     int version = 0;
     OSType userType = 0;
     bool isFolder = false;
+    bool isKindKnown = true;  ///< bookmarks do not tell whether it is a folder
     /// kNoID: not kept.
     UInt32 parentID = kNoID;
     UInt32 targetID = kNoID;

@@ -36,13 +36,18 @@ std::string pathAbove(const std::string& path) {
     return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
 }
 
-/// What `path` leads to, or the link there itself when it leads to nothing of this kind.
-std::optional<FSRef> ofKindAt(const std::string& path, bool wantsFolder) {
+/// Whether something of this kind may be what the record names.
+bool isOfKind(const AliasRecord& record, bool isFolder) {
+    return !record.isKindKnown || record.isFolder == isFolder;
+}
+
+/// What `path` leads to, or the link there itself when it leads to nothing of the record's kind.
+std::optional<FSRef> ofKindAt(const std::string& path, const AliasRecord& record) {
     bool isFolder = false;
     const auto found = referenceToPath(path, &isFolder);
-    if (found.ok() && isFolder == wantsFolder) return *found;
+    if (found.ok() && isOfKind(record, isFolder)) return *found;
     const auto status = posix::status(path, posix::Follow::no);
-    if (!status.ok() || !status->isSymbolicLink() || wantsFolder) return std::nullopt;
+    if (!status.ok() || !status->isSymbolicLink() || !isOfKind(record, false)) return std::nullopt;
     const auto folder = internFolder(pathAbove(path));
     if (!folder.ok()) return std::nullopt;
     return makeReference(*folder, std::string_view(path).substr(path.rfind('/') + 1), *status);
@@ -102,7 +107,7 @@ class Search {
     /// Offers what is at `path`, when it is of the target's kind.
     void offer(const std::string& path, FoundBy by) {
         if (isDone_) return;
-        const auto ref = ofKindAt(path, record_.isFolder);
+        const auto ref = ofKindAt(path, record_);
         if (!ref) return;
         const auto object = describeReference(&*ref);
         if (!object.ok() || std::ranges::find(found_, object->path()) != found_.end()) return;
@@ -155,7 +160,7 @@ class Search {
         if (isDone_ || !hasNumber(record_)) return;
         const Dates wanted = certainty == Certainty::sure ? Dates::agree : Dates::notKept;
         const auto accepts = [&](const std::string&, const posix::FileStatus& status) {
-            return status.isFolder() == record_.isFolder &&
+            return isOfKind(record_, status.isFolder()) &&
                    compareDates(creationDate(status), record_.targetCreated) == wanted;
         };
         for (const std::string& parent : parents()) {
@@ -199,7 +204,7 @@ class Search {
     /// A number may belong to another object by now, but not with the same date or name.
     bool isTarget(const std::string& name, const posix::FileStatus& status) const {
         if (nodeIDFromInode(status.inode) != record_.targetID ||
-            status.isFolder() != record_.isFolder)
+            !isOfKind(record_, status.isFolder()))
             return false;
         const Dates dates = compareDates(creationDate(status), record_.targetCreated);
         return dates == Dates::agree || (dates == Dates::notKept && name == leaf_);

@@ -2,6 +2,7 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <OSA/Diagnostics.h>
+#include <OSA/HostFolders.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -208,23 +209,29 @@ TEST_F(Alias, ForksAreCopiedWholeOrNotAtAll) {
     EXPECT_EQ(thrown([&] { CopyDataFork(spec("source"), spec(""), nameOf("source")); }), opWrErr);
     EXPECT_EQ(fork("source", false), "data");
     folder_.write("plain", "x");
-    EXPECT_EQ(thrown([&] { CopyResourceFork(spec("plain"), spec("dest"), nameOf("none")); }),
-              errFSForkNotFound);
-    EXPECT_EQ(fork("dest/none", false), "") << "the file stays";
+    CopyResourceFork(spec("plain"), spec("dest"), nameOf("there"));
+    EXPECT_EQ(fork("dest/there", true), "") << "a file without a resource fork has an empty one";
     EXPECT_EQ(thrown([&] { CopyFork(spec("plain"), spec("dest"), nameOf("none"), nameOf("x")); }),
               errFSBadForkName);
+    EXPECT_EQ(fork("dest/none", false), "") << "the file stays";
 }
 
-TEST_F(Alias, CopyingThatFailsAnywhereLeavesNothingOpen) {
+TEST_F(Alias, CopyingThatFailsAnywhereLeavesTheOldForkAndNothingElse) {
+    OSASetHostFolderRoot(folder_.path("home").c_str());
     writeSource(std::string(70000, 'd'), std::string(70000, 'r'));
-    for (const bool isResource : {false, true}) {
+    const std::string old(50000, 'o');
+    folder_.write("old/file", old);
+    folder_.write("old/._file", samples::appleDouble(samples::finderInfoBytes(0, 0, 0), old));
+    const CFileSpec source = spec("source");
+    for (const auto& [isResource, exists] : {std::pair(false, false), std::pair(false, true),
+                                             std::pair(true, false), std::pair(true, true)}) {
         const auto copy = isResource ? CopyResourceFork : CopyDataFork;
-        const CFileSpec source = spec("source");
         UInt32 failed = 1;
         for (UInt32 nth = 1; failed > 0 && nth < 500; ++nth) {
             SCOPED_TRACE(nth);
             fs::remove_all(folder_.path("dest"));
             fs::create_directory(folder_.path("dest"));
+            if (exists) fs::copy(folder_.path("old"), folder_.path("dest"));
             const CFileSpec dest = spec("dest");
             OSAFailOperation(nth, false);
             const OSStatus status = thrown([&] { copy(source, dest, nameOf("file")); });
@@ -233,11 +240,17 @@ TEST_F(Alias, CopyingThatFailsAnywhereLeavesNothingOpen) {
             EXPECT_EQ(OSAOpenFileCount(), 0);
             EXPECT_EQ(OSALiveBlockCount(), blocks_);
             EXPECT_TRUE(failed > 0 || status == noErr) << status;
-            if (status != noErr) continue;
-            EXPECT_EQ(fork("dest/file", isResource), fork("source", isResource));
+            EXPECT_FALSE(fs::exists(folder_.path("home/tmp")) &&
+                         !fs::is_empty(folder_.path("home/tmp")));
+            if (!fs::exists(folder_.path("dest/file"))) continue;
+            const std::string kept = exists ? old : std::string();
+            EXPECT_TRUE(fork("dest/file", isResource) ==
+                        (status == noErr ? fork("source", isResource) : kept));
+            EXPECT_TRUE(fork("dest/file", !isResource) == kept);
         }
         EXPECT_EQ(failed, 0U);
     }
+    OSASetHostFolderRoot(nullptr);
 }
 
 }  // namespace

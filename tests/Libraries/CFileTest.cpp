@@ -119,6 +119,11 @@ TEST_F(Files, ThrowFoldersOutWithoutFollowingLinks) {
     for (int i = 0; i < 300; ++i) deep += "/d";
     fs::create_directories(deep);
     fs::create_directory_symlink(outside.path(), folder_.path("F/1/link"));
+    // What has a side file's or store's name, and is none.
+    for (const char* const name : {"__MACOSX/readme", ".AppleDouble/sub/y", "0/.rsrc", "._sub/x",
+                                   "0/._notes", ".finf/text"}) {
+        folder_.write("F/" + std::string(name), "text");
+    }
     CFile folder;
     folder.Specify(spec(folder_.path("F")), true);
     folder.ThrowOut();
@@ -154,6 +159,8 @@ TEST_F(Files, AreReadAndWrittenWholeAndInPieces) {
         char piece[4] = {};
         EXPECT_EQ(thrown([&] { file.ReadSome(piece, 4); }), eofErr);
         EXPECT_EQ(std::string(piece, 3), "elf");
+        const SHandle purged(NewEmptyHandle());
+        EXPECT_EQ(thrown([&] { file.WriteAll(purged.Get()); }), nilHandleErr);
         EXPECT_EQ(thrown([&] { file.WriteAll(nullptr); }), nilHandleErr);
         file.SetLength(0);
         const SHandle empty(file.ReadAll());

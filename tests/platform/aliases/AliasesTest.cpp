@@ -80,6 +80,7 @@ std::string bookmark(const std::vector<std::string>& components, const std::stri
 
 class Aliases : public FileFixture {
   protected:
+    Aliases() : FileFixture(Where::disk) {}
     void putAlias(const std::string& name, const std::string& record,
                   UInt16 flags = kIsAlias) const {
         put(name, "");
@@ -123,8 +124,11 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     putAlias("unflagged", AliasRecordBuilder{.path = "file", .mountPoint = root_}.build(), 0);
     const std::string inRoot = root_.substr(root_.rfind('/') + 1);
     const std::string aboveRoot = root_.substr(0, root_.rfind('/'));
+    const std::filesystem::path folder(below + "/folder");
+    const std::vector<std::string> way(folder.begin(), folder.end());
     for (const auto& [name, content] :
          {std::pair("bookmark", bookmark({inRoot, "file"}, aboveRoot)),
+          std::pair("onAnotherDisk", bookmark(way, "/Volumes/None")),
           std::pair("toFolderByBookmark", bookmark({"folder"}, root_)),
           std::pair("outOfBookmark", bookmark({"folder", "..", "file"}, root_)),
           std::pair("cutBookmark", bookmark({"file"}, root_).substr(0, 80))}) {
@@ -154,6 +158,7 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         {"version3", noErr, "file", true, false},
         {"bookmark", noErr, "file", true, false},
         {"toFolderByBookmark", noErr, "folder", true, true},
+        {"onAnotherDisk", noErr, "folder", true, true},
         {"unflaggedBookmark", noErr, "unflaggedBookmark", false, false},
         {"outOfBookmark", fnfErr, "outOfBookmark", false, false},
         {"cutBookmark", fnfErr, "cutBookmark", false, false},
