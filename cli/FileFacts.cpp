@@ -35,7 +35,10 @@ constexpr std::array<FlagName, 10> kFlagNames = {{{kIsAlias, "alias"},
                                                   {kIsOnDesk, "on desk"}}};
 
 Json codeValue(OSType code) {
-    return code == 0 ? Json(nullptr) : Json(fourCharText(code));
+    if (code == 0) return nullptr;
+    std::array<unsigned char, 4> bytes;
+    for (std::size_t i = 0; i < 4; ++i) bytes[i] = static_cast<UInt8>(code >> (24 - 8 * i));
+    return macRomanText(bytes.data(), bytes.size());
 }
 
 Json nameValue(const HFSUniStr255& name) {
