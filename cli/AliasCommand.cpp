@@ -23,16 +23,7 @@ struct AliasOptions {
 };
 
 std::string reasonFor(OSStatus status) {
-    switch (status) {
-        case fnfErr:
-            return "no such file";
-        case mapReadErr:
-            return "is no alias, or a damaged one";
-        case permErr:
-            return "may not be read";
-        default:
-            return "cannot be read (status " + std::to_string(status) + ")";
-    }
+    return status == mapReadErr ? "is no alias, or a damaged one" : readingReason(status);
 }
 
 std::string reasonForLoss(OSStatus status) {
@@ -101,17 +92,6 @@ std::string process(const std::string& file, bool json) {
     return found == noErr ? std::string() : reasonForLoss(found);
 }
 
-int aliases(const AliasOptions& options) {
-    int exitStatus = kAllWell;
-    for (const std::string& file : options.files) {
-        const std::string reason = process(file, options.json);
-        if (reason.empty()) continue;
-        reportError(file, reason);
-        exitStatus = kSomethingFailed;
-    }
-    return exitStatus;
-}
-
 }  // namespace
 
 void addAliasCommand(CLI::App& program, int& exitStatus) {
@@ -120,7 +100,10 @@ void addAliasCommand(CLI::App& program, int& exitStatus) {
         "alias", "Show what alias files, links and alias records say, and where they lead");
     command->add_flag("--json", options->json, "One JSON object a line for each alias");
     command->add_option("files", options->files, "Aliases")->required()->type_name("FILE");
-    command->callback([options, &exitStatus] { exitStatus = aliases(*options); });
+    command->callback([options, &exitStatus] {
+        exitStatus = forEachFile(
+            options->files, [&](const std::string& file) { return process(file, options->json); });
+    });
 }
 
 }  // namespace osa::cli

@@ -79,17 +79,6 @@ std::string describeFile(const std::string& path, bool isNamed) try {
     return reasonFor(memFullErr);
 }
 
-int describe(const std::vector<std::string>& files) {
-    int exitStatus = kAllWell;
-    for (const std::string& file : files) {
-        const std::string reason = describeFile(file, files.size() > 1);
-        if (reason.empty()) continue;
-        reportError(file, reason);
-        exitStatus = kSomethingFailed;
-    }
-    return exitStatus;
-}
-
 }  // namespace
 
 void addDescribeCommand(CLI::App& program, int& exitStatus) {
@@ -98,7 +87,10 @@ void addDescribeCommand(CLI::App& program, int& exitStatus) {
         program.add_subcommand("describe", "Show the flattened descriptors in files as text");
     command->group("");  // for developers: not in the program's help
     command->add_option("files", *files, "Files")->required()->type_name("FILE");
-    command->callback([files, &exitStatus] { exitStatus = describe(*files); });
+    command->callback([files, &exitStatus] {
+        exitStatus = forEachFile(
+            *files, [&](const std::string& file) { return describeFile(file, files->size() > 1); });
+    });
 }
 
 }  // namespace osa::cli

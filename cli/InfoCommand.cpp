@@ -20,37 +20,16 @@ struct InfoOptions {
     std::vector<std::string> files;
 };
 
-std::string reasonFor(OSStatus status) {
-    switch (status) {
-        case fnfErr:
-            return "no such file";
-        case permErr:
-            return "may not be read";
-        default:
-            return "cannot be read (status " + std::to_string(status) + ")";
-    }
-}
-
-OSStatus printFacts(const std::string& file, bool asJson) {
+/// Empty when all went well.
+std::string printFacts(const std::string& file, bool asJson) {
     FSRef ref;
     OSStatus status = FSPathMakeRef(reinterpret_cast<const UInt8*>(file.c_str()), &ref, nullptr);
     Json facts;
     if (status == noErr) status = gatherFacts(ref, file, facts);
-    if (status != noErr) return status;
+    if (status != noErr) return readingReason(status);
     const std::string text = asJson ? forTerminal(facts.dump()) + "\n" : factsAsText(facts);
     std::fwrite(text.data(), 1, text.size(), stdout);
-    return noErr;
-}
-
-int info(const InfoOptions& options) {
-    int exitStatus = kAllWell;
-    for (const std::string& file : options.files) {
-        const OSStatus status = printFacts(file, options.json);
-        if (status == noErr) continue;
-        reportError(file, reasonFor(status));
-        exitStatus = kSomethingFailed;
-    }
-    return exitStatus;
+    return {};
 }
 
 }  // namespace
@@ -63,7 +42,11 @@ void addInfoCommand(CLI::App& program, int& exitStatus) {
     command->add_option("files", options->files, "Files and folders; links are followed")
         ->required()
         ->type_name("FILE");
-    command->callback([options, &exitStatus] { exitStatus = info(*options); });
+    command->callback([options, &exitStatus] {
+        exitStatus = forEachFile(options->files, [&](const std::string& file) {
+            return printFacts(file, options->json);
+        });
+    });
 }
 
 }  // namespace osa::cli

@@ -1,4 +1,6 @@
 // osa: reads, lists and shows Mac scripts and what they keep in their forks.
+#include <CoreServices/MacErrors.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
@@ -12,6 +14,29 @@ void reportError(std::string_view path, std::string_view reason) {
     const std::string line =
         "osa: " + forTerminal(std::string(path)) + ": " + std::string(reason) + "\n";
     std::fputs(line.c_str(), stderr);
+}
+
+std::string readingReason(OSStatus status) {
+    switch (status) {
+        case fnfErr:
+            return "no such file";
+        case permErr:
+            return "may not be read";
+        default:
+            return "cannot be read (status " + std::to_string(status) + ")";
+    }
+}
+
+int forEachFile(const std::vector<std::string>& files,
+                const std::function<std::string(const std::string&)>& work) {
+    int exitStatus = kAllWell;
+    for (const std::string& file : files) {
+        const std::string reason = work(file);
+        if (reason.empty()) continue;
+        reportError(file, reason);
+        exitStatus = kSomethingFailed;
+    }
+    return exitStatus;
 }
 
 }  // namespace osa::cli

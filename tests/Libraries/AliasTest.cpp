@@ -11,6 +11,7 @@
 #include "Libraries/MacToolboxLib/TBUtilities/CopyFork.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SAliasHandle.h"
+#include "tests/support/Library.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
 
@@ -19,24 +20,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return noErr;
-    } catch (OSStatus status) {
-        return status;
-    }
-}
-
 HFSUniStr255 nameOf(const std::string& text) {
     HFSUniStr255 name{};
     name.length = static_cast<UInt16>(text.size());
     std::copy(text.begin(), text.end(), name.unicode);
     return name;
-}
-
-TCLString units(const std::string& text) {
-    return TCLString(text.begin(), text.end());
 }
 
 class Alias : public testing::Test {
@@ -46,10 +34,7 @@ class Alias : public testing::Test {
         EXPECT_EQ(OSAOpenFileCount(), 0);
     }
     CFileSpec spec(const std::string& name) const {
-        FSRef ref;
-        const std::string path = name.empty() ? folder_.path() : folder_.path(name);
-        FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr));
-        return CFileSpec(ref);
+        return specOf(name.empty() ? folder_.path() : folder_.path(name));
     }
     void move(const char* from, const char* to) const {
         fs::create_directories(fs::path(folder_.path(to)).parent_path());
@@ -89,19 +74,19 @@ TEST_F(Alias, NamesItsTargetWhereverThatIs) {
     move("a/first", "b/second");
     alias.ResolveFast(target, &wasChanged);
     EXPECT_TRUE(wasChanged);
-    EXPECT_EQ(alias.GetAliasName(), units("first")) << "which leaves the record";
+    EXPECT_EQ(alias.GetAliasName(), utf16("first")) << "which leaves the record";
     alias.FollowFinderAlias(target, false, &wasChanged);
     EXPECT_TRUE(wasChanged);
-    EXPECT_EQ(alias.GetAliasName(), units("second"));
+    EXPECT_EQ(alias.GetAliasName(), utf16("second"));
     EXPECT_TRUE(alias == spec("b/second"));
     move("b/second", "b/third");
-    EXPECT_EQ(alias.GetName(), units("third"));
+    EXPECT_EQ(alias.GetName(), utf16("third"));
     folder_.write("other", "");
     EXPECT_FALSE(alias == spec("other"));
     alias.Update(spec("other"), spec("other"));
     EXPECT_EQ(alias.GetFileSpec().GetPath(), folder_.path("other"));
     fs::remove(folder_.path("other"));
-    EXPECT_EQ(alias.GetName(), units("other"));
+    EXPECT_EQ(alias.GetName(), utf16("other"));
     EXPECT_FALSE(alias == spec("b/third"));
 }
 

@@ -13,31 +13,13 @@
 #include <functional>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "tests/support/Library.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-CFileSpec specOf(const std::string& path) {
-    FSRef ref;
-    FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr));
-    return CFileSpec(ref);
-}
-
-OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return noErr;
-    } catch (OSStatus status) {
-        return status;
-    }
-}
-
-TCLString utf16(const char* utf8) {
-    return ToTCLString(utf8, kCFStringEncodingUTF8);
-}
 
 const std::function<void(const CFileSpec&)> kQueries[] = {
     [](const CFileSpec& spec) { spec.GetParent(); },

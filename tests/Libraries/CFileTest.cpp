@@ -12,6 +12,7 @@
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SHandle.h"
 #include "Libraries/TCLClasses/CDataFile.h"
+#include "tests/support/Library.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
 
@@ -19,25 +20,6 @@ namespace osa::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return noErr;
-    } catch (OSStatus status) {
-        return status;
-    }
-}
-
-TCLString utf16(const std::string& utf8) {
-    return ToTCLString(utf8.data(), static_cast<UInt32>(utf8.size()), kCFStringEncodingUTF8);
-}
-
-CFileSpec spec(const std::string& path) {
-    FSRef ref{};
-    FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr));
-    return CFileSpec(ref);
-}
 
 std::string text(Handle handle) {
     return {*handle, static_cast<std::size_t>(GetHandleSize(handle))};
@@ -90,7 +72,7 @@ TEST_F(Files, AreMadeUnderFolderAndNameWhichStayTheirIdentity) {
 TEST_F(Files, TakeTheirSideFilesAlongWhenRenamedAndDeleted) {
     writeWithSideFile("old");
     CFile file;
-    file.Specify(spec(folder_.path("old")), true);
+    file.Specify(specOf(folder_.path("old")), true);
     unsigned char wanted[] = "\5caf\x8E?";
     folder_.write("._caf\xC3\xA9?", "somebody else's");
     EXPECT_EQ(thrown([&] { file.ChangeName(wanted); }), dupFNErr);
@@ -125,12 +107,12 @@ TEST_F(Files, ThrowFoldersOutWithoutFollowingLinks) {
         folder_.write("F/" + std::string(name), "text");
     }
     CFile folder;
-    folder.Specify(spec(folder_.path("F")), true);
+    folder.Specify(specOf(folder_.path("F")), true);
     folder.ThrowOut();
     EXPECT_EQ(count(), 0u);
     EXPECT_TRUE(fs::exists(outside.path("kept")));
     fs::create_directory_symlink(outside.path(), folder_.path("link"));
-    const CFileSpec parent = spec(folder_.path());
+    const CFileSpec parent = specOf(folder_.path());
     folder.Specify(parent.Make("link"), true);
     folder.ThrowOut();
     EXPECT_TRUE(fs::exists(outside.path("kept"))) << "the link itself was thrown out";
@@ -143,7 +125,7 @@ TEST_F(Files, AreReadAndWrittenWholeAndInPieces) {
     const CFIndex openBefore = OSAOpenFileCount();
     {
         CDataFile file;
-        file.Specify(spec(folder_.path()).Make("link"), true);
+        file.Specify(specOf(folder_.path()).Make("link"), true);
         file.Open(fsRdWrPerm);
         const SHandle all(file.ReadAll());
         EXPECT_EQ(text(all.Get()), "a longer content than the next");
@@ -186,7 +168,7 @@ TEST_F(Files, LeakNothingWhicheverOperationFails) {
         OSStatus status = noErr;
         {
             CDataFile file;
-            file.Specify(spec(folder_.path()), utf16("new"), false);
+            file.Specify(specOf(folder_.path()), utf16("new"), false);
             const SHandle bytes(NewHandleClear(100));
             OSAFailOperation(nth, false);
             status = thrown([&] {

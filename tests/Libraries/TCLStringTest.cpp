@@ -7,19 +7,11 @@
 #include <CoreServices/MacErrors.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include "tests/support/Library.h"
+
+using osa::test::thrown;
 
 namespace {
-
-/// The status that `work` throws; 0 when it throws none.
-OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return noErr;
-    } catch (OSStatus status) {
-        return status;
-    }
-}
 
 CFRef<CFStringRef> repeated(UniChar unit, std::size_t count) {
     const TCLString units(count, unit);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
+#include "tests/support/Library.h"
 
 namespace osa::test {
 
@@ -41,16 +42,6 @@ std::string outcome(Get get) {
         return get();
     } catch (OSStatus status) {
         return "E" + std::to_string(status);
-    }
-}
-
-/// The status that `work` throws; 0 when it throws none.
-inline OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return 0;
-    } catch (OSStatus status) {
-        return status;
     }
 }
 
