@@ -113,7 +113,10 @@ Result<void> createResourceFork(const FSRef& file, ByteSpan fork, OldFork old) {
 Result<void> mayWriteResourceFork(const Located& file) {
     OSA_TRY(const auto holders, partHolders(file, Part::resourceFork));
     OSA_CHECK(posix::mayWrite(file.path()));
-    if (holders.empty()) return posix::mayWrite(std::string(file.folder()));
+    if (holders.empty()) {
+        OSA_CHECK(mayHaveSideFile(file));
+        return posix::mayWrite(std::string(file.folder()));
+    }
     const PartHolder& holder = counting(holders);
     if (holder.attribute != nullptr) return {};
     // It is replaced by another file of its name.

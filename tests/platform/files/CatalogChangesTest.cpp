@@ -197,8 +197,9 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
     std::set<std::string> there;
     const auto prepare = [&](bool isEmpty) {
         clear();
-        std::filesystem::create_directories(at("d/sub"));
-        std::filesystem::create_directories(at("e"));
+        for (const char* name : {"d/sub/.rsrc", "d/sub/.finderinfo", "e"}) {
+            std::filesystem::create_directories(at(name));
+        }
         put("d/._sub", appleDouble(kInfo, ""));
         put("d/sub/.AppleDouble/.Parent", kPair);
         put("d/sub/._gone", kPair);
@@ -222,10 +223,11 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
                      EXPECT_EQ(names(), status == noErr ? gone : there);
                  });
     // What looks like a side file but holds something else is not thrown away.
-    for (const char* name : {"c", "._folder/c", ".rsrc/folder/c", "__MACOSX/c", ".git/c"}) {
+    for (const char* name : {"c", "._folder/c", ".rsrc/folder/c", "__MACOSX/c", ".git/c", "._c",
+                             ".finf/c", ".AppleDouble/c", "__MACOSX/._c"}) {
         SCOPED_TRACE(name);
         prepare(true);
-        put(std::string("d/sub/") + name);
+        put(std::string("d/sub/") + name, "my text");
         there = names();
         EXPECT_EQ(FSDeleteObject(&sub), fBsyErr);
         EXPECT_EQ(names(), there);
@@ -270,6 +272,44 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     EXPECT_EQ(FSDeleteObject(&link), noErr);
     EXPECT_EQ(files(), (std::set<std::string>{"._x", "%x", "beyond/fork/x", "beyond/side", ".rsrc",
                                               "._link"}));
+}
+
+TEST_F(CatalogChanges, KnowTheirOwn) {
+    FSRef x{};
+    put("x", "data of x");
+    put("._x", kPair);
+    std::filesystem::create_hard_link(at("._x"), at("._y"));
+    EXPECT_EQ(rename(ref("x"), u"y", &x), noErr) << "left by a crash";
+    expectWhole("y", kStores[1]);
+    EXPECT_EQ(files(), (std::set<std::string>{"y", "._y"}));
+    std::filesystem::rename(at("._y"), at("%y"));
+    put("._z", "text");
+    EXPECT_EQ(rename(x, u"z", &x), noErr) << "the stranger is not in the way";
+    expectWhole("z", kStores[1]);
+    EXPECT_EQ(files(), (std::set<std::string>{"z", "%z", "._z"}));
+    for (const bool isBlank : {true, false}) {
+        clear();
+        put("a/b/x", "data of x");
+        put("a/b/__MACOSX/._x", isBlank ? appleDouble("", "") : kPair);
+        put("a/__MACOSX/b/._x", kPair);
+        EXPECT_EQ(move(ref("a/b/x"), "", &x), isBlank ? noErr : paramErr);
+        expectWhole(isBlank ? "x" : "a/b/x", kStores[1]);
+    }
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become somebody else";
+    clear();
+    put("x");
+    chmod(root_.c_str(), 0777);
+    for (const auto& [name, mode] : {std::pair{"._x", 0}, std::pair{"d", 0333}}) {
+        ASSERT_EQ(mkdir(at(name).c_str(), 0) | chown(at(name).c_str(), 65534, 65534), 0);
+        ASSERT_EQ(chmod(at(name).c_str(), static_cast<mode_t>(mode)), 0);
+    }
+    ASSERT_EQ(seteuid(65534), 0);
+    for (const char* name : {"x", "d"}) {
+        const FSRef object = ref(name);
+        EXPECT_EQ(FSDeleteObject(&object), noErr);
+    }
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_EQ(names(), std::set<std::string>{"._x"});
 }
 
 TEST_F(CatalogChanges, SayWhyTheyDoNot) {
