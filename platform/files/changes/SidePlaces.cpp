@@ -8,6 +8,7 @@
 
 #include "platform/files/References.h"
 #include "platform/files/formats/AppleDouble.h"
+#include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/SideFiles.h"
 
 namespace osa {
@@ -79,10 +80,11 @@ Result<bool> isAppleDouble(Keeping how, const std::string& path) {
     return isBlankOrAppleDouble(file);
 }
 
-Result<bool> isBareFile(const std::string& path) {
-    const auto file = posix::status(path, posix::Follow::yes);
+Result<bool> isBareFile(Keeping how, const std::string& path) {
+    const auto file = posix::openFile(path, posix::Follow::no);
     if (!file.ok()) return noneBecause(file.status());
-    return file->isRegular();
+    const bool isInfo = how == Keeping::finf || how == Keeping::finderInfo;
+    return isInfo ? Result((*file)->size() >= kShortestBareInfo) : isBareFork(**file);
 }
 
 Result<bool> isFolderItself(const std::string& path) {
@@ -97,7 +99,7 @@ Result<bool> isKept(Keeping how, const std::string& path) {
         case Keeping::finf:
         case Keeping::resource:
         case Keeping::finderInfo:
-            return isBareFile(path);
+            return isBareFile(how, path);
         case Keeping::macosxFolder:
             return isFolderItself(path);
         default:

@@ -77,6 +77,9 @@ Result<void> PartChanges::change(const PartHolder& holder, const HolderEdit& edi
     if (holder.attribute != nullptr) return changeAttribute(holder, edit);
     // A link to a side file stays one.
     OSA_TRY(const std::string target, posix::realPath(holder.path));
+    // What is bare says nothing of itself: where a link has come to be, it may be anything.
+    const bool isBare = holder.form == PartPlace::Form::bare;
+    if (isBare && target != holder.path) return Failure(dupFNErr);
     return changeFile(target, edit);
 }
 

@@ -11,7 +11,8 @@ namespace osa::test {
 namespace {
 
 const std::string kInfo = finderInfo(FourCC("osas"), FourCC("ToyS"));
-const std::string kPair = appleDouble(kInfo, "fork of x");
+const std::string kFork = resourceFork("fork of x");
+const std::string kPair = appleDouble(kInfo, kFork);
 
 /// Where a store keeps the parts of `name` in `folder`: "@" stands for the folder, "*" for the
 /// name.
@@ -34,10 +35,10 @@ const Store kStores[] = {
     {"._x", {{"@/._*", kPair}}},
     {".AppleDouble", {{"@/.AppleDouble/*", kPair}}},
     {"__MACOSX", {{"__MACOSX/@/._*", kPair}}},
-    {".rsrc", {{"@/.rsrc/*", "fork of x"}, {"@/.finf/*", kInfo}}},
-    {".resource", {{"@/.resource/*", "fork of x"}, {"@/.finderinfo/*", kInfo}}},
+    {".rsrc", {{"@/.rsrc/*", kFork}, {"@/.finf/*", kInfo}}},
+    {".resource", {{"@/.resource/*", kFork}, {"@/.finderinfo/*", kInfo}}},
     {"%x", {{"@/%*", kPair}}},
-    {"two", {{"@/._*", appleDouble(kInfo, "")}, {"@/%*", appleDouble("", "fork of x")}}},
+    {"two", {{"@/._*", appleDouble(kInfo, "")}, {"@/%*", appleDouble("", kFork)}}},
 };
 
 class CatalogChanges : public FileFixture {
@@ -88,7 +89,7 @@ class CatalogChanges : public FileFixture {
     void expectWhole(const std::string& name, const Store& store) const {
         EXPECT_EQ(content(name), "data of x");
         const bool isBare = store.files.empty();
-        EXPECT_EQ(fork(ref(name), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref(name), ForkKind::resource), isBare ? "status -1409" : kFork);
         EXPECT_EQ(+info(ref(name), kFSCatInfoFinderInfo).finderInfo.fdType,
                   isBare ? 0 : FourCC("osas"));
     }
@@ -96,7 +97,7 @@ class CatalogChanges : public FileFixture {
     void expectExchanged(const Store& store) const {
         const bool isBare = store.files.empty();
         EXPECT_EQ(content("d/x") + content("d/z"), "data of zdata of x");
-        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : kFork);
         EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
         for (const char* name : {"d/x", "d/z"}) {
             const FSCatalogInfo now = info(ref(name), kFSCatInfoFinderInfo | kFSCatInfoPermissions);
@@ -252,6 +253,9 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     put("x", "data of x");
     put("._x", "not ours");
     put("%x", "not ours either");
+    put(".resource/x", "nor this");
+    std::filesystem::create_directories(at(".finderinfo"));
+    std::filesystem::create_symlink("../beyond/side", at(".finderinfo/x"));
     put("beyond/fork/x", "fork");
     put("beyond/side", kPair);
     std::filesystem::create_symlink("beyond/fork", at(".rsrc"));
@@ -259,8 +263,9 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     std::filesystem::create_symlink("nowhere", at("._link"));
     FSRef x{};
     EXPECT_EQ(rename(ref("x"), u"y", &x), noErr);
-    EXPECT_EQ(files(), (std::set<std::string>{"y", "._x", "%x", "beyond/fork/x", "beyond/side",
-                                              ".rsrc", "link", "._link"}));
+    const std::set<std::string> others{"._x",   "%x",          ".resource/x",   ".finderinfo/x",
+                                       ".rsrc", "beyond/side", "beyond/fork/x", "._link"};
+    EXPECT_EQ(files(), others + std::set<std::string>({"y", "link"}));
     // Links are moved and deleted themselves.
     std::filesystem::create_symlink("beyond/side", at("._y"));
     EXPECT_EQ(rename(x, u"z", &x), noErr);
@@ -270,8 +275,7 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     FSRef link = unfollowed("link");
     EXPECT_EQ(rename(link, u"way", &link), noErr);
     EXPECT_EQ(FSDeleteObject(&link), noErr);
-    EXPECT_EQ(files(), (std::set<std::string>{"._x", "%x", "beyond/fork/x", "beyond/side", ".rsrc",
-                                              "._link"}));
+    EXPECT_EQ(files(), others);
 }
 
 TEST_F(CatalogChanges, KnowTheirOwn) {
