@@ -11,7 +11,6 @@
 #include "platform/files/changes/NameSteps.h"
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/stores/ForkProbe.h"
-#include "platform/files/stores/PartHolders.h"
 #include "platform/posix/CatalogChanges.h"
 
 namespace osa {
@@ -26,7 +25,10 @@ class Deletion {
         OSA_TRY(auto files, sideFilesOf(object_.folder(), object_.name(), isFolder));
         std::vector<std::string> inside;
         if (isFolder) {
-            OSA_TRY(inside, sideFilesAlone(object_.path()));
+            auto alone = sideFilesAlone(object_.path());
+            // One that may not be listed can still be empty, as removing it will tell.
+            if (!alone.ok() && alone.status() != permErr) return Failure(alone.status());
+            if (alone.ok()) inside = *std::move(alone);
         }
         if (files.empty() && inside.empty()) return posix::remove(object_.path());
 
@@ -81,7 +83,8 @@ class Deletion {
 };
 
 Result<void> deleteObject(const FSRef* ref) {
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(ref));
     if (object.isRoot()) return Failure(paramErr);
     const auto deleted = Deletion(object).run();

@@ -10,6 +10,7 @@
 #include "platform/files/forks/WriteAccess.h"
 #include "platform/files/stores/FinderInfoWriter.h"
 #include "platform/files/stores/ForkProbe.h"
+#include "platform/posix/CatalogChanges.h"
 
 namespace osa {
 namespace {
@@ -58,7 +59,7 @@ Result<void> exchangeModes(const Located& one, const Located& other) {
     if (one.status.mode == other.status.mode) return {};
     OSA_CHECK(posix::changeMode(one.path(), one.status.mode));
     const auto changed = posix::changeMode(other.path(), other.status.mode);
-    if (!changed.ok()) (void)posix::changeMode(one.path(), other.status.mode);
+    if (!changed.ok()) posix::putBackMode(one.path(), other.status.mode);
     return changed;
 }
 
@@ -82,6 +83,7 @@ Result<void> exchangeNames(NameSteps& steps, const Located& one, const Located& 
 Result<void> exchange(const Located& one, const Located& other) {
     OSA_TRY(const FinderInfoBytes oneInfo, findFinderInfo(one));
     OSA_TRY(const FinderInfoBytes otherInfo, findFinderInfo(other));
+    ClaimMoves claims = ClaimMoves::ofExchange(one.path(), other.path());
     NameSteps steps;
     PartChanges infos;
     OSA_CHECK(exchangeNames(steps, one, other));
@@ -90,15 +92,18 @@ Result<void> exchange(const Located& one, const Located& other) {
         OSA_CHECK(changeFinderInfo(infos, movedTo(one, other), oneInfo));
         OSA_CHECK(changeFinderInfo(infos, movedTo(other, one), otherInfo));
     }
+    OSA_CHECK(infos.carryOut());
     OSA_CHECK(exchangeModes(one, other));
-    noteExchange(one.path(), other.path());
+    claims.tell();
     infos.keep();
     steps.keep();
     return {};
 }
 
 Result<void> exchangeObjects(const FSRef* ref, const FSRef* otherRef) {
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    OSA_TRY(const Located otherNamed, describeReference(otherRef));
+    const PartsLock lock(named.folder(), otherNamed.folder());
     OSA_TRY(const Located one, locate(ref));
     OSA_TRY(const Located other, locate(otherRef));
     if (!one.status.isRegular() || !other.status.isRegular()) return Failure(notAFileErr);

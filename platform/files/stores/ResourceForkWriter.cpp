@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "platform/files/formats/AppleDouble.h"
+#include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/files/stores/PartHolders.h"
 #include "platform/posix/CatalogChanges.h"
@@ -31,6 +32,10 @@ HolderEdit edit(Form form, const ForkSource& fork) {
     };
 }
 
+ForkSource nothing() {
+    return std::make_shared<MemorySource>(ByteSpan());
+}
+
 /// The holder of the fork that counts.
 const PartHolder& counting(const std::vector<PartHolder>& holders) {
     const auto found =
@@ -54,11 +59,24 @@ Result<void> moveToSideFile(PartChanges& changes, const Located& object,
     return {};
 }
 
+/// A bare file counts only as long as it is a resource fork.
+Result<bool> wouldNotCount(const PartHolder& holder, const ForkSource& fork) {
+    if (holder.attribute != nullptr || holder.form != Form::bare) return false;
+    OSA_TRY(const bool isFork, isBareFork(*fork));
+    return !isFork;
+}
+
 Result<void> replaceFork(PartChanges& changes, const Located& object,
                          const std::vector<PartHolder>& holders, const ForkSource& fork) {
     if (holders.empty()) return writeToSideFile(changes, object, fork);
     const PartHolder& holder = counting(holders);
-    const auto written = changes.change(holder, edit(holder.form, fork));
+    OSA_TRY(const bool isElsewhere, wouldNotCount(holder, fork));
+    if (isElsewhere) {
+        OSA_CHECK(writeToSideFile(changes, object, fork));
+        return changes.change(holder, edit(Form::bare, nothing()));
+    }
+    auto written = changes.change(holder, edit(holder.form, fork));
+    if (written.ok()) written = changes.carryOut();
     const bool hasNoRoom = holder.attribute != nullptr && written.status() == dskFulErr;
     return hasNoRoom ? moveToSideFile(changes, object, holders, fork) : written;
 }
@@ -72,12 +90,12 @@ Result<void> emptyForks(PartChanges& changes, const std::vector<PartHolder>& hol
     return {};
 }
 
-/// The caller holds partsLock().
 Result<void> write(const Located& object, const ForkSource& fork) {
     OSA_TRY(const auto holders, partHolders(object, Part::resourceFork));
     PartChanges changes;
     OSA_CHECK(fork->size() == 0 ? emptyForks(changes, holders, fork)
                                 : replaceFork(changes, object, holders, fork));
+    OSA_CHECK(changes.carryOut());
     // Side files have seen to it themselves.
     const bool isInAttribute = std::ranges::any_of(
         holders, [](const PartHolder& holder) { return holder.attribute != nullptr; });
@@ -88,16 +106,15 @@ Result<void> write(const Located& object, const ForkSource& fork) {
 
 Result<void> writeUnless(const FSRef& file, const ForkSource& fork, OldFork old) {
     if (fork->size() > kLargestFork) return Failure(fileBoundsErr);
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(&file));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(&file));
     if (!object.status.isRegular()) return Failure(notAFileErr);
     if (old == OldFork::kept) {
         OSA_TRY(const auto there, findResourceFork(object));
         if (there && there->size() > 0) return Failure(dupFNErr);
     }
-    const auto written = write(object, fork);
-    forgetLastObject();
-    return written;
+    return write(object, fork);
 }
 
 }  // namespace
@@ -113,7 +130,10 @@ Result<void> createResourceFork(const FSRef& file, ByteSpan fork, OldFork old) {
 Result<void> mayWriteResourceFork(const Located& file) {
     OSA_TRY(const auto holders, partHolders(file, Part::resourceFork));
     OSA_CHECK(posix::mayWrite(file.path()));
-    if (holders.empty()) return posix::mayWrite(std::string(file.folder()));
+    if (holders.empty()) {
+        OSA_CHECK(mayHaveSideFile(file));
+        return posix::mayWrite(std::string(file.folder()));
+    }
     const PartHolder& holder = counting(holders);
     if (holder.attribute != nullptr) return {};
     // It is replaced by another file of its name.

@@ -28,6 +28,14 @@ inline std::string finderInfo(FourCharCode type, FourCharCode creator) {
     return ByteWriter().fourCC(type).fourCC(creator).fill(24).takeText();
 }
 
+/// A resource fork without resources whose data is `data`.
+inline std::string resourceFork(const std::string& data) {
+    const auto length = static_cast<std::uint32_t>(data.size());
+    ByteWriter fork;
+    fork.u32(16).u32(16 + length).u32(length).u32(30).text(data);
+    return fork.fill(24).u16(28).u16(30).u16(0xFFFF).takeText();
+}
+
 /// Builds an AppleDouble file from its entries, which lie behind the table in the given order.
 struct AppleDoubleBuilder {
     std::vector<std::pair<std::uint32_t, std::string>> entries;
@@ -156,23 +164,26 @@ inline std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-/// Runs `work` from `prepare` anew with its first, second, … system call failing, until none does;
-/// `check` gets its status. Nothing may be left open.
+/// Runs `work` from `prepare` anew with its first, second, … system call failing, alone and with
+/// all that come after it, until none does; `check` gets its status. Nothing may be left open.
 inline void failEachCall(const std::function<void()>& prepare,
                          const std::function<OSStatus()>& work,
                          const std::function<void(OSStatus)>& check) {
     const std::size_t descriptors = openDescriptors();
-    for (UInt32 nth = 1, failed = 1; failed > 0 && nth < 500; ++nth) {
+    for (UInt32 nth = 1, failed = 1; failed > 0 && nth < 1000; ++nth) {
         SCOPED_TRACE("failing call " + std::to_string(nth));
-        prepare();
-        OSAFailOperation(nth, false);
-        const OSStatus status = work();
-        failed = OSAFailedOperations();
-        OSAFailOperation(0, false);
-        check(status);
-        EXPECT_TRUE(failed > 0 || status == noErr) << status;
-        EXPECT_EQ(OSAOpenFileCount(), 0);
-        EXPECT_EQ(openDescriptors(), descriptors);
+        for (const bool fromThenOn : {true, false}) {
+            SCOPED_TRACE(fromThenOn ? "and all after it" : "alone");
+            prepare();
+            OSAFailOperation(nth, fromThenOn);
+            const OSStatus status = work();
+            failed = OSAFailedOperations();
+            OSAFailOperation(0, false);
+            check(status);
+            EXPECT_TRUE(failed > 0 || status == noErr) << status;
+            EXPECT_EQ(OSAOpenFileCount(), 0);
+            EXPECT_EQ(openDescriptors(), descriptors);
+        }
     }
 }
 
