@@ -182,10 +182,11 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
     const std::string large(70000, 'o');
     const Lines old = {"TYP0 1 0 " + large, "gone 2 32 'n' "};
     const Lines changed = {"TYP0 1 0 new", "TYP0 3 8 added"};
-    for (const bool isDataFork : {false, true}) {
+    for (const int kind : {0, 1, 2, 3}) {
+        const bool isDataFork = kind % 2 == 1;
         UInt32 nth = 0;
         for (UInt32 failed = 1; failed > 0; CloseResFile(CurResFile())) {
-            SCOPED_TRACE((isDataFork ? "data fork, call " : "call ") + std::to_string(++nth));
+            SCOPED_TRACE("kind " + std::to_string(kind) + ", call " + std::to_string(++nth));
             samples::ResourceForkBuilder builder;
             start(isDataFork, builder.add(kType, 1, large).add('gone', 2, "", "n", 0x20).text());
             open();
@@ -194,7 +195,7 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
             add(kType, 3, "", "added");
             SetResAttrs(Get1Resource(kType, 3), resProtected);
             const std::size_t descriptors = openDescriptors();
-            OSAFailOperation(nth, false);
+            OSAFailOperation(nth, kind > 1);
             UpdateResFile(CurResFile());
             const OSErr status = ResError();
             failed = OSAFailedOperations();
@@ -248,13 +249,48 @@ TEST_F(ResourceWriting, OneNumberForAllWhoWriteAndOneForEachReader) {
     WriteResource(added);
     EXPECT_EQ(stored().size(), 2u);
     EXPECT_EQ(FSFlushFork(writer), noErr);
+    change(added, "late");
+    SetResAttrs(added, resProtected);
+    WriteResource(added);
+    EXPECT_EQ(stored().back(), "TYP0 2 0 b");
+    UpdateResFile(writer);
+    EXPECT_EQ(stored().back(), "TYP0 2 8 b") << "the map alone";
+    SetResAttrs(added, 0);
     CloseResFile(writer);
+    EXPECT_EQ(stored().back(), "TYP0 2 0 late");
     EXPECT_EQ(FSOpenFork(&file_, name.length, name.unicode, fsRdWrPerm, &forkNumber), noErr);
     EXPECT_EQ(open(), -1);
     EXPECT_EQ(ResError(), opWrErr);
     CloseResFile(open(fsCurPerm));
     EXPECT_EQ(ResError(), noErr);
     FSCloseFork(forkNumber);
+}
+
+TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
+    for (const bool isDataFork : {false, true}) {
+        start(isDataFork, samples::ResourceForkBuilder().add(kType, 1, "old").text());
+        std::filesystem::create_hard_link(at("file"), at("link"));
+        if (!isDataFork) put("._link", content("._file"));
+        const ResFileRefNum writer = open();
+        std::atomic<bool> isDone = false;
+        std::thread renaming([&] {
+            for (const UniChar* name = u"ba"; !isDone; name = u"ab")
+                for (int i : {0, 1}) FSRenameUnicode(&file_, 1, name + i, 0, &file_);
+        });
+        for (int i = 0; i < 100; ++i) {
+            change(Get1Resource(kType, 1), std::to_string(i));
+            UpdateResFile(writer);
+            EXPECT_EQ(ResError(), noErr);
+        }
+        isDone = true;
+        renaming.join();
+        EXPECT_EQ(open(), writer) << "known by its new name";
+        file_ = ref("link");
+        EXPECT_EQ(open() == writer, isDataFork);
+        for (const Handle found = Get1Resource(kType, 1); CurResFile() > 0;
+             CloseResFile(CurResFile()))
+            EXPECT_EQ(std::string(*found, GetHandleSize(found)), isDataFork ? "99" : "old");
+    }
 }
 
 TEST_F(ResourceWriting, RefusesWhatWouldNotComeOutTheSameAndWhatNoMapHolds) {
