@@ -82,6 +82,7 @@ Result<void> exchangeNames(NameSteps& steps, const Located& one, const Located& 
 Result<void> exchange(const Located& one, const Located& other) {
     OSA_TRY(const FinderInfoBytes oneInfo, findFinderInfo(one));
     OSA_TRY(const FinderInfoBytes otherInfo, findFinderInfo(other));
+    ClaimMoves claims = ClaimMoves::ofExchange(one.path(), other.path());
     NameSteps steps;
     PartChanges infos;
     OSA_CHECK(exchangeNames(steps, one, other));
@@ -91,7 +92,7 @@ Result<void> exchange(const Located& one, const Located& other) {
         OSA_CHECK(changeFinderInfo(infos, movedTo(other, one), otherInfo));
     }
     OSA_CHECK(exchangeModes(one, other));
-    noteExchange(one.path(), other.path());
+    claims.tell();
     infos.keep();
     steps.keep();
     return {};

@@ -90,13 +90,14 @@ Result<void> carryOut(const Located& object, const Located& to) {
     const bool isTaken = std::ranges::any_of(
         taken, [&](const SideFile& file) { return file.path != object.path(); });
     if (isTaken) return Failure(dupFNErr);
+    ClaimMoves claims = ClaimMoves::ofMove(object.path(), to.path());
     NameSteps steps;
     std::vector<SideMove> moves;
     for (const SideFile& file : files) moves.emplace_back(file, to);
     for (SideMove& move : moves) OSA_CHECK(move.prepare(steps, object));
     OSA_CHECK(steps.rename(object.path(), to.path()));
     for (const SideMove& move : moves) OSA_CHECK(move.finish(steps));
-    noteMove(object.path(), to.path());
+    claims.tell();
     steps.keep();
     return {};
 }

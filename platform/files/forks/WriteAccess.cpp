@@ -3,9 +3,11 @@
 
 #include <CoreServices/MacErrors.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <tuple>
+#include <utility>
 
 #include "platform/files/forks/ForkContent.h"
 #include "platform/files/stores/PartHolders.h"
@@ -17,7 +19,7 @@ using ForkKey = std::tuple<std::uint64_t, std::uint64_t, std::uint32_t, ForkKind
 
 struct ClaimTable {
     std::mutex lock;
-    std::map<ForkKey, WriteClaim*> claims;  // each takes itself out
+    std::multimap<ForkKey, WriteClaim*> claims;  // each takes itself out
 };
 
 ClaimTable& table() {
@@ -38,38 +40,59 @@ struct WriteClaim : std::enable_shared_from_this<WriteClaim> {
     std::mutex lock;  // of what follows
     std::weak_ptr<ForkContent> content;
 
-    void moveTo(const std::string& path) {
-        const std::size_t slash = path.rfind('/');
-        Located moved(slash == 0 ? "/" : std::string_view(path).substr(0, slash),
-                      std::string_view(path).substr(slash + 1));
-        moved.status = object.status;
-        moved.birth = object.birth;
-        object = std::move(moved);
-    }
-
     ~WriteClaim() {
         ClaimTable& all = table();
         const std::lock_guard guard(all.lock);
-        const auto own = all.claims.find(key);
-        if (own != all.claims.end() && own->second == this) all.claims.erase(own);
+        const auto [first, last] = all.claims.equal_range(key);
+        const auto own =
+            std::find_if(first, last, [&](const auto& each) { return each.second == this; });
+        if (own != last) all.claims.erase(own);
     }
 };
 
+namespace {
+
+/// The claim to the same fork; one whose last holder is letting go of it counts no more. The caller
+/// holds the table's lock.
+std::shared_ptr<WriteClaim> findClaim(const ForkKey& key, const std::string& path) {
+    const auto [first, last] = table().claims.equal_range(key);
+    for (auto each = first; each != last; ++each) {
+        const WriteClaim& claim = *each->second;
+        const bool isOtherName =
+            std::get<ForkKind>(key) == ForkKind::resource && claim.object.path() != path;
+        if (isOtherName) continue;
+        if (auto found = each->second->weak_from_this().lock()) return found;
+    }
+    return nullptr;
+}
+
+Located at(const Located& object, const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    Located moved(slash == 0 ? "/" : std::string_view(path).substr(0, slash),
+                  std::string_view(path).substr(slash + 1));
+    moved.status = object.status;
+    moved.birth = object.birth;
+    return moved;
+}
+
+}  // namespace
+
 Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sharing sharing) {
-    const ForkKey key = keyOf(object, fork);
     // Made before the lock is taken: one that is not needed takes the lock when it goes.
     const auto made = std::make_shared<WriteClaim>();
-    made->key = key;
+    made->key = keyOf(object, fork);
     made->sharing = sharing;
     made->object = object;
     std::shared_ptr<WriteClaim> there;
+    // One that has just been renamed would be claimed under its old name for good.
+    const std::lock_guard noRenaming(partsLock());
+    OSA_TRY(const posix::FileStatus status, posix::status(object.path(), posix::Follow::no));
+    if (!object.isStill(status)) return Failure(fnfErr);
     ClaimTable& all = table();
     const std::lock_guard guard(all.lock);
-    WriteClaim*& place = all.claims[key];
-    // One whose last holder is letting go of it counts no more.
-    if (place != nullptr) there = place->weak_from_this().lock();
+    there = findClaim(made->key, object.path());
     if (there == nullptr) {
-        place = made.get();
+        all.claims.emplace(made->key, made.get());
         return WriteAccess(made);
     }
     if (there->sharing == Sharing::alone || sharing == Sharing::alone) return Failure(opWrErr);
@@ -99,34 +122,46 @@ void WriteAccess::setContent(const std::shared_ptr<ForkContent>& content) const 
     claim_->content = content;
 }
 
-bool isOpenForWriting(const Located& object) {
-    ClaimTable& all = table();
-    const std::lock_guard guard(all.lock);
-    return all.claims.contains(keyOf(object, ForkKind::data)) ||
-           all.claims.contains(keyOf(object, ForkKind::resource));
-}
+namespace {
 
-void noteMove(const std::string& from, const std::string& to) {
-    ClaimTable& all = table();
-    const std::lock_guard guard(all.lock);
-    for (auto& [key, claim] : all.claims) {
-        const std::string& path = claim->object.path();
-        const bool isAffected = path == from || path.starts_with(from + "/");
-        if (isAffected) claim->moveTo(to + path.substr(from.size()));
-    }
-}
-
-void noteExchange(const std::string& one, const std::string& other) {
-    ClaimTable& all = table();
-    const std::lock_guard guard(all.lock);
-    for (auto& [key, claim] : all.claims) {
-        const std::string& path = claim->object.path();
-        if (path == one) {
-            claim->moveTo(other);
-        } else if (path == other) {
-            claim->moveTo(one);
+/// Claims that are held, with their objects.
+std::vector<std::pair<std::shared_ptr<WriteClaim>, Located>> heldClaims() {
+    std::vector<std::pair<std::shared_ptr<WriteClaim>, Located>> held;
+    const std::lock_guard guard(table().lock);
+    held.reserve(table().claims.size());
+    for (const auto& [key, claim] : table().claims) {
+        if (auto alive = claim->weak_from_this().lock()) {
+            held.emplace_back(std::move(alive), claim->object);
         }
     }
+    return held;
+}
+
+}  // namespace
+
+ClaimMoves ClaimMoves::ofMove(const std::string& from, const std::string& to) {
+    ClaimMoves made;
+    for (auto& [claim, object] : heldClaims()) {
+        const std::string& path = object.path();
+        const bool isAffected = path == from || path.starts_with(from + "/");
+        if (isAffected) made.moves_.push_back({claim, at(object, to + path.substr(from.size()))});
+    }
+    return made;
+}
+
+ClaimMoves ClaimMoves::ofExchange(const std::string& one, const std::string& other) {
+    ClaimMoves made;
+    for (auto& [claim, object] : heldClaims()) {
+        const bool isOne = object.path() == one;
+        const bool isAffected = isOne || object.path() == other;
+        if (isAffected) made.moves_.push_back({claim, at(object, isOne ? other : one)});
+    }
+    return made;
+}
+
+void ClaimMoves::tell() noexcept {
+    const std::lock_guard guard(table().lock);
+    for (Move& move : moves_) std::swap(move.claim->object, move.object);
 }
 
 }  // namespace osa

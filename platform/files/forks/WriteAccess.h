@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "platform/files/Forks.h"
 #include "platform/files/References.h"
@@ -18,7 +19,8 @@ enum class Sharing { alone, shared };
 /// The right to write to one fork, for as long as it is held.
 class WriteAccess {
   public:
-    /// opWrErr: another has it, and not both share.
+    /// opWrErr: another has it, and not both share; fnfErr: the object is not there any more. A
+    /// file's names share its data fork, but each has a resource fork of its own beside it.
     static Result<WriteAccess> claim(const Located& object, ForkKind fork, Sharing sharing);
 
     /// The object, which this process may have renamed since; fnfErr when it is gone.
@@ -43,12 +45,22 @@ class WriteAccess {
     std::shared_ptr<WriteClaim> claim_;
 };
 
-/// Whether this process has a fork of the object open for writing.
-bool isOpenForWriting(const Located& object);
-/// The object at the real path `from` is at `to` now, and what was below it with it.
-/// The caller holds partsLock(), as for the next.
-void noteMove(const std::string& from, const std::string& to);
-/// Two files have traded their paths.
-void noteExchange(const std::string& one, const std::string& other);
+/// What a change of names means to the claims: made before it, told when it is done. The caller
+/// holds partsLock() from before the first until after the second.
+class ClaimMoves {
+  public:
+    /// The object at the real path `from` will be at `to`, and what is below it with it.
+    static ClaimMoves ofMove(const std::string& from, const std::string& to);
+    /// Two files will trade their paths.
+    static ClaimMoves ofExchange(const std::string& one, const std::string& other);
+    void tell() noexcept;
+
+  private:
+    struct Move {
+        std::shared_ptr<WriteClaim> claim;
+        Located object;
+    };
+    std::vector<Move> moves_;
+};
 
 }  // namespace osa

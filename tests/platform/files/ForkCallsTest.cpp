@@ -34,7 +34,6 @@ TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
         OSErr status;
     };
     const Row rows[] = {
-        {"no resource fork", x, kResourceName, 1, errFSForkNotFound},
         {"a fork of another name", x, u"DATA", 1, errFSBadForkName},
         {"a folder", folder, u"", 1, notAFileErr},
         {"a missing file", gone, u"", 1, fnfErr},

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include "platform/files/ReferenceNumbers.h"
-#include "platform/files/forks/WriteAccess.h"
 #include "tests/platform/files/FileFixture.h"
 
 namespace osa::test {
@@ -131,8 +130,15 @@ TEST_F(ForkWriting, GoesOneWriterAtATime) {
     char byte = 0;
     EXPECT_EQ(FSRead(number, &count, &byte), permErr);
     EXPECT_EQ(FSDeleteFork(&x, 0, nullptr), fBsyErr);
-    EXPECT_EQ(FSClose(number), noErr);
-    EXPECT_FALSE(isOpenForWriting(*locate(&x)));
+    // Two names of one file: one data fork, but a side file each.
+    std::filesystem::create_hard_link(at("x"), at("h"));
+    SInt16 one = 0, other = 0;
+    EXPECT_EQ(open(ref("h"), u"", fsRdWrPerm, one), opWrErr);
+    ASSERT_EQ(open(x, kNames[1], fsRdWrShPerm, one), noErr);
+    ASSERT_EQ(open(ref("h"), kNames[1], fsRdWrShPerm, other), noErr);
+    EXPECT_EQ(write(one, "of x") + write(other, "of h"), noErr);
+    for (const SInt16 each : {number, one, other}) EXPECT_EQ(FSClose(each), noErr);
+    EXPECT_EQ(fork(x, kKinds[1]) + fork(ref("h"), kKinds[1]), "of xof h");
 }
 
 TEST_F(ForkWriting, SaysWhyItDoesNot) {
@@ -143,7 +149,9 @@ TEST_F(ForkWriting, SaysWhyItDoesNot) {
     EXPECT_EQ(FSCreateFork(&x, kNames[1].size(), name), errFSForkExists);
     EXPECT_EQ(FSCreateFork(&x, 3, name), errFSBadForkName);
     SInt16 number = 0;
-    EXPECT_EQ(open(x, kNames[1], fsRdPerm, number), errFSForkNotFound);
+    EXPECT_EQ(open(x, kNames[1], fsRdPerm, number), noErr);
+    EXPECT_EQ(all(number), "") << "an empty one";
+    EXPECT_EQ(FSCloseFork(number), noErr);
     ASSERT_EQ(open(gone, kNames[1], fsRdWrPerm, number), noErr);
     EXPECT_EQ(write(number, "late"), noErr);
     std::filesystem::remove(at("gone"));
