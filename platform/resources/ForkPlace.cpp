@@ -48,7 +48,7 @@ class ResourceForkPlace : public ForkPlace {
         if (fork != ForkKind::resource) return false;
         const auto ref = access_.object();
         if (!ref.ok()) return false;
-        const auto own = describeReference(&*ref);
+        const auto own = locate(&*ref);
         return own.ok() && own->path() == file.path() && file.isStill(own->status);
     }
 

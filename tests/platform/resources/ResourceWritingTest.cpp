@@ -2,7 +2,9 @@
 #include <CoreServices/MacMemory.h>
 #include <CoreServices/Resources.h>
 
+#include <atomic>
 #include <random>
+#include <thread>
 
 #include "tests/platform/files/FileFixture.h"
 #include "tests/support/ResourceLines.h"
@@ -101,6 +103,7 @@ class Model {
         EXPECT_EQ(ResError(), expected);
         if (what > 7 || isBarred) {
             item.attributes = static_cast<int>(upTo(0x7F)) << 1 & ~resChanged;
+            WriteResource(handle);  // once it is protected its new data is not written
             SetResAttrs(handle, static_cast<ResAttributes>(item.attributes));
             SetResFileAttrs(HomeResFile(handle), mapChanged);
         } else if (what == 6) {
@@ -274,22 +277,24 @@ TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
         const ResFileRefNum writer = open();
         std::atomic<bool> isDone = false;
         std::thread renaming([&] {
-            for (const UniChar* name = u"ba"; !isDone; name = u"ab")
-                for (int i : {0, 1}) FSRenameUnicode(&file_, 1, name + i, 0, &file_);
+            for (UniChar name = 'a'; !isDone; name ^= 'a' ^ 'b')
+                FSRenameUnicode(&file_, 1, &name, 0, &file_);
         });
         for (int i = 0; i < 100; ++i) {
             change(Get1Resource(kType, 1), std::to_string(i));
             UpdateResFile(writer);
-            EXPECT_EQ(ResError(), noErr);
+            EXPECT_EQ(ResError(), noErr) << i;
         }
         isDone = true;
         renaming.join();
         EXPECT_EQ(open(), writer) << "known by its new name";
+        FSDeleteObject(&file_);
         file_ = ref("link");
         EXPECT_EQ(open() == writer, isDataFork);
-        for (const Handle found = Get1Resource(kType, 1); CurResFile() > 0;
-             CloseResFile(CurResFile()))
-            EXPECT_EQ(std::string(*found, GetHandleSize(found)), isDataFork ? "99" : "old");
+        EXPECT_EQ(resourceLines(at("link")), Lines{isDataFork ? "TYP0 1 0 99" : "TYP0 1 0 old"});
+        CloseResFile(CurResFile());
+        CloseResFile(CurResFile());
+        FSDeleteObject(&file_);
     }
 }
 
