@@ -288,8 +288,7 @@ TEST_F(ResFile, StoresReplacesAndDeletesWhicheverOperationFails) {
     UInt32 faults = 0;
     for (std::size_t i = 0; i < 2 * std::size(kWritings); ++i) {
         const auto& [row, work, after] = kWritings[i / 2];
-        UInt32 failed = 1;
-        for (UInt32 nth = 0; failed > 0; ++nth) {  // 0: opened for reading
+        for (UInt32 nth = 0, failed = 1; failed > 0; ++nth) {  // 0: opened for reading
             SCOPED_TRACE(row + (" " + std::to_string(nth)) + (i % 2 > 0 ? " and on" : ""));
             writeWithFork("script");
             const CFIndex blocks = OSALiveBlockCount();

