@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <new>
 #include <optional>
-#include <utility>
 
 #include "platform/files/FileSpecs.h"
 #include "platform/files/Names.h"
@@ -135,44 +134,26 @@ Result<void> getCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
 /// Fields of one object set in turn, and back unless all of them are.
 class CatalogSetting {
   public:
-    CatalogSetting(const FSRef* ref, const Located& object) : ref_(ref), object_(object) {}
+    CatalogSetting(const Located& object, FSCatalogInfoBitmap which, const FSCatalogInfo& info)
+        : object_(object), which_(which), info_(info) {}
     CatalogSetting(const CatalogSetting&) = delete;
     CatalogSetting& operator=(const CatalogSetting&) = delete;
     ~CatalogSetting() {
-        if (datesSet_) {
-            (void)posix::setDates(object_.path(), object_.status.modified, object_.status.accessed);
-        }
-        if (!oldInfo_) return;
-        try {
-            (void)writeFinderInfo(ref_, &oldInfo_->first, &oldInfo_->second);
-        } catch (const std::bad_alloc&) {
-            return;  // as when the system refuses
-        }
-    }
-    void keep() {
-        datesSet_ = false;
-        oldInfo_.reset();
+        const posix::FileStatus& old = object_.status;
+        if (areDatesSet_) posix::putBackDates(object_.path(), old.modified, old.accessed);
     }
 
-    Result<void> setFinderInfo(FSCatalogInfoBitmap which, const FSCatalogInfo& info) {
-        if ((which & kFinder) == 0) return {};
-        OSA_TRY(const FinderInfoBytes old, findFinderInfo(object_));
-        const bool isFolder = object_.status.isFolder();
-        const bool isBasic = (which & kFSCatInfoFinderInfo) != 0;
-        const bool isExtended = (which & kFSCatInfoFinderXInfo) != 0;
-        OSA_CHECK(writeFinderInfo(ref_, isBasic ? &info.finderInfo : nullptr,
-                                  isExtended ? &info.extFinderInfo : nullptr));
-        oldInfo_.emplace(basicFinderInfo(old, isFolder), extendedFinderInfo(old, isFolder));
-        return {};
-    }
-
-    Result<void> setDates(FSCatalogInfoBitmap which, const FSCatalogInfo& info) {
-        if ((which & kDates) == 0) return {};
-        std::optional<posix::Time> modified, accessed;
-        if ((which & kFSCatInfoContentMod) != 0) modified = unixTime(info.contentModDate);
-        if ((which & kFSCatInfoAccessDate) != 0) accessed = unixTime(info.accessDate);
-        OSA_CHECK(posix::setDates(object_.path(), modified, accessed));
-        datesSet_ = true;
+    Result<void> run() {
+        OSA_CHECK(setFinderInfo());
+        OSA_CHECK(setDates());
+        // Last, for the new mode may forbid what came before it. The mode of a link cannot be
+        // changed; that of its target is not meant.
+        const bool isMode = (which_ & kFSCatInfoPermissions) != 0;
+        if (isMode && !object_.status.isSymbolicLink()) {
+            OSA_CHECK(posix::changeMode(object_.path(), info_.permissions.mode));
+        }
+        areDatesSet_ = false;
+        parts_.keep();
         return {};
     }
 
@@ -180,31 +161,43 @@ class CatalogSetting {
     static constexpr FSCatalogInfoBitmap kDates = kFSCatInfoContentMod | kFSCatInfoAccessDate;
 
   private:
-    const FSRef* ref_;       // weak
+    Result<void> setFinderInfo() {
+        if ((which_ & kFinder) == 0) return {};
+        const bool isBasic = (which_ & kFSCatInfoFinderInfo) != 0;
+        const bool isExtended = (which_ & kFSCatInfoFinderXInfo) != 0;
+        OSA_CHECK(changeFinderInfo(parts_, object_, isBasic ? &info_.finderInfo : nullptr,
+                                   isExtended ? &info_.extFinderInfo : nullptr));
+        return parts_.carryOut();
+    }
+
+    Result<void> setDates() {
+        if ((which_ & kDates) == 0) return {};
+        std::optional<posix::Time> modified, accessed;
+        if ((which_ & kFSCatInfoContentMod) != 0) modified = unixTime(info_.contentModDate);
+        if ((which_ & kFSCatInfoAccessDate) != 0) accessed = unixTime(info_.accessDate);
+        OSA_CHECK(posix::setDates(object_.path(), modified, accessed));
+        areDatesSet_ = true;
+        return {};
+    }
+
     const Located& object_;  // weak
-    std::optional<std::pair<FinderInfo, ExtendedFinderInfo>> oldInfo_;
-    bool datesSet_ = false;
+    const FSCatalogInfoBitmap which_;
+    const FSCatalogInfo& info_;  // weak
+    PartChanges parts_;
+    bool areDatesSet_ = false;
 };
 
 Result<void> setCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
                             const FSCatalogInfo* info) {
+    OSA_TRY(const Located named, describeReference(ref));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(ref));
     if (which == 0) return {};
     if (info == nullptr || (which & ~kFSCatInfoSettableInfo) != 0) return Failure(paramErr);
     constexpr FSCatalogInfoBitmap kPossible =
         kFSCatInfoPermissions | CatalogSetting::kFinder | CatalogSetting::kDates;
     if ((which & ~kPossible) != 0) return Failure(unimpErr);
-    CatalogSetting setting(ref, object);
-    OSA_CHECK(setting.setFinderInfo(which, *info));
-    OSA_CHECK(setting.setDates(which, *info));
-    // Last, for the new mode may forbid what came before it. The mode of a link cannot be changed;
-    // that of its target is not meant.
-    const bool isMode = (which & kFSCatInfoPermissions) != 0;
-    if (isMode && !object.status.isSymbolicLink()) {
-        OSA_CHECK(posix::changeMode(object.path(), info->permissions.mode));
-    }
-    setting.keep();
-    return {};
+    return CatalogSetting(object, which, *info).run();
 }
 
 }  // namespace

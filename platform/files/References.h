@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/files/FolderTable.h"
+#include "platform/files/PartsLock.h"
 #include "platform/posix/FileSystem.h"
 
 namespace osa {
@@ -24,7 +25,8 @@ class Located {
         : path_(joinPath(folder, name)), leaf_(path_.size() - name.size()) {}
 
     posix::FileStatus status;
-    std::uint32_t birth = 0;  ///< of the object when the reference was made
+    std::uint32_t birth = 0;               ///< of the object when the reference was made
+    std::uint64_t seenAt = partChanges();  ///< what isSteadySince asks for; the status came later
 
     const std::string& path() const { return path_; }
     /// The root folder is its own.

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -106,6 +107,22 @@ Result<void> setDates(const std::string& path, std::optional<Time> modified,
         systemCall([&] { return utimensat(AT_FDCWD, path.c_str(), dates, AT_SYMLINK_NOFOLLOW); });
     if (failed != 0) return lastError(Intent::changeCatalog);
     return {};
+}
+
+void putBackDates(const std::string& path, Time modified, Time accessed) {
+    const auto stamp = [](Time time) {
+        return timespec{time.seconds, static_cast<long>(time.nanoseconds)};
+    };
+    const struct timespec dates[2] = {stamp(accessed), stamp(modified)};
+    (void)utimensat(AT_FDCWD, path.c_str(), dates, AT_SYMLINK_NOFOLLOW);
+}
+
+void putBackMode(const std::string& path, std::uint32_t mode) {
+    (void)chmod(path.c_str(), mode & 07777);
+}
+
+void putBackAttribute(const std::string& path, const char* name, ByteSpan value) {
+    (void)lsetxattr(path.c_str(), name, value.data(), value.size(), 0);
 }
 
 Result<void> mayWrite(const std::string& path) {

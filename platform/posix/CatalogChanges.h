@@ -30,6 +30,9 @@ Result<void> mayWrite(const std::string& path);
 
 /// Takes back renameToFree(to, from); what has the name by now keeps it.
 void putBack(const std::string& from, const std::string& to);
+void putBackAttribute(const std::string& path, const char* name, ByteSpan value);
+void putBackMode(const std::string& path, std::uint32_t mode);
+void putBackDates(const std::string& path, Time modified, Time accessed);
 /// Takes back exchangeNames.
 void exchangeBack(const std::string& one, const std::string& other);
 /// Takes back addName, also when the file has lost its first name since.

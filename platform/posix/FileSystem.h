@@ -125,17 +125,6 @@ Result<FileStatus> createFile(const std::string& path, std::uint32_t mode = 0666
 Result<void> createFolder(const std::string& path, std::uint32_t mode = 0777);
 /// Creates or replaces the whole file.
 Result<void> writeFile(const std::string& path, ByteSpan content);
-/// Creates or replaces the whole file in one step, so that whoever opens `path` finds the old or
-/// the new content, also after a crash; after a failure it is the old. The file gets the permission
-/// bits of `like`, the replaced file's attributes, and owner and group of `like` where the system
-/// allows; afpAccessDenied when it does not and others could then read or write the file than
-/// before. `content` may rest on the file that is replaced. Meanwhile the new content lies beside
-/// it under a name that begins with "._.".
-Result<void> replaceFile(const std::string& path, const ByteSource& content,
-                         const FileStatus& like);
-/// The same for a new file: dupFNErr when something has the name, if only a link.
-Result<void> createFileWith(const std::string& path, const ByteSource& content,
-                            const FileStatus& like);
 /// A file or an empty folder (fBsyErr when it is not).
 Result<void> remove(const std::string& path);
 /// Replaces a file of the new name.

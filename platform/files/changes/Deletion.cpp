@@ -11,7 +11,6 @@
 #include "platform/files/changes/NameSteps.h"
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/stores/ForkProbe.h"
-#include "platform/files/stores/PartHolders.h"
 #include "platform/posix/CatalogChanges.h"
 
 namespace osa {
@@ -81,7 +80,8 @@ class Deletion {
 };
 
 Result<void> deleteObject(const FSRef* ref) {
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(ref));
     if (object.isRoot()) return Failure(paramErr);
     const auto deleted = Deletion(object).run();

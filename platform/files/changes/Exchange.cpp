@@ -10,6 +10,7 @@
 #include "platform/files/forks/WriteAccess.h"
 #include "platform/files/stores/FinderInfoWriter.h"
 #include "platform/files/stores/ForkProbe.h"
+#include "platform/posix/CatalogChanges.h"
 
 namespace osa {
 namespace {
@@ -58,7 +59,7 @@ Result<void> exchangeModes(const Located& one, const Located& other) {
     if (one.status.mode == other.status.mode) return {};
     OSA_CHECK(posix::changeMode(one.path(), one.status.mode));
     const auto changed = posix::changeMode(other.path(), other.status.mode);
-    if (!changed.ok()) (void)posix::changeMode(one.path(), other.status.mode);
+    if (!changed.ok()) posix::putBackMode(one.path(), other.status.mode);
     return changed;
 }
 
@@ -91,6 +92,7 @@ Result<void> exchange(const Located& one, const Located& other) {
         OSA_CHECK(changeFinderInfo(infos, movedTo(one, other), oneInfo));
         OSA_CHECK(changeFinderInfo(infos, movedTo(other, one), otherInfo));
     }
+    OSA_CHECK(infos.carryOut());
     OSA_CHECK(exchangeModes(one, other));
     claims.tell();
     infos.keep();
@@ -99,7 +101,9 @@ Result<void> exchange(const Located& one, const Located& other) {
 }
 
 Result<void> exchangeObjects(const FSRef* ref, const FSRef* otherRef) {
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    OSA_TRY(const Located otherNamed, describeReference(otherRef));
+    const PartsLock lock(named.folder(), otherNamed.folder());
     OSA_TRY(const Located one, locate(ref));
     OSA_TRY(const Located other, locate(otherRef));
     if (!one.status.isRegular() || !other.status.isRegular()) return Failure(notAFileErr);

@@ -15,7 +15,6 @@
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/forks/WriteAccess.h"
 #include "platform/files/stores/ForkProbe.h"
-#include "platform/files/stores/PartHolders.h"
 #include "platform/posix/CatalogChanges.h"
 
 namespace osa {
@@ -102,7 +101,6 @@ Result<void> carryOut(const Located& object, const Located& to) {
     return {};
 }
 
-/// The caller holds partsLock().
 Result<FSRef> moveTo(const Located& object, std::string_view folder, std::string_view name) {
     const Located to(folder, name);
     if (to.path() != object.path()) {
@@ -116,14 +114,17 @@ Result<FSRef> moveTo(const Located& object, std::string_view folder, std::string
 Result<FSRef> rename(const FSRef* ref, const UniChar* name, UniCharCount length) {
     OSA_TRY(const std::string leaf, leafFromUnicode(name, length));
     if (leaf == "." || leaf == "..") return Failure(bdNamErr);
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(ref));
     if (object.isRoot()) return Failure(paramErr);
     return moveTo(object, object.folder(), leaf);
 }
 
 Result<FSRef> move(const FSRef* ref, const FSRef* folder) {
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(ref));
+    OSA_TRY(const Located goal, describeReference(folder));
+    const PartsLock lock(named.folder(), goal.path());
     OSA_TRY(const Located object, locate(ref));
     OSA_TRY(const Located to, locate(folder));
     if (object.isRoot()) return Failure(paramErr);

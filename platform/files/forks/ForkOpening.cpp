@@ -65,16 +65,19 @@ class WritableResourceFork : public ForkContent {
     Result<void> write(std::uint64_t offset, ByteSpan bytes, std::uint64_t& done) override {
         const std::lock_guard guard(lock_);
         done = 0;
-        OSA_CHECK(beginChange(old_->size()));
-        const auto written = changed_->write(offset, bytes, done);
+        OSA_TRY(const auto changed, changedFrom(old_->size()));
+        const auto written = changed->write(offset, bytes, done);
+        if (!written.ok() && done == 0) return written;
+        changed_ = changed;
         isDirty_ = isDirty_ || done > 0;
         return written;
     }
     Result<void> setSize(std::uint64_t size) override {
         const std::lock_guard guard(lock_);
         if (size == current().size()) return {};
-        OSA_CHECK(beginChange(size));
-        OSA_CHECK(changed_->setSize(size));
+        OSA_TRY(const auto changed, changedFrom(size));
+        OSA_CHECK(changed->setSize(size));
+        changed_ = changed;
         isDirty_ = true;
         return {};
     }
@@ -97,10 +100,8 @@ class WritableResourceFork : public ForkContent {
     }
     const ByteSource& current() const { return changed_ != nullptr ? *changed_ : *old_; }
     /// Of the old fork only what is needed is copied.
-    Result<void> beginChange(std::uint64_t needed) {
-        if (changed_ != nullptr) return {};
-        OSA_TRY(changed_, ForkBuffer::copyOf(*old_, needed));
-        return {};
+    Result<std::shared_ptr<ForkBuffer>> changedFrom(std::uint64_t needed) const {
+        return changed_ != nullptr ? changed_ : ForkBuffer::copyOf(*old_, needed);
     }
 
     mutable std::mutex lock_;
@@ -124,11 +125,29 @@ Result<std::shared_ptr<const ByteSource>> openDataFork(const FSRef& ref) {
     return std::shared_ptr<const ByteSource>(std::make_shared<MemorySource>(asBytes(target)));
 }
 
+/// Null when there is none.
+Result<std::shared_ptr<const ByteSource>> openFoundFork(const Located& object) {
+    OSA_TRY(const auto fork, findResourceFork(object));
+    if (fork == nullptr) return std::shared_ptr<const ByteSource>();
+    return fork->open();
+}
+
+/// Between finding and opening, this process may have put another in its place.
+Result<std::shared_ptr<const ByteSource>> openSteadily(const Located& object) {
+    auto opened = openFoundFork(object);
+    if (opened.status() != fnfErr || isSteadySince(object.seenAt)) return opened;
+    const PartsPause noChange;
+    forgetLastObject();
+    OSA_TRY(const posix::FileStatus status, posix::status(object.path(), posix::Follow::no));
+    if (!object.isStill(status)) return Failure(fnfErr);
+    return openFoundFork(object);
+}
+
 Result<std::shared_ptr<const ByteSource>> openResourceFork(const FSRef& ref) {
     OSA_TRY(const Located object, locate(&ref));
-    OSA_TRY(const auto fork, findResourceFork(object));
-    if (!fork) return Failure(errFSForkNotFound);
-    return fork->open();
+    OSA_TRY(auto fork, openSteadily(object));
+    if (fork == nullptr) return Failure(errFSForkNotFound);
+    return fork;
 }
 
 Result<Content> openDataForkForWriting(const Located& object, SInt8 permissions,
@@ -145,11 +164,8 @@ Result<Content> openDataForkForWriting(const Located& object, SInt8 permissions,
 Result<Content> openResourceForkForWriting(const Located& object, const WriteAccess& access) {
     OSA_CHECK(mayWriteResourceFork(object));
     return access.sharedContent([&]() -> Result<Content> {
-        OSA_TRY(const auto fork, findResourceFork(object));
-        std::shared_ptr<const ByteSource> old = std::make_shared<MemorySource>(ByteSpan());
-        if (fork) {
-            OSA_TRY(old, fork->open());
-        }
+        OSA_TRY(auto old, openSteadily(object));
+        if (old == nullptr) old = std::make_shared<MemorySource>(ByteSpan());
         return Content(std::make_shared<WritableResourceFork>(std::move(old), access));
     });
 }

@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "platform/files/forks/ForkContent.h"
-#include "platform/files/stores/PartHolders.h"
 
 namespace osa {
 namespace {
@@ -85,7 +84,7 @@ Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sha
     made->object = object;
     std::shared_ptr<WriteClaim> there;
     // One that has just been renamed would be claimed under its old name for good.
-    const std::lock_guard noRenaming(partsLock());
+    const PartsPause noRenaming;
     OSA_TRY(const posix::FileStatus status, posix::status(object.path(), posix::Follow::no));
     if (!object.isStill(status)) return Failure(fnfErr);
     ClaimTable& all = table();
@@ -102,7 +101,7 @@ Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sha
 Result<FSRef> WriteAccess::object() const {
     Located object;
     // A renaming is told to the table when it is done: not before, and not in the middle.
-    const std::lock_guard noRenaming(partsLock());
+    const PartsPause noRenaming;
     {
         const std::lock_guard guard(table().lock);
         object = claim_->object;

@@ -46,7 +46,7 @@ class WriteAccess {
 };
 
 /// What a change of names means to the claims: made before it, told when it is done. The caller
-/// holds partsLock() from before the first until after the second.
+/// holds a PartsLock from before the first until after the second.
 class ClaimMoves {
   public:
     /// The object at the real path `from` will be at `to`, and what is below it with it.

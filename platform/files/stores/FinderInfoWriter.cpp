@@ -39,10 +39,8 @@ Result<void> changeFinderInfo(PartChanges& changes, const Located& object,
     return {};
 }
 
-Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
-                             const ExtendedFinderInfo* extended) {
-    const std::lock_guard lock(partsLock());
-    OSA_TRY(const Located object, locate(ref));
+Result<void> changeFinderInfo(PartChanges& changes, const Located& object, const FinderInfo* basic,
+                              const ExtendedFinderInfo* extended) {
     if (!hasParts(object)) return Failure(unimpErr);
     OSA_TRY(const FinderInfoBytes old, findFinderInfo(object));
     FinderInfoBytes bytes = old;
@@ -50,11 +48,19 @@ Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
     if (basic != nullptr) setBasicFinderInfo(bytes, *basic, isFolder);
     if (extended != nullptr) setExtendedFinderInfo(bytes, *extended, isFolder);
     if (bytes == old) return {};
+    return changeFinderInfo(changes, object, bytes);
+}
+
+Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
+                             const ExtendedFinderInfo* extended) {
+    OSA_TRY(const Located named, describeReference(ref));
+    const PartsLock lock(named.folder());
+    OSA_TRY(const Located object, locate(ref));
     PartChanges changes;
-    const auto written = changeFinderInfo(changes, object, bytes);
-    forgetLastObject();
-    if (written.ok()) changes.keep();
-    return written;
+    OSA_CHECK(changeFinderInfo(changes, object, basic, extended));
+    OSA_CHECK(changes.carryOut());
+    changes.keep();
+    return {};
 }
 
 }  // namespace osa

@@ -6,17 +6,19 @@
 
 namespace osa {
 
-/// Writes the halves that are not null and keeps the other, in the place where the object's Finder
-/// information was found, else in a "._" side file. Nothing is written when it is so already.
-/// unimpErr: neither file nor folder, or the root folder; dupFNErr: the side file's name is
-/// another object's; afpAccessDenied, wPrErr and the like as the system says. After a failure all
-/// is as it was.
-Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
-                             const ExtendedFinderInfo* extended);
+/// Makes ready to write the halves that are not null and to keep the other, in the place where the
+/// object's Finder information was found, else in a "._" side file. Nothing is written when it is
+/// so already. unimpErr: neither file nor folder, or the root folder; dupFNErr: the side file's
+/// name is another object's; afpAccessDenied, wPrErr and the like as the system says.
+Result<void> changeFinderInfo(PartChanges& changes, const Located& object, const FinderInfo* basic,
+                              const ExtendedFinderInfo* extended);
 
-/// The same for all of it, as one of several changes; also when it is so already. The caller holds
-/// partsLock(), and calls forgetLastObject() when all is done.
+/// The same for all of it, also when it is so already.
 Result<void> changeFinderInfo(PartChanges& changes, const Located& object,
                               const FinderInfoBytes& bytes);
+
+/// The first, carried out: after a failure all is as it was.
+Result<void> writeFinderInfo(const FSRef* ref, const FinderInfo* basic,
+                             const ExtendedFinderInfo* extended);
 
 }  // namespace osa

@@ -73,6 +73,50 @@ class Question {
     FolderSurroundings around_;
 };
 
+/// The answer of one time: if this process has changed names or parts since the object was found,
+/// it may be half of the old and half of the new, and is asked for again while nothing changes.
+template <typename Ask>
+auto askSteadily(const Located& object, Ask ask) -> decltype(ask()) {
+    auto answer = ask();
+    if (isSteadySince(object.seenAt)) return answer;
+    const PartsPause noChange;
+    OSA_TRY(const posix::FileStatus status, posix::status(object.path(), posix::Follow::no));
+    if (!object.isStill(status)) return Failure(fnfErr);
+    forgetLastObject();
+    return ask();
+}
+
+Result<FinderInfoBytes> askForFinderInfo(const Located& object) {
+    Question question(object);
+    for (std::size_t store = 0; store < kStores; ++store) {
+        OSA_TRY(const StoredParts* const parts, question.ask(store));
+        if (!isBlank(parts->finderInfo)) return parts->finderInfo;
+    }
+    return FinderInfoBytes{};
+}
+
+Result<std::shared_ptr<const StoredFork>> askForResourceFork(const Located& object) {
+    std::shared_ptr<const StoredFork> found;
+    Question question(object);
+    for (std::size_t store = 0; store < kStores; ++store) {
+        OSA_TRY(const StoredParts* const parts, question.ask(store));
+        if (parts->resourceFork == nullptr) continue;
+        if (found == nullptr) found = parts->resourceFork;
+        if (parts->resourceFork->size() > 0) return parts->resourceFork;
+    }
+    return found;
+}
+
+Result<std::vector<const StoredParts*>> askAll(const Located& object) {
+    std::vector<const StoredParts*> all;
+    Question question(object);
+    for (std::size_t store = 0; store < kStores; ++store) {
+        OSA_TRY(const StoredParts* const parts, question.ask(store));
+        all.push_back(parts);
+    }
+    return all;
+}
+
 }  // namespace
 
 void StoredParts::addFork(std::shared_ptr<const StoredFork> fork, PartPlace place) {
@@ -106,23 +150,12 @@ Result<FinderInfoBytes> findFinderInfo(const Located& object) {
         return finderInfoBytes(link.view());
     }
     if (!hasParts(object)) return FinderInfoBytes{};
-    Question question(object);
-    for (std::size_t store = 0; store < kStores; ++store) {
-        OSA_TRY(const StoredParts* const parts, question.ask(store));
-        if (!isBlank(parts->finderInfo)) return parts->finderInfo;
-    }
-    return FinderInfoBytes{};
+    return askSteadily(object, [&] { return askForFinderInfo(object); });
 }
 
 Result<std::vector<const StoredParts*>> askEveryStore(const Located& object) {
-    std::vector<const StoredParts*> all;
-    if (!hasParts(object)) return all;
-    Question question(object);
-    for (std::size_t store = 0; store < kStores; ++store) {
-        OSA_TRY(const StoredParts* const parts, question.ask(store));
-        all.push_back(parts);
-    }
-    return all;
+    if (!hasParts(object)) return std::vector<const StoredParts*>{};
+    return askSteadily(object, [&] { return askAll(object); });
 }
 
 void forgetLastObject() {
@@ -130,16 +163,8 @@ void forgetLastObject() {
 }
 
 Result<std::shared_ptr<const StoredFork>> findResourceFork(const Located& object) {
-    std::shared_ptr<const StoredFork> found;
-    if (!hasParts(object) || object.status.isFolder()) return found;
-    Question question(object);
-    for (std::size_t store = 0; store < kStores; ++store) {
-        OSA_TRY(const StoredParts* const parts, question.ask(store));
-        if (parts->resourceFork == nullptr) continue;
-        if (found == nullptr) found = parts->resourceFork;
-        if (parts->resourceFork->size() > 0) return parts->resourceFork;
-    }
-    return found;
+    if (!hasParts(object) || object.status.isFolder()) return std::shared_ptr<const StoredFork>();
+    return askSteadily(object, [&] { return askForResourceFork(object); });
 }
 
 bool isSideFile(const std::string& folder, const std::string& name) {

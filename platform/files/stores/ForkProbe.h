@@ -3,6 +3,9 @@
 // The questions about one file come in a row on one thread, so each thread remembers what the
 // stores said of the last object. It is believed as long as the object and every file the answers
 // came from have the dates they had, which costs one status each.
+//
+// Answers are those of one moment as far as changes by this process go; fnfErr when it has renamed
+// or deleted the object since it was found.
 #pragma once
 
 #include "platform/files/stores/ForkStore.h"

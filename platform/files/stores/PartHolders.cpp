@@ -3,7 +3,7 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include <new>
+#include <algorithm>
 
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/posix/CatalogChanges.h"
@@ -25,23 +25,35 @@ Result<std::vector<PartHolder>> partHolders(const Located& object, Part part) {
 }
 
 PartChanges::~PartChanges() {
-    for (auto change = done_.rbegin(); change != done_.rend(); ++change) {
-        try {
-            undo(*change);
-        } catch (const std::bad_alloc&) {
-            continue;  // as when the system refuses
-        }
-    }
+    while (done_ > 0) undo(steps_[--done_]);
+    forgetLastObject();
 }
 
-void PartChanges::undo(const Done& change) {
-    if (change.old == nullptr) {
-        posix::discard(change.path);
-    } else if (change.attribute == nullptr) {
-        (void)posix::replaceFile(change.path, *change.old, change.status);
-    } else {
-        (void)posix::setAttribute(change.path, change.attribute, change.old->inMemory());
+void PartChanges::keep() {
+    steps_.clear();
+    done_ = 0;
+}
+
+Result<void> PartChanges::run(Step& step) {
+    if (step.file != nullptr) return step.file->takePlace();
+    return step.value ? posix::setAttribute(step.path, step.attribute, *step.value)
+                      : posix::removeAttribute(step.path, step.attribute);
+}
+
+void PartChanges::undo(Step& step) {
+    if (step.file != nullptr) return step.file->giveBack();
+    posix::putBackAttribute(step.path, step.attribute, step.old);
+}
+
+Result<void> PartChanges::carryOut() {
+    forgetLastObject();
+    for (; done_ < steps_.size(); ++done_) {
+        const auto ran = run(steps_[done_]);
+        if (ran.ok()) continue;
+        steps_.erase(steps_.begin() + static_cast<std::ptrdiff_t>(done_), steps_.end());
+        return ran;
     }
+    return {};
 }
 
 Result<void> PartChanges::change(const PartHolder& holder, const HolderEdit& edit) {
@@ -51,30 +63,43 @@ Result<void> PartChanges::change(const PartHolder& holder, const HolderEdit& edi
     return changeFile(target, edit);
 }
 
+/// The next change of the same file starts from what this one made of it.
+Result<void> PartChanges::finishWith(const std::string& path) {
+    const bool isWaiting = std::any_of(
+        steps_.begin() + static_cast<std::ptrdiff_t>(done_), steps_.end(),
+        [&](const Step& step) { return step.file != nullptr && step.file->path() == path; });
+    return isWaiting ? carryOut() : Result<void>();
+}
+
 Result<void> PartChanges::changeFile(const std::string& path, const HolderEdit& edit) {
+    OSA_CHECK(finishWith(path));
     OSA_TRY(const auto file, posix::openFile(path, posix::Follow::no));
     OSA_TRY(const ForkSource content, edit(file));
-    OSA_CHECK(posix::replaceFile(path, *content, file->status()));
-    done_.push_back({path, nullptr, file, file->status()});
+    Step step;
+    OSA_TRY(step.file, posix::FileReplacement::prepare(path, *content, file->status()));
+    steps_.push_back(std::move(step));
     return {};
 }
 
 Result<void> PartChanges::changeAttribute(const PartHolder& holder, const HolderEdit& edit) {
-    OSA_TRY(auto value, posix::attribute(holder.path, holder.attribute));
-    const auto old = std::make_shared<MemorySource>(std::move(value));
-    OSA_TRY(const ForkSource content, edit(old));
+    Step step;
+    step.path = holder.path;
+    step.attribute = holder.attribute;
+    OSA_TRY(step.old, posix::attribute(holder.path, holder.attribute));
+    OSA_TRY(const ForkSource content, edit(std::make_shared<MemorySource>(ByteSpan(step.old))));
     if (content->size() > posix::kLargestAttribute) return Failure(dskFulErr);
-    OSA_TRY(const auto bytes, readRange(*content, {0, content->size()}));
-    OSA_CHECK(posix::setAttribute(holder.path, holder.attribute, bytes));
-    done_.push_back({holder.path, holder.attribute, old, {}});
+    step.value.emplace(content->size());
+    OSA_CHECK(content->readExactly(0, *step.value));
+    steps_.push_back(std::move(step));
     return {};
 }
 
 Result<void> PartChanges::removeAttribute(const PartHolder& holder) {
-    OSA_TRY(auto value, posix::attribute(holder.path, holder.attribute));
-    OSA_CHECK(posix::removeAttribute(holder.path, holder.attribute));
-    done_.push_back(
-        {holder.path, holder.attribute, std::make_shared<MemorySource>(std::move(value)), {}});
+    Step step;
+    step.path = holder.path;
+    step.attribute = holder.attribute;
+    OSA_TRY(step.old, posix::attribute(holder.path, holder.attribute));
+    steps_.push_back(std::move(step));
     return {};
 }
 
@@ -85,8 +110,9 @@ Result<void> PartChanges::changeSideFile(const Located& object, const HolderEdit
     like.mode = (like.mode & 0666) | 0600;
     const auto there = posix::openFile(path, posix::Follow::no);
     if (there.status() == fnfErr) {
-        OSA_CHECK(posix::createFileWith(path, *fresh(), like));
-        done_.push_back({path, nullptr, nullptr, {}});
+        Step step;
+        OSA_TRY(step.file, posix::FileReplacement::prepareNew(path, *fresh(), like));
+        steps_.push_back(std::move(step));
         return {};
     }
     if (!there.ok() && there.status() != notAFileErr) return Failure(there.status());
@@ -101,11 +127,6 @@ Result<void> PartChanges::changeSideFile(const Located& object, const HolderEdit
     // A file of this name that is something else is not ours to replace.
     const bool isForeign = changed.status() == paramErr || changed.status() == notAFileErr;
     return isForeign ? Failure(dupFNErr) : changed;
-}
-
-std::mutex& partsLock() {
-    static std::mutex lock;
-    return lock;
 }
 
 }  // namespace osa

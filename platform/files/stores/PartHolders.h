@@ -3,11 +3,12 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/files/stores/ForkStore.h"
+#include "platform/posix/FileReplacement.h"
 
 namespace osa {
 
@@ -30,7 +31,9 @@ using ForkSource = std::shared_ptr<const ByteSource>;
 /// What a holder's content becomes.
 using HolderEdit = std::function<Result<ForkSource>(const ForkSource& old)>;
 
-/// Changes that are taken back, the last first, unless they are kept.
+/// Changes of holders: made ready one by one, carried out in one go, taken back unless kept. Taking
+/// back needs no memory and, where the file system can exchange names or give a file two, no room.
+/// The caller holds a PartsLock.
 class PartChanges {
   public:
     PartChanges() = default;
@@ -38,7 +41,7 @@ class PartChanges {
     PartChanges& operator=(const PartChanges&) = delete;
     ~PartChanges();
 
-    /// dskFulErr: also when an attribute has not the room for it.
+    /// dskFulErr: an attribute would be too long.
     Result<void> change(const PartHolder& holder, const HolderEdit& edit);
     /// Removes an attribute.
     Result<void> removeAttribute(const PartHolder& holder);
@@ -46,24 +49,27 @@ class PartChanges {
     /// dupFNErr: something else has its name, to which a paramErr of `edit` testifies.
     Result<void> changeSideFile(const Located& object, const HolderEdit& edit,
                                 const std::function<ForkSource()>& fresh);
-    void keep() { done_.clear(); }
+    /// In the order in which they were made ready; from one that fails on they are dropped.
+    /// dskFulErr: also when an attribute has not the room for it.
+    Result<void> carryOut();
+    void keep();
 
   private:
-    struct Done {
-        std::string path;
-        const char* attribute;
-        ForkSource old;  // null: there was nothing
-        posix::FileStatus status;
+    struct Step {
+        std::unique_ptr<posix::FileReplacement> file;
+        std::string path;  // of the object with the attribute
+        const char* attribute = nullptr;
+        std::vector<std::byte> old;
+        std::optional<std::vector<std::byte>> value;  // none: no attribute any more
     };
     Result<void> changeFile(const std::string& path, const HolderEdit& edit);
     Result<void> changeAttribute(const PartHolder& holder, const HolderEdit& edit);
-    static void undo(const Done& change);
+    Result<void> finishWith(const std::string& path);
+    static Result<void> run(Step& step);
+    static void undo(Step& step);
 
-    std::vector<Done> done_;
+    std::vector<Step> steps_;
+    std::size_t done_ = 0;
 };
-
-/// Held while an object's parts are read, changed and written back, or the object is renamed: two
-/// threads that write one part each must not undo each other's.
-std::mutex& partsLock();
 
 }  // namespace osa

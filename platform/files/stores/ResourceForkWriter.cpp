@@ -58,7 +58,8 @@ Result<void> replaceFork(PartChanges& changes, const Located& object,
                          const std::vector<PartHolder>& holders, const ForkSource& fork) {
     if (holders.empty()) return writeToSideFile(changes, object, fork);
     const PartHolder& holder = counting(holders);
-    const auto written = changes.change(holder, edit(holder.form, fork));
+    auto written = changes.change(holder, edit(holder.form, fork));
+    if (written.ok()) written = changes.carryOut();
     const bool hasNoRoom = holder.attribute != nullptr && written.status() == dskFulErr;
     return hasNoRoom ? moveToSideFile(changes, object, holders, fork) : written;
 }
@@ -72,12 +73,12 @@ Result<void> emptyForks(PartChanges& changes, const std::vector<PartHolder>& hol
     return {};
 }
 
-/// The caller holds partsLock().
 Result<void> write(const Located& object, const ForkSource& fork) {
     OSA_TRY(const auto holders, partHolders(object, Part::resourceFork));
     PartChanges changes;
     OSA_CHECK(fork->size() == 0 ? emptyForks(changes, holders, fork)
                                 : replaceFork(changes, object, holders, fork));
+    OSA_CHECK(changes.carryOut());
     // Side files have seen to it themselves.
     const bool isInAttribute = std::ranges::any_of(
         holders, [](const PartHolder& holder) { return holder.attribute != nullptr; });
@@ -88,16 +89,15 @@ Result<void> write(const Located& object, const ForkSource& fork) {
 
 Result<void> writeUnless(const FSRef& file, const ForkSource& fork, OldFork old) {
     if (fork->size() > kLargestFork) return Failure(fileBoundsErr);
-    const std::lock_guard lock(partsLock());
+    OSA_TRY(const Located named, describeReference(&file));
+    const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(&file));
     if (!object.status.isRegular()) return Failure(notAFileErr);
     if (old == OldFork::kept) {
         OSA_TRY(const auto there, findResourceFork(object));
         if (there && there->size() > 0) return Failure(dupFNErr);
     }
-    const auto written = write(object, fork);
-    forgetLastObject();
-    return written;
+    return write(object, fork);
 }
 
 }  // namespace

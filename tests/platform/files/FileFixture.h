@@ -156,23 +156,26 @@ inline std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-/// Runs `work` from `prepare` anew with its first, second, … system call failing, until none does;
-/// `check` gets its status. Nothing may be left open.
+/// Runs `work` from `prepare` anew with its first, second, … system call failing, alone and with
+/// all that come after it, until none does; `check` gets its status. Nothing may be left open.
 inline void failEachCall(const std::function<void()>& prepare,
                          const std::function<OSStatus()>& work,
                          const std::function<void(OSStatus)>& check) {
     const std::size_t descriptors = openDescriptors();
-    for (UInt32 nth = 1, failed = 1; failed > 0 && nth < 500; ++nth) {
+    for (UInt32 nth = 1, failed = 1; failed > 0 && nth < 1000; ++nth) {
         SCOPED_TRACE("failing call " + std::to_string(nth));
-        prepare();
-        OSAFailOperation(nth, false);
-        const OSStatus status = work();
-        failed = OSAFailedOperations();
-        OSAFailOperation(0, false);
-        check(status);
-        EXPECT_TRUE(failed > 0 || status == noErr) << status;
-        EXPECT_EQ(OSAOpenFileCount(), 0);
-        EXPECT_EQ(openDescriptors(), descriptors);
+        for (const bool fromThenOn : {true, false}) {
+            SCOPED_TRACE(fromThenOn ? "and all after it" : "alone");
+            prepare();
+            OSAFailOperation(nth, fromThenOn);
+            const OSStatus status = work();
+            failed = OSAFailedOperations();
+            OSAFailOperation(0, false);
+            check(status);
+            EXPECT_TRUE(failed > 0 || status == noErr) << status;
+            EXPECT_EQ(OSAOpenFileCount(), 0);
+            EXPECT_EQ(openDescriptors(), descriptors);
+        }
     }
 }
 
