@@ -56,15 +56,16 @@ class ResourceForkPlace : public ForkPlace {
     static Result<Source> open(const FSRef& file) {
         return openForkForReading(file, ForkKind::resource);
     }
-    /// A second time when it is not there: another thread may have renamed it meanwhile.
+    /// Again when it is not there: another thread may rename it between the two steps.
     template <typename Work>
     auto onFile(Work work) const -> decltype(work(FSRef())) {
-        OSA_TRY(const FSRef file, access_.object());
-        auto done = work(file);
-        if (done.status() != fnfErr) return done;
-        OSA_TRY(const FSRef renamed, access_.object());
-        return work(renamed);
+        for (int left = kMostTries; true; --left) {
+            OSA_TRY(const FSRef file, access_.object());
+            auto done = work(file);
+            if (done.status() != fnfErr || left == 1) return done;
+        }
     }
+    static constexpr int kMostTries = 20;
 
     WriteAccess access_;
 };
