@@ -10,7 +10,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <memory>
+#include <set>
+#include <utility>
 
 #include "cli/ResourceSelector.h"
 
@@ -18,6 +21,9 @@ namespace osa::cli {
 namespace {
 
 using Kind = ResourceEdit::Kind;
+
+/// The attributes of protected resources, which are put back once their new data is written.
+using Protections = std::map<Handle, ResAttributes>;
 
 /// A resource file that is open for writing. Closing it writes nothing.
 class EditedFile {
@@ -32,21 +38,29 @@ class EditedFile {
         if (isForkNew_) FSDeleteFork(&ref_, forkName_.length, forkName_.unicode);
     }
 
-    /// A reason, or nothing when it is open.
-    std::string open(const std::string& path, bool mayMakeFork) {
-        if (std::string reason = find(path, mayMakeFork); !reason.empty()) return reason;
+    /// A reason, or nothing when it is open; a file without a fork gets one unless there is a
+    /// reason against that.
+    std::string open(const std::string& path, const std::string& reasonAgainstFork) {
+        if (std::string reason = find(path, reasonAgainstFork); !reason.empty()) return reason;
         if ((GetResFileAttrs(number_) & mapReadOnly) == 0) return {};
         return "its resource map is marked as read-only";
     }
 
-    std::string save() {
+    /// Protected resources keep their old data: these are protected by a second writing.
+    std::string save(const Protections& protections) {
         UpdateResFile(number_);
-        if (ResError() == noErr) isForkNew_ = false;
-        return resourceReason(ResError());
+        if (ResError() != noErr) return resourceReason(ResError());
+        isForkNew_ = false;
+        if (protections.empty()) return {};
+        for (const auto& [resource, attributes] : protections) SetResAttrs(resource, attributes);
+        SetResFileAttrs(number_, mapChanged);
+        UpdateResFile(number_);
+        if (ResError() == noErr) return {};
+        return "is changed, but what was protected no longer is: " + resourceReason(ResError());
     }
 
   private:
-    std::string find(const std::string& path, bool mayMakeFork) {
+    std::string find(const std::string& path, const std::string& reasonAgainstFork) {
         const auto* const bytes = reinterpret_cast<const UInt8*>(path.c_str());
         if (const OSStatus status = FSPathMakeRef(bytes, &ref_, nullptr))
             return resourceReason(status);
@@ -58,8 +72,7 @@ class EditedFile {
         if (status == noErr) return {};
         if (status != eofErr && status != mapReadErr) return resourceReason(status);
         if (isContainer(path)) return "keeps its resources in a container, which is not written";
-        if (!mayMakeFork) return resourceReason(eofErr);
-        return resourceReason(makeFork());
+        return reasonAgainstFork.empty() ? resourceReason(makeFork()) : reasonAgainstFork;
     }
 
     static bool isContainer(const std::string& path) {
@@ -101,6 +114,8 @@ class EditedResource {
         SetResAttrs(handle_, static_cast<ResAttributes>(attributes_ & ~resProtected));
     }
     Handle handle() const { return handle_; }
+    ResAttributes attributes() const { return attributes_; }
+    bool wasProtected() const { return (attributes_ & resProtected) != 0; }
     void putAttributesBack() const { SetResAttrs(handle_, attributes_); }
 
   private:
@@ -134,20 +149,24 @@ OSStatus remove(Handle handle) {
     return status;
 }
 
-OSStatus apply(const ResourceEdit& edit) {
+OSStatus apply(const ResourceEdit& edit, Protections& protections) {
     const EditedResource resource(edit);
     const Handle handle = resource.handle();
     if (handle == nullptr) return edit.kind == Kind::set ? add(edit) : OSStatus{resNotFound};
-    if (edit.kind == Kind::remove) return remove(handle);
+    if (edit.kind == Kind::remove) {
+        protections.erase(handle);
+        return remove(handle);
+    }
     if (edit.kind == Kind::rename) {
         SetResInfo(handle, edit.id, edit.name.data());
-    } else {
-        if (const OSStatus status = fill(handle, edit.value)) return status;
-        ChangedResource(handle);
+        const OSStatus status = ResError();
+        resource.putAttributesBack();
+        return status;
     }
-    const OSStatus status = ResError();
-    resource.putAttributesBack();
-    return status;
+    if (const OSStatus status = fill(handle, edit.value)) return status;
+    ChangedResource(handle);
+    if (resource.wasProtected()) protections.emplace(handle, resource.attributes());
+    return ResError();
 }
 
 bool toMacRoman(std::string_view utf8, std::array<unsigned char, 256>& name) {
@@ -161,6 +180,26 @@ bool toMacRoman(std::string_view utf8, std::array<unsigned char, 256>& name) {
 
 std::string label(const ResourceEdit& edit) {
     return "'" + fourCharText(edit.type) + "' " + std::to_string(edit.id);
+}
+
+std::string missing(const ResourceEdit& edit) {
+    return "has no resource " + label(edit);
+}
+
+/// Why a file without resources gets no fork; empty when all edits can be made to it.
+std::string reasonAgainstFork(const std::vector<ResourceEdit>& edits) {
+    std::set<std::pair<ResType, SInt16>> resources;
+    for (const ResourceEdit& edit : edits) {
+        const std::pair resource(edit.type, edit.id);
+        if (edit.kind == Kind::set) {
+            resources.insert(resource);
+        } else if (!resources.contains(resource)) {
+            return resources.empty() ? resourceReason(eofErr) : missing(edit);
+        } else if (edit.kind == Kind::remove) {
+            resources.erase(resource);
+        }
+    }
+    return {};
 }
 
 }  // namespace
@@ -206,15 +245,15 @@ std::string readEditData(std::vector<ResourceEdit>& edits) {
 
 std::string applyResourceEdits(const std::string& file, const std::vector<ResourceEdit>& edits) {
     EditedFile edited;
-    const bool hasData =
-        std::ranges::any_of(edits, [](const ResourceEdit& edit) { return edit.kind == Kind::set; });
-    if (std::string reason = edited.open(file, hasData); !reason.empty()) return reason;
+    if (std::string reason = edited.open(file, reasonAgainstFork(edits)); !reason.empty())
+        return reason;
+    Protections protections;
     for (const ResourceEdit& edit : edits) {
-        const OSStatus status = apply(edit);
-        if (status == resNotFound) return "has no resource " + label(edit);
+        const OSStatus status = apply(edit, protections);
+        if (status == resNotFound) return missing(edit);
         if (status != noErr) return label(edit) + ": " + resourceReason(status);
     }
-    return edited.save();
+    return edited.save(protections);
 }
 
 }  // namespace osa::cli

@@ -28,8 +28,9 @@ std::string parseResourceEdit(ResourceEdit::Kind kind, std::string_view text, Re
 std::string readEditData(std::vector<ResourceEdit>& edits);
 
 /// Makes all changes to the file's resource fork, or to its data fork when that is a bare one, in
-/// their order, and writes them at once: all, or none and a reason why not. A file without a fork
-/// gets one if something is set.
+/// their order, and writes them at once: all, or none and a reason why not. Protected resources
+/// whose data was set are protected again after that. A file without a fork gets one if something
+/// is set and nothing asked for that it has not.
 std::string applyResourceEdits(const std::string& file, const std::vector<ResourceEdit>& edits);
 
 }  // namespace osa::cli

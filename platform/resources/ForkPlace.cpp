@@ -26,29 +26,47 @@ class ResourceForkPlace : public ForkPlace {
   public:
     explicit ResourceForkPlace(WriteAccess access) : access_(std::move(access)) {}
 
-    Result<Source> read() override {
-        OSA_TRY(const FSRef file, access_.object());
-        return openForkForReading(file, ForkKind::resource);
-    }
+    Result<Source> read() override { return onFile(open); }
     Result<Content> write(const ForkImage& image) override {
-        OSA_TRY(const FSRef file, access_.object());
         Source written = image.fork();
-        OSA_CHECK(writeResourceFork(file, written));
+        OSA_CHECK(onFile([&](const FSRef& file) { return writeResourceFork(file, written); }));
         // The parts of the image hold the same bytes, if the fork cannot be opened now.
-        auto stored = openForkForReading(file, ForkKind::resource);
+        auto stored = onFile(open);
         if (stored.ok() && (*stored)->size() == written->size()) written = *std::move(stored);
         return Content{std::move(written), kForkHeadLength};
     }
     /// Side files last once they are written; attributes go with the file.
     Result<void> flush() override {
-        OSA_TRY(const FSRef ref, access_.object());
-        OSA_TRY(const Located object, locate(&ref));
-        using Access = posix::WritableFile::Access;
-        OSA_TRY(const auto file, posix::WritableFile::open(object.path(), Access::writing));
-        return file->synchronise();
+        return onFile([](const FSRef& ref) -> Result<void> {
+            OSA_TRY(const Located object, locate(&ref));
+            using Access = posix::WritableFile::Access;
+            OSA_TRY(const auto file, posix::WritableFile::open(object.path(), Access::writing));
+            return file->synchronise();
+        });
+    }
+    bool isOf(const Located& file, ForkKind fork) const override {
+        if (fork != ForkKind::resource) return false;
+        const auto ref = access_.object();
+        if (!ref.ok()) return false;
+        const auto own = locate(&*ref);
+        return own.ok() && own->path() == file.path() && file.isStill(own->status);
     }
 
   private:
+    static Result<Source> open(const FSRef& file) {
+        return openForkForReading(file, ForkKind::resource);
+    }
+    /// Again when it is not there: another thread may rename it between the two steps.
+    template <typename Work>
+    auto onFile(Work work) const -> decltype(work(FSRef())) {
+        for (int left = kMostTries; true; --left) {
+            OSA_TRY(const FSRef file, access_.object());
+            auto done = work(file);
+            if (done.status() != fnfErr || left == 1) return done;
+        }
+    }
+    static constexpr int kMostTries = 20;
+
     WriteAccess access_;
 };
 
@@ -95,8 +113,8 @@ class Copier {
 
 class DataForkPlace : public ForkPlace {
   public:
-    DataForkPlace(File file, WriteAccess access)
-        : file_(std::move(file)), access_(std::move(access)) {}
+    DataForkPlace(File file, const Located& object, WriteAccess access)
+        : file_(std::move(file)), object_(object), access_(std::move(access)) {}
 
     Result<Source> read() override {
         OSA_TRY(const posix::FileStatus status, file_->status());
@@ -126,6 +144,10 @@ class DataForkPlace : public ForkPlace {
     }
 
     Result<void> flush() override { return file_->synchronise(); }
+    bool isOf(const Located& file, ForkKind fork) const override {
+        return fork == ForkKind::data && file.birth == object_.birth &&
+               file.status.isSameObject(object_.status);
+    }
 
   private:
     static constexpr std::uint64_t kLargestOffset = 0x7FFFFFFF;
@@ -148,6 +170,7 @@ class DataForkPlace : public ForkPlace {
     }
 
     File file_;
+    Located object_;  // when it was opened
     WriteAccess access_;
 };
 
@@ -175,7 +198,7 @@ Result<std::unique_ptr<ForkPlace>> openForkPlace(const Located& file, ForkKind f
         return Place(std::make_unique<ResourceForkPlace>(std::move(access)));
     }
     OSA_TRY(File opened, openDataFork(file));
-    return Place(std::make_unique<DataForkPlace>(std::move(opened), std::move(access)));
+    return Place(std::make_unique<DataForkPlace>(std::move(opened), file, std::move(access)));
 }
 
 Result<void> createDataForkMap(const FSRef& file, const ForkImage& image) {

@@ -25,6 +25,9 @@ class ForkPlace {
     virtual Result<Content> write(const ForkImage& image) = 0;
     /// Makes what was written last.
     virtual Result<void> flush() = 0;
+    /// Whether this is where `file` keeps its fork. A file's other names share its data fork, but
+    /// not a resource fork that lies beside it.
+    virtual bool isOf(const Located& file, ForkKind fork) const = 0;
 };
 
 /// errFSBadForkName: neither fork's name.

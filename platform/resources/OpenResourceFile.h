@@ -23,6 +23,10 @@ class OpenResourceFile : public OpenFile {
     OpenResourceFile& operator=(const OpenResourceFile&) = delete;
 
     const ResourceMap& map() const { return map_; }
+    /// Whether this is where `file` keeps its fork, and open for writing.
+    bool writesTo(const Located& file, ForkKind fork) const {
+        return place_ != nullptr && place_->isOf(file, fork);
+    }
     SInt16 number() const { return number_; }
     void setNumber(SInt16 number) { number_ = number; }
 

@@ -66,7 +66,7 @@ bool OpenResourceFile::isChanged() const {
     if ((map_.attributes & (mapChanged | mapCompact)) != 0) return true;
     return std::ranges::any_of(map_.types(), [](const ResourceMap::Type& type) {
         return std::ranges::any_of(type.resources,
-                                   [](const auto& resource) { return resource->isChanged(); });
+                                   [](const auto& each) { return each->isToBeWritten(); });
     });
 }
 
@@ -76,8 +76,7 @@ Result<void> OpenResourceFile::update() {
 }
 
 Result<void> OpenResourceFile::write(const Resource& resource) {
-    const bool isBarred = resource.isProtected() && resource.place.has_value();
-    if (!mayChange().ok() || !resource.isChanged() || isBarred) return {};
+    if (!mayChange().ok() || !resource.isToBeWritten()) return {};
     return writeFork(&resource);
 }
 
@@ -93,8 +92,9 @@ Result<void> OpenResourceFile::writeFork(const Resource* only) {
     bool isComplete = true;
     for (const ResourceMap::Type& type : map_.types()) {
         for (const auto& each : type.resources) {
-            const bool isWritten = each->isChanged() && (only == nullptr || each.get() == only);
-            isComplete = isComplete && (isWritten || !each->isChanged());
+            const bool isDue = each->isToBeWritten();
+            const bool isWritten = isDue && (only == nullptr || each.get() == only);
+            isComplete = isComplete && isWritten == isDue;
             if (!isWritten && !each->place) continue;
             const auto data = isWritten ? changedData(*each) : std::nullopt;
             OSA_CHECK(layout.add(*each, data));

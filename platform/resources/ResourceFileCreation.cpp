@@ -49,7 +49,7 @@ Result<void> createResourceFile(const NewFile& file, ForkKind fork, FSRef& made)
 
 struct MadeFile {
     FSRef* reference;  // either may be null
-    FSSpec* specification;
+    FSSpec* newSpec;
 };
 
 Result<void> create(const NewFile& file, ForkKind fork, const MadeFile& wanted) {
@@ -57,9 +57,8 @@ Result<void> create(const NewFile& file, ForkKind fork, const MadeFile& wanted) 
     const auto created = createResourceFile(file, fork, made);
     if (!created.ok() && created.status() != dupFNErr) return created;
     if (wanted.reference != nullptr) *wanted.reference = made;
-    if (wanted.specification == nullptr) return created;
-    const OSErr status =
-        FSGetCatalogInfo(&made, 0, nullptr, nullptr, wanted.specification, nullptr);
+    if (wanted.newSpec == nullptr) return created;
+    const OSErr status = FSGetCatalogInfo(&made, 0, nullptr, nullptr, wanted.newSpec, nullptr);
     return created.ok() && status != noErr ? Failure(status) : created;
 }
 

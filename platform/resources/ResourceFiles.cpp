@@ -1,9 +1,9 @@
 // Opening, closing and choosing resource files.
 #include <CoreServices/Resources.h>
 
-#include <map>
+#include <algorithm>
 #include <mutex>
-#include <tuple>
+#include <vector>
 
 #include "platform/resources/ForkPlace.h"
 #include "platform/resources/ResourceThread.h"
@@ -20,6 +20,7 @@ Result<ResourceFork> parse(Result<std::shared_ptr<const ByteSource>> source) {
 }
 
 Result<SInt16> enter(ResourceThread& thread, const OpenResourceFilePtr& file) {
+    thread.makeRoom();  // once it has a number nothing fails
     OSA_TRY(const SInt16 number, addOpenFile(file));
     file->setNumber(number);
     thread.use(file);
@@ -33,16 +34,21 @@ Result<SInt16> openForReading(ResourceThread& thread, const FSRef& ref, ForkKind
 
 /// The files that are open for writing.
 struct Writers {
-    using Key = std::tuple<std::uint64_t, std::uint64_t, std::uint32_t, ForkKind>;
     std::mutex lock;  // also while one is opened: another thread shall find it or be first
-    std::map<Key, std::weak_ptr<OpenResourceFile>> files;
+    std::vector<std::weak_ptr<OpenResourceFile>> files;
 
     static Writers& all() {
         static Writers shared;
         return shared;
     }
-    static Key keyOf(const Located& file, ForkKind kind) {
-        return {file.status.device, file.status.inode, file.birth, kind};
+    /// Null also for one that is being closed: it has no number any longer.
+    OpenResourceFilePtr find(const Located& fork, ForkKind kind) const {
+        for (const auto& entry : files) {
+            const OpenResourceFilePtr file = entry.lock();
+            if (file && findOpenFile(file->number()) == file && file->writesTo(fork, kind))
+                return file;
+        }
+        return nullptr;
     }
 };
 
@@ -50,19 +56,18 @@ Result<SInt16> openForWriting(ResourceThread& thread, const FSRef& ref, ForkKind
     OSA_TRY(const Located located, locate(&ref));
     Writers& writers = Writers::all();
     const std::lock_guard guard(writers.lock);
-    std::erase_if(writers.files, [](const auto& entry) { return entry.second.expired(); });
-    const auto key = Writers::keyOf(located, kind);
-    if (const auto known = writers.files.find(key); known != writers.files.end()) {
-        const OpenResourceFilePtr file = known->second.lock();
-        // One that is being closed has no number any longer.
-        if (file == nullptr || findOpenFile(file->number()) != file) return Failure(opWrErr);
+    auto place = openForkPlace(located, kind);
+    if (place.status() == opWrErr) {
+        const OpenResourceFilePtr file = writers.find(located, kind);
+        if (!file) return Failure(opWrErr);
         thread.use(file);
         return file->number();
     }
-    OSA_TRY(std::unique_ptr<ForkPlace> place, openForkPlace(located, kind));
-    OSA_TRY(const ResourceFork fork, parse(place->read()));
-    const auto file = std::make_shared<OpenResourceFile>(fork, std::move(place));
-    writers.files[key] = file;
+    if (!place.ok()) return Failure(place.status());
+    OSA_TRY(const ResourceFork fork, parse((*place)->read()));
+    const auto file = std::make_shared<OpenResourceFile>(fork, *std::move(place));
+    std::erase_if(writers.files, [](const auto& entry) { return entry.expired(); });
+    writers.files.push_back(file);
     return enter(thread, file);
 }
 

@@ -1,14 +1,20 @@
 // Parses the resource map.
 //
-// header (fork start)           map (offsets from its start)        type list (from its count word)
-//   0 u32 offset of data          0  16 copy of the header, stale     0 u16 types - 1, 0xFFFF =
-//   none 4 u32 offset of map          16   8 memory only                   2 each type: 8 u32
-//   length of data         22 u16 map attributes                    u32 type
-//  12 u32 length of map          24 u16 offset of type list               u16 references - 1
-//                                26 u16 offset of name list               u16 offset of reference
-//                                list
-// reference: s16 id, u16 name offset (0xFFFF = none), u8 attributes, u24 data offset, 4 memory only
-// data:      u32 length, bytes; no alignment, any order, holes allowed
+//   header, from the start of the fork       map, from its start
+//      0  u32  offset of the data               0   16  copy of the header, stale
+//      4  u32  offset of the map               16    6  memory only
+//      8  u32  length of the data              22  u16  attributes of the map
+//     12  u32  length of the map               24  u16  offset of the type list
+//                                              26  u16  offset of the name list
+//
+//   type list, from its count word           reference
+//      0  u16  types - 1; 0xFFFF: none          0  s16  id
+//      2  8 bytes a type:                       2  u16  offset of the name; 0xFFFF: none
+//           u32  type                           4   u8  attributes
+//           u16  references - 1                 5  u24  offset of the data
+//           u16  offset of the references       8    4  memory only
+//
+//   data: u32 length, bytes; no alignment, any order, holes allowed
 #include "platform/resources/ResourceFork.h"
 
 #include <CoreServices/MacErrors.h>

@@ -15,6 +15,9 @@ bool Resource::isChanged() const {
 bool Resource::isProtected() const {
     return (attributes & resProtected) != 0;
 }
+bool Resource::isToBeWritten() const {
+    return isChanged() && !(isProtected() && place);
+}
 
 ResourceMap::ResourceMap(const ResourceFork& fork) : attributes(fork.mapAttributes()) {
     types_.reserve(fork.types().size());

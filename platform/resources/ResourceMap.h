@@ -26,6 +26,8 @@ struct Resource {
 
     bool isChanged() const;
     bool isProtected() const;
+    /// Changed; but one that was protected since keeps what the file has of it.
+    bool isToBeWritten() const;
 };
 
 class ResourceMap {

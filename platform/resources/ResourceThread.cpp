@@ -12,11 +12,16 @@ ResourceThread& ResourceThread::mine() {
     return state;
 }
 
+void ResourceThread::makeRoom() {
+    std::erase_if(chain_, [](const auto& entry) { return entry.expired(); });
+    if (chain_.size() == chain_.capacity()) chain_.reserve(2 * chain_.size() + 1);
+}
+
 void ResourceThread::use(const OpenResourceFilePtr& file) {
     const bool known =
         std::ranges::any_of(chain_, [&](const auto& entry) { return entry.lock() == file; });
     if (!known) {
-        std::erase_if(chain_, [](const auto& entry) { return entry.expired(); });
+        makeRoom();
         chain_.push_back(file);
     }
     current_ = file;

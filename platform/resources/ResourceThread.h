@@ -27,6 +27,8 @@ class ResourceThread {
 
     /// The current file; null when there is none or it has been closed.
     OpenResourceFilePtr current() const { return current_.lock(); }
+    /// The next file that is new to the thread will need no memory.
+    void makeRoom();
     /// Makes the file current and, if it is new to the thread, the latest of its chain.
     void use(const OpenResourceFilePtr& file);
     void useNone() { current_.reset(); }

@@ -286,21 +286,21 @@ TEST_F(ResFile, StoresReplacesAndDeletesWhicheverOperationFails) {
     const ResFileRefNum current = CurResFile();
     const std::string path = folder_.path("script");
     UInt32 faults = 0;
-    for (const auto& [row, work, after] : kWritings) {
-        UInt32 failed = 1;
-        for (UInt32 nth = 0; failed > 0; ++nth) {  // 0: opened for reading
-            SCOPED_TRACE(row + (" " + std::to_string(nth)));
+    for (std::size_t i = 0; i < 2 * std::size(kWritings); ++i) {
+        const auto& [row, work, after] = kWritings[i / 2];
+        for (UInt32 nth = 0, failed = 1; failed > 0; ++nth) {  // 0: opened for reading
+            SCOPED_TRACE(row + (" " + std::to_string(nth)) + (i % 2 > 0 ? " and on" : ""));
             writeWithFork("script");
             const CFIndex blocks = OSALiveBlockCount();
             CResFile file;
             specify(file, "script");
             file.Open(nth == 0 ? fsRdPerm : fsRdWrPerm);
             UseResFile(current);
-            OSAFailOperation(nth, false);
+            OSAFailOperation(nth, i % 2 > 0);
             const OSStatus status = thrown([&] { work(file); });
             failed = nth == 0 ? 1 : OSAFailedOperations();
             OSAFailOperation(0, false);
-            faults += failed;
+            faults += failed > 0;
             EXPECT_EQ(CurResFile(), current);
             const Lines now = resourceLines(path);
             // An old resource is removed before the new one is written.

@@ -8,7 +8,8 @@
 // Each thread has a current resource file, a chain of the files it opened, a switch for loading and
 // a ResError of its own; reference numbers are those of the File Manager and known to all threads.
 // Files of different threads do not disturb each other; one file may be used by one thread at a
-// time.
+// time. Another process is not kept away: a file open for writing is written as this process knows
+// it, over what another has stored since it was opened.
 //
 // Every call sets ResError: to noErr when it succeeded, whatever it was before.
 #pragma once
@@ -43,9 +44,11 @@ enum { mapReadOnly = 0x80, mapCompact = 0x40, mapChanged = 0x20 };
 /// Status of the thread's last Resource Manager call.
 OSA_PLATFORM_EXPORT OSErr ResError(void);
 
-/// Makes a file as FSCreateFileUnicode does and gives it a resource fork without resources, kept in
-/// a "._" side file. An existing file without a resource fork gets one; `whichInfo` does not
-/// matter then. dupFNErr: it has one, or is no file; the results are filled all the same.
+/// Makes a file as FSCreateFileUnicode does and gives it a resource fork without resources. An
+/// existing file without a resource fork, or with an empty one, gets one; `whichInfo` does not
+/// matter then. The fork is kept where the file keeps an empty one, else in a "._" side file; in a
+/// side file that was left over at a new file's name it replaces the fork. dupFNErr: an existing
+/// file's fork has a length, or it is no file; the results are filled all the same.
 OSA_PLATFORM_EXPORT void FSCreateResFile(const FSRef* parentRef, UniCharCount nameLength,
                                          const UniChar* name, FSCatalogInfoBitmap whichInfo,
                                          const FSCatalogInfo* catalogInfo, FSRef* newRef,
@@ -63,7 +66,8 @@ OSA_PLATFORM_EXPORT OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCo
 /// reading, with fsCurPerm for writing if that can be and else for reading, with the others for
 /// reading and writing. A fork that this process has open as a resource file for writing is not
 /// opened for writing again: its number is given once more, and one CloseResFile closes it. A
-/// reader has a number and a map of its own, which do not follow what is written.
+/// file's other names (hard links) share its data fork, but not its resource fork. A reader has a
+/// number and a map of its own, which do not follow what is written.
 /// Answers -1 on failure: fnfErr no such file, eofErr no resource fork or an empty one, mapReadErr
 /// a fork that is no map; paramErr no permission; for writing also wrPermErr not allowed, wPrErr
 /// volume read-only, opWrErr the File Manager has the fork open for writing.
@@ -155,9 +159,10 @@ OSA_PLATFORM_EXPORT void SetResInfo(Handle resource, ResID id, ConstStr255Param 
 /// Failures as UpdateResFile.
 OSA_PLATFORM_EXPORT void WriteResource(Handle resource);
 
-/// Writes the changed resources and the map if anything is changed or the map is marked so; nothing
-/// for a map with mapReadOnly. Changed data is written plain; compressed data that is not changed
-/// stays as it is. After a failure everything in memory is as before.
+/// Writes the changed resources, as WriteResource does each, and the map, if there is one to write
+/// or the map is marked as changed; nothing for a map with mapReadOnly. A protected one that is not
+/// written stays changed. Changed data is written plain; compressed data that is not changed stays
+/// as it is. After a failure everything in memory is as before.
 /// resFNotFound: not an open resource file; mapReadErr: something in the old fork that would not
 /// come out the same, such as a resource that lies outside it; fileBoundsErr: more than a map can
 /// express (16 MiB before the last resource, 32 KiB of map or names, 32 MiB of one resource);

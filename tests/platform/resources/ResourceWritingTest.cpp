@@ -3,6 +3,7 @@
 #include <CoreServices/Resources.h>
 
 #include <random>
+#include <thread>
 
 #include "tests/platform/files/FileFixture.h"
 #include "tests/support/ResourceLines.h"
@@ -101,6 +102,7 @@ class Model {
         EXPECT_EQ(ResError(), expected);
         if (what > 7 || isBarred) {
             item.attributes = static_cast<int>(upTo(0x7F)) << 1 & ~resChanged;
+            WriteResource(handle);  // once it is protected its new data is not written
             SetResAttrs(handle, static_cast<ResAttributes>(item.attributes));
             SetResFileAttrs(HomeResFile(handle), mapChanged);
         } else if (what == 6) {
@@ -182,19 +184,19 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
     const std::string large(70000, 'o');
     const Lines old = {"TYP0 1 0 " + large, "gone 2 32 'n' "};
     const Lines changed = {"TYP0 1 0 new", "TYP0 3 8 added"};
-    for (const bool isDataFork : {false, true}) {
+    for (const int kind : {0, 1, 2, 3}) {
         UInt32 nth = 0;
         for (UInt32 failed = 1; failed > 0; CloseResFile(CurResFile())) {
-            SCOPED_TRACE((isDataFork ? "data fork, call " : "call ") + std::to_string(++nth));
+            SCOPED_TRACE("kind " + std::to_string(kind) + ", call " + std::to_string(++nth));
             samples::ResourceForkBuilder builder;
-            start(isDataFork, builder.add(kType, 1, large).add('gone', 2, "", "n", 0x20).text());
+            start(kind % 2 > 0, builder.add(kType, 1, large).add('gone', 2, "", "n", 0x20).text());
             open();
             change(Get1Resource(kType, 1), "new");
             removeUnloaded('gone', 1);
             add(kType, 3, "", "added");
             SetResAttrs(Get1Resource(kType, 3), resProtected);
             const std::size_t descriptors = openDescriptors();
-            OSAFailOperation(nth, false);
+            OSAFailOperation(nth, kind > 1);
             UpdateResFile(CurResFile());
             const OSErr status = ResError();
             failed = OSAFailedOperations();
@@ -205,8 +207,6 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
             UpdateResFile(CurResFile());
             EXPECT_EQ(ResError(), noErr);
             EXPECT_EQ(stored(), changed);
-            FSRef same = ref("file");
-            EXPECT_EQ(FSCompareFSRefs(&same, &file_), noErr);
         }
         EXPECT_GT(nth, 10u);
     }
@@ -248,13 +248,45 @@ TEST_F(ResourceWriting, OneNumberForAllWhoWriteAndOneForEachReader) {
     WriteResource(added);
     EXPECT_EQ(stored().size(), 2u);
     EXPECT_EQ(FSFlushFork(writer), noErr);
+    change(added, "late");
+    SetResAttrs(added, resProtected);
+    UpdateResFile(writer);
+    EXPECT_EQ(stored().back(), "TYP0 2 8 b") << "the map alone";
+    SetResAttrs(added, 0);
     CloseResFile(writer);
+    EXPECT_EQ(stored().back(), "TYP0 2 0 late");
     EXPECT_EQ(FSOpenFork(&file_, name.length, name.unicode, fsRdWrPerm, &forkNumber), noErr);
     EXPECT_EQ(open(), -1);
     EXPECT_EQ(ResError(), opWrErr);
     CloseResFile(open(fsCurPerm));
     EXPECT_EQ(ResError(), noErr);
     FSCloseFork(forkNumber);
+}
+
+TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
+    for (const bool isDataFork : {false, true}) {
+        start(isDataFork, samples::ResourceForkBuilder().add(kType, 1, "old").text());
+        std::filesystem::create_hard_link(at("file"), at("link"));
+        put("._link", content("._file"));
+        const ResFileRefNum writer = open();
+        std::jthread renaming([&](const std::stop_token& stop) {
+            for (UniChar name = 'a'; !stop.stop_requested(); name ^= 'a' ^ 'b')
+                FSRenameUnicode(&file_, 1, &name, 0, &file_);
+        });
+        for (int i = 0; i < 100; ++i) {
+            change(Get1Resource(kType, 1), std::to_string(i));
+            UpdateResFile(writer);
+            EXPECT_EQ(ResError(), noErr) << i;
+        }
+        renaming = {};
+        EXPECT_EQ(open(), writer) << "known by its new name";
+        FSDeleteObject(&file_);
+        file_ = ref("link");
+        EXPECT_EQ(open() == writer, isDataFork);
+        EXPECT_EQ(resourceLines(at("link")), Lines{isDataFork ? "TYP0 1 0 99" : "TYP0 1 0 old"});
+        while (CurResFile() > 0) CloseResFile(CurResFile());
+        FSDeleteObject(&file_);
+    }
 }
 
 TEST_F(ResourceWriting, RefusesWhatWouldNotComeOutTheSameAndWhatNoMapHolds) {
@@ -283,8 +315,7 @@ TEST_F(ResourceWriting, RefusesWhatWouldNotComeOutTheSameAndWhatNoMapHolds) {
     EXPECT_EQ(status, fileBoundsErr);
     EXPECT_EQ(id, 17) << "the last may begin before, and end behind, 16 MiB";
     while (Count1Resources('BIG ') > 0) removeUnloaded('BIG ', 1);
-    const std::string longName(30, 'n');
-    for (id = 0; add('MANY', id, longName, "") == noErr;) ++id;
+    for (id = 0; add('MANY', id, std::string(30, 'n'), "") == noErr;) ++id;
     while (add('MANY', id, "", "") == noErr) ++id;
     EXPECT_EQ(ResError(), addResFailed);
     EXPECT_EQ(id, (0x7FFF - 30 - 2 * 8) / 12 - 1);
