@@ -240,9 +240,11 @@ Result<void> fillCatalog(const Located& object, FSCatalogInfoBitmap which,
 }  // namespace osa
 
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
-                       HFSUniStr255* outName, FSSpec* fsSpec, FSRef* parentRef) {
+                       HFSUniStr255* outName, FSSpec* fsSpec, FSRef* parentRef) try {
     const osa::CatalogTargets targets{catalogInfo, outName, fsSpec, parentRef};
     return static_cast<OSErr>(osa::getCatalogInfo(ref, whichInfo, targets).status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
 OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,

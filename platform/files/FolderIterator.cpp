@@ -3,6 +3,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <memory>
+#include <new>
 
 #include "platform/files/Catalog.h"
 #include "platform/files/stores/ForkStore.h"
@@ -81,11 +82,14 @@ Result<ItemCount> fillPlaces(FSIterator iterator, ItemCount maximum, FSCatalogIn
 }  // namespace
 }  // namespace osa
 
-OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags, FSIterator* iterator) {
+OSErr FSOpenIterator(const FSRef* container, FSIteratorFlags flags, FSIterator* iterator) try {
     if (iterator == nullptr) return paramErr;
+    *iterator = nullptr;
     const auto opened = osa::openIterator(container, flags);
-    *iterator = opened.ok() ? *opened : nullptr;
+    if (opened.ok()) *iterator = *opened;
     return static_cast<OSErr>(opened.status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
 OSErr FSCloseIterator(FSIterator iterator) {
@@ -97,7 +101,7 @@ OSErr FSCloseIterator(FSIterator iterator) {
 OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObjects, ItemCount* actualObjects,
                            Boolean* containerChanged, FSCatalogInfoBitmap whichInfo,
                            FSCatalogInfo* catalogInfos, FSRef* refs, FSSpec* specs,
-                           HFSUniStr255* names) {
+                           HFSUniStr255* names) try {
     if (actualObjects == nullptr || maximumObjects == 0) return paramErr;
     *actualObjects = 0;
     if (containerChanged != nullptr) *containerChanged = 0;
@@ -108,4 +112,6 @@ OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObjects, ItemCo
     if (!count.ok()) return static_cast<OSErr>(count.status());
     *actualObjects = *count;
     return *count == 0 ? errFSNoMoreItems : noErr;
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }

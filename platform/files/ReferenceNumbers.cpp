@@ -34,6 +34,8 @@ Result<SInt16> addOpenFile(std::shared_ptr<OpenFile> file) {
     std::size_t place = open.files.size();
     if (open.free.empty()) {
         if (place == std::numeric_limits<SInt16>::max()) return Failure(tmfoErr);
+        // Room for its number when it goes, which must not fail.
+        if (open.free.capacity() <= place) open.free.reserve(2 * place + 1);
         open.files.push_back(std::move(file));
     } else {
         std::ranges::pop_heap(open.free, std::greater<>());
@@ -56,17 +58,30 @@ std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind) {
     return file != nullptr && file->kind == kind ? file : nullptr;
 }
 
-bool removeOpenFile(SInt16 number) {
+namespace {
+
+/// `expected`: null for whatever has the number.
+bool take(SInt16 number, const OpenFile* expected) noexcept {
     std::shared_ptr<OpenFile> closing;  // goes after the lock: closing may reach back here
     OpenFileTable& open = table();
     const std::unique_lock guard(open.lock);
     if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return false;
     const auto place = static_cast<std::size_t>(number) - 1;
-    if (open.files[place] == nullptr) return false;
+    const OpenFile* const there = open.files[place].get();
+    if (there == nullptr || (expected != nullptr && there != expected)) return false;
     closing = std::exchange(open.files[place], nullptr);
     open.free.push_back(place);
     std::ranges::push_heap(open.free, std::greater<>());
     return true;
+}
+
+}  // namespace
+
+bool removeOpenFile(SInt16 number) noexcept {
+    return take(number, nullptr);
+}
+bool removeOpenFile(SInt16 number, const OpenFile& file) noexcept {
+    return take(number, &file);
 }
 
 }  // namespace osa

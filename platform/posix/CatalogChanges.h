@@ -10,7 +10,8 @@
 namespace osa::posix {
 
 /// dupFNErr when something has the new name, also when it got it a moment ago; diffVolErr. On file
-/// systems that cannot tell in one step, only a folder's new name is looked up beforehand.
+/// systems that can neither tell in one step nor give a file two names, and for folders on those
+/// that cannot tell, the name is looked up beforehand: what gets it in between is replaced.
 Result<void> renameToFree(const std::string& from, const std::string& to);
 /// Each gets the other's name, in one step where the file system can.
 Result<void> exchangeNames(const std::string& one, const std::string& other);

@@ -25,7 +25,10 @@ class Deletion {
         OSA_TRY(auto files, sideFilesOf(object_.folder(), object_.name(), isFolder));
         std::vector<std::string> inside;
         if (isFolder) {
-            OSA_TRY(inside, sideFilesAlone(object_.path()));
+            auto alone = sideFilesAlone(object_.path());
+            // One that may not be listed can still be empty, as removing it will tell.
+            if (!alone.ok() && alone.status() != permErr) return Failure(alone.status());
+            if (alone.ok()) inside = *std::move(alone);
         }
         if (files.empty() && inside.empty()) return posix::remove(object_.path());
 

@@ -15,6 +15,7 @@
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/forks/WriteAccess.h"
 #include "platform/files/stores/ForkProbe.h"
+#include "platform/files/stores/SideFiles.h"
 #include "platform/posix/CatalogChanges.h"
 
 namespace osa {
@@ -22,6 +23,13 @@ namespace {
 
 std::string folderOf(const std::string& path) {
     return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
+
+/// Two names of one file; after a crash in the middle of a renaming a side file has two.
+bool isSameFile(const std::string& one, const std::string& other) {
+    const auto first = posix::status(one, posix::Follow::no);
+    const auto second = posix::status(other, posix::Follow::no);
+    return first.ok() && second.ok() && first->isSameObject(*second);
 }
 
 /// Gives one side file its new name, and its old one up.
@@ -34,13 +42,17 @@ class SideMove {
         interim_ = hidden.pathFor(to.folder(), to.name());
     }
 
+    const std::string& from() const { return from_; }
+    const std::string& target() const { return target_; }
+
     Result<void> prepare(NameSteps& steps, const Located& object) {
         OSA_CHECK(mayMove());
         OSA_CHECK(steps.makeFolder(folderOf(target_)));
         if (how_ == Keeping::percent) OSA_CHECK(hide(steps, object));
         if (how_ == Keeping::macosxFolder) return {};
         const auto added = steps.addName(from_, interim_);
-        isAdded_ = added.ok();
+        isAdded_ = added.ok() || (added.status() == dupFNErr && isSameFile(from_, interim_));
+        if (isAdded_) return {};
         // Whatever else it is, the file may still be renamed.
         const bool isTaken = added.status() == dupFNErr || added.status() == diffVolErr;
         return isTaken ? added : Result<void>();
@@ -69,8 +81,11 @@ class SideMove {
         const std::string path = hidden.pathFor(object.folder(), object.name());
         const auto renamed = steps.rename(from_, path);
         if (renamed.ok()) from_ = path;
-        if (renamed.status() != dupFNErr) return renamed;
-        interim_ = target_;
+        if (!renamed.ok() && renamed.status() != dupFNErr) return renamed;
+        const bool isHidingPlaceFree =
+            renamed.ok() && (posix::status(interim_, posix::Follow::no).status() == fnfErr ||
+                             isSameFile(from_, interim_));
+        if (!isHidingPlaceFree) interim_ = target_;
         return {};
     }
 
@@ -81,23 +96,78 @@ class SideMove {
     bool isAdded_ = false;
 };
 
+Result<bool> isBlankSideFile(const std::string& path) {
+    OSA_TRY(const StoredParts parts, readAppleDoubleSideFile(path, false));
+    const bool hasFork = parts.resourceFork != nullptr && parts.resourceFork->size() > 0;
+    return !hasFork && isBlank(parts.finderInfo);
+}
+
+/// Side files of two __MACOSX folders would get one name. Of these, blank ones are moved aside.
+class Moves {
+  public:
+    Moves(const Located& object, const Located& to) : object_(object), to_(to) {}
+
+    Result<void> add(const SideFile& file, NameSteps& steps) {
+        SideMove move(file, to_);
+        const auto same = std::ranges::find(moves_, move.target(), &SideMove::target);
+        if (same == moves_.end()) {
+            moves_.push_back(std::move(move));
+            return {};
+        }
+        if (file.how == Keeping::macosxFolder) return Failure(paramErr);
+        OSA_TRY(const bool isBlank, isBlankSideFile(file.path));
+        OSA_TRY(const bool isFirstBlank, isBlankSideFile(same->from()));
+        if (!isBlank && !isFirstBlank) return Failure(paramErr);
+        if (!isBlank) std::swap(*same, move);
+        OSA_TRY(std::string aside, steps.moveAside(move.from()));
+        asides_.push_back(std::move(aside));
+        return {};
+    }
+    Result<void> prepare(NameSteps& steps) {
+        for (SideMove& move : moves_) OSA_CHECK(move.prepare(steps, object_));
+        return {};
+    }
+    Result<void> finish(NameSteps& steps) const {
+        for (const SideMove& move : moves_) OSA_CHECK(move.finish(steps));
+        return {};
+    }
+    void clear() const {
+        for (const std::string& path : asides_) posix::discard(path);
+    }
+
+  private:
+    const Located& object_;  // weak
+    const Located& to_;      // weak
+    std::vector<SideMove> moves_;
+    std::vector<std::string> asides_;
+};
+
+/// Left behind by others, side files of the new name would become this object's. It may be one of
+/// them itself.
+Result<bool> isTaken(const Located& to, const Located& object, const std::vector<SideFile>& own) {
+    OSA_TRY(const auto there, sideFilesOf(to.folder(), to.name(), object.status.isFolder()));
+    return std::ranges::any_of(there, [&](const SideFile& file) {
+        if (file.path == object.path()) return false;
+        return std::ranges::none_of(
+            own, [&](const SideFile& each) { return isSameFile(each.path, file.path); });
+    });
+}
+
 Result<void> carryOut(const Located& object, const Located& to) {
-    const bool isFolder = object.status.isFolder();
-    OSA_TRY(const auto files, sideFilesOf(object.folder(), object.name(), isFolder));
-    // Left behind by others, they would become this object's. It may be one of them itself.
-    OSA_TRY(const auto taken, sideFilesOf(to.folder(), to.name(), isFolder));
-    const bool isTaken = std::ranges::any_of(
-        taken, [&](const SideFile& file) { return file.path != object.path(); });
-    if (isTaken) return Failure(dupFNErr);
+    OSA_TRY(const auto files,
+            sideFilesOf(object.folder(), object.name(), object.status.isFolder()));
+    OSA_TRY(const bool taken, isTaken(to, object, files));
+    if (taken) return Failure(dupFNErr);
     ClaimMoves claims = ClaimMoves::ofMove(object.path(), to.path());
     NameSteps steps;
-    std::vector<SideMove> moves;
-    for (const SideFile& file : files) moves.emplace_back(file, to);
-    for (SideMove& move : moves) OSA_CHECK(move.prepare(steps, object));
+    Moves moves(object, to);
+    for (const SideFile& file : files) OSA_CHECK(moves.add(file, steps));
+    OSA_CHECK(moves.prepare(steps));
     OSA_CHECK(steps.rename(object.path(), to.path()));
-    for (const SideMove& move : moves) OSA_CHECK(move.finish(steps));
+    OSA_CHECK(moves.finish(steps));
     claims.tell();
     steps.keep();
+    moves.clear();
     return {};
 }
 

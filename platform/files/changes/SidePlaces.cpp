@@ -8,6 +8,7 @@
 
 #include "platform/files/References.h"
 #include "platform/files/formats/AppleDouble.h"
+#include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/SideFiles.h"
 
 namespace osa {
@@ -53,15 +54,13 @@ Result<bool> noneBecause(OSStatus status) {
     return false;
 }
 
-Result<bool> isAppleDouble(Keeping how, const std::string& path) {
-    if (how == Keeping::percent) {
-        // Others' names may begin so, too: as for the iterator, it takes some content.
-        OSA_TRY(const StoredParts parts, readAppleDoubleSideFile(path, true));
-        return parts.resourceFork != nullptr || !isBlank(parts.finderInfo);
-    }
-    const auto file = posix::openFile(path, posix::Follow::yes);
-    // What may not be read goes by its name.
-    if (file.status() == permErr) return posix::status(path, posix::Follow::no).ok();
+Result<bool> isRegular(const std::string& path) {
+    const auto file = posix::status(path, posix::Follow::no);
+    if (!file.ok()) return noneBecause(file.status());
+    return file->isRegular();
+}
+
+Result<bool> isBlankOrAppleDouble(const Result<std::shared_ptr<const posix::OpenedFile>>& file) {
     if (!file.ok()) return noneBecause(file.status());
     if ((*file)->size() == 0) return true;
     const auto parsed = AppleDouble::parse(*file);
@@ -69,10 +68,23 @@ Result<bool> isAppleDouble(Keeping how, const std::string& path) {
     return parsed.ok();
 }
 
-Result<bool> isBareFile(const std::string& path) {
-    const auto file = posix::status(path, posix::Follow::yes);
+Result<bool> isAppleDouble(Keeping how, const std::string& path) {
+    if (how == Keeping::percent) {
+        // Others' names may begin so, too: as for the iterator, it takes some content.
+        OSA_TRY(const StoredParts parts, readAppleDoubleSideFile(path, true));
+        return parts.resourceFork != nullptr || !isBlank(parts.finderInfo);
+    }
+    const auto file = posix::openFile(path, posix::Follow::yes);
+    // A file that may not be read goes by its name.
+    if (file.status() == permErr) return isRegular(path);
+    return isBlankOrAppleDouble(file);
+}
+
+Result<bool> isBareFile(Keeping how, const std::string& path) {
+    const auto file = posix::openFile(path, posix::Follow::no);
     if (!file.ok()) return noneBecause(file.status());
-    return file->isRegular();
+    const bool isInfo = how == Keeping::finf || how == Keeping::finderInfo;
+    return isInfo ? Result((*file)->size() >= kShortestBareInfo) : isBareFork(**file);
 }
 
 Result<bool> isFolderItself(const std::string& path) {
@@ -87,7 +99,7 @@ Result<bool> isKept(Keeping how, const std::string& path) {
         case Keeping::finf:
         case Keeping::resource:
         case Keeping::finderInfo:
-            return isBareFile(path);
+            return isBareFile(how, path);
         case Keeping::macosxFolder:
             return isFolderItself(path);
         default:
@@ -117,42 +129,49 @@ Result<void> lookInShadows(std::string_view folder, std::string_view name, bool 
     }
 }
 
-Result<bool> holdsFilesOnly(const std::string& folder) {
+/// Nothing that anybody would miss, going by the content: others' names may be the same by chance.
+Result<bool> isSideContent(const std::string& path) {
+    return isBlankOrAppleDouble(posix::openFile(path, posix::Follow::yes));
+}
+
+template <typename Check>
+Result<bool> areAll(const std::string& folder, Check check) {
     OSA_TRY(auto names, posix::DirectoryReader::open(folder, posix::Follow::no));
     for (;;) {
         OSA_TRY(const std::string name, names.next());
         if (name.empty()) return true;
-        OSA_TRY(const bool isFolder, isFolderItself(joinPath(folder, name)));
-        if (isFolder) return false;
+        OSA_TRY(const bool is, check(name));
+        if (!is) return false;
     }
 }
 
 Result<bool> isShadow(const std::string& folder, int depth) {
     if (depth == kDeepestShadow) return false;
-    OSA_TRY(auto names, posix::DirectoryReader::open(folder, posix::Follow::no));
-    for (;;) {
-        OSA_TRY(const std::string name, names.next());
-        if (name.empty()) return true;
+    return areAll(folder, [&](const std::string& name) -> Result<bool> {
         const std::string path = joinPath(folder, name);
         OSA_TRY(const bool isFolder, isFolderItself(path));
-        bool isSide = !isFolder && name.starts_with("._");
-        if (isFolder) {
-            OSA_TRY(isSide, isShadow(path, depth + 1));
-        }
-        if (!isSide) return false;
-    }
+        if (isFolder) return isShadow(path, depth + 1);
+        if (!name.starts_with("._")) return false;
+        return isSideContent(path);
+    });
 }
 
-/// Nothing that anybody would miss: a folder is looked into, for it may have the name by chance.
+/// A store for bare parts must be empty: nothing tells those of files that are gone from others'
+/// files.
 Result<bool> isOnlySide(const std::string& folder, const std::string& name) {
     const std::string path = joinPath(folder, name);
     OSA_TRY(const bool isFolder, isFolderItself(path));
-    if (!isFolder) return name.starts_with("._");
+    if (!isFolder && !name.starts_with("._")) return false;
+    if (!isFolder) return isSideContent(path);
     if (name == kMacosx) return isShadow(path, 0);
-    const bool isStore = std::ranges::any_of(
+    const auto store = std::ranges::find_if(
         kPlaces, [&](const Place& place) { return place.folder == name + "/"; });
-    if (!isStore) return false;
-    return holdsFilesOnly(path);
+    if (store == kPlaces.end()) return false;
+    const bool isBare = store->how != Keeping::appleDouble;
+    return areAll(path, [&](const std::string& file) -> Result<bool> {
+        if (isBare) return false;
+        return isSideContent(joinPath(path, file));
+    });
 }
 
 }  // namespace

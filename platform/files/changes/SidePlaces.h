@@ -37,7 +37,8 @@ struct SideFile {
 Result<std::vector<SideFile>> sideFilesOf(std::string_view folder, std::string_view name,
                                           bool isFolder);
 
-/// The names in a folder that holds nothing else than side files; fBsyErr when it does.
+/// The names in a folder that holds nothing else than side files, and nothing in them but what
+/// AppleDouble says belongs to an object; fBsyErr when it does.
 Result<std::vector<std::string>> sideFilesAlone(const std::string& folder);
 /// Whether there are only side files in a folder below __MACOSX, and folders of such.
 Result<bool> isShadow(const std::string& folder);

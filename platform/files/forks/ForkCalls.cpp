@@ -55,7 +55,7 @@ Result<std::shared_ptr<OpenFork>> forkOf(SInt16 number) {
 /// The number is free whatever the last writing answers.
 Result<void> closeFork(SInt16 number) {
     OSA_TRY(const auto fork, forkOf(number));
-    if (!removeOpenFile(number)) return Failure(rfNumErr);
+    if (!removeOpenFile(number, *fork)) return Failure(rfNumErr);
     const std::lock_guard guard(fork->lock);
     return fork->content->close();
 }

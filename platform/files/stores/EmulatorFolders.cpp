@@ -1,61 +1,79 @@
 // Emulators' and old servers' folders: one with bare resource forks, one with bare Finder
 // information.
+#include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/FolderSurroundings.h"
 #include "platform/files/stores/SideFiles.h"
 
 namespace osa {
 namespace {
 
+/// Only what is in the folders themselves counts, not what links there lead to: it may be anything,
+/// and others'.
 class EmulatorFolders : public ForkStore {
   public:
-    EmulatorFolders(bool FolderStores::*present, const char* forks, const char* infos)
-        : present_(present), forks_(forks), infos_(infos) {}
+    struct Folder {
+        const char* name;
+        bool FolderStores::*isThere;
+    };
+    EmulatorFolders(Folder forks, Folder infos) : forks_(forks), infos_(infos) {}
 
     Result<StoredParts> look(const Located& object, FolderSurroundings& around) const override {
         StoredParts parts;
         OSA_TRY(const FolderStores stores, around.stores());
-        if (!(stores.*present_)) return parts;
-        OSA_CHECK(lookForInfo(joinPath(joinPath(around.path(), infos_), object.name()), parts));
-        OSA_CHECK(lookForFork(joinPath(joinPath(around.path(), forks_), object.name()), parts));
+        if (!(stores.*forks_.isThere) && !(stores.*infos_.isThere)) return parts;
+        const auto open = [&](const Folder& folder) -> Result<OpenedPart> {
+            const std::string path = joinPath(joinPath(around.path(), folder.name), object.name());
+            return openPart(path, stores.*folder.isThere, parts);
+        };
+        OSA_TRY(const OpenedPart info, open(infos_));
+        if (info != nullptr) OSA_CHECK(addInfo(*info, parts));
+        OSA_TRY(const OpenedPart fork, open(forks_));
+        if (fork != nullptr) OSA_CHECK(addFork(*fork, parts));
         return parts;
     }
 
   private:
-    static Result<void> lookForInfo(const std::string& path, StoredParts& parts) {
-        const auto file = posix::openFile(path, posix::Follow::yes);
-        if (!file.ok()) return absent(path, file.status(), parts);
-        parts.witnesses.push_back({path, (*file)->status()});
-        OSA_TRY(const auto bytes, readRange(**file, CheckedRange{0, 32}.clamped((*file)->size())));
-        parts.addFinderInfo(finderInfoBytes(bytes),
-                            {.form = PartPlace::Form::bare, .witness = parts.witnesses.size() - 1});
-        return {};
-    }
+    using OpenedPart = std::shared_ptr<const posix::OpenedFile>;
 
-    static Result<void> lookForFork(const std::string& path, StoredParts& parts) {
-        const auto status = posix::status(path, posix::Follow::yes);
-        if (!status.ok()) return absent(path, status.status(), parts);
-        parts.witnesses.push_back({path, *status});
-        if (status->isRegular()) {
-            parts.addFork(
-                std::make_shared<StoredFork>(StoredFork{nullptr, path, *status, {0, status->size}}),
-                {.form = PartPlace::Form::bare, .witness = parts.witnesses.size() - 1});
-        }
-        return {};
-    }
-
-    static Result<void> absent(const std::string& path, OSStatus status, StoredParts& parts) {
-        if (!meansAbsent(status, true)) return Failure(status);
+    /// Null when there is none; the last witness is the file.
+    static Result<OpenedPart> openPart(const std::string& path, bool isFolderThere,
+                                       StoredParts& parts) {
+        OpenedPart none;
         parts.witnesses.push_back({path, std::nullopt});
+        if (!isFolderThere) return none;
+        const auto file = posix::openFile(path, posix::Follow::no);
+        if (!file.ok())
+            return meansAbsent(file.status(), true) ? Result(none) : Failure(file.status());
+        parts.witnesses.back().seen = (*file)->status();
+        return file;
+    }
+
+    static PartPlace lastWitness(const StoredParts& parts) {
+        return {.form = PartPlace::Form::bare, .witness = parts.witnesses.size() - 1};
+    }
+
+    static Result<void> addInfo(const posix::OpenedFile& file, StoredParts& parts) {
+        if (file.size() < kShortestBareInfo) return {};
+        OSA_TRY(const auto bytes, readRange(file, CheckedRange{0, 32}.clamped(file.size())));
+        parts.addFinderInfo(finderInfoBytes(bytes), lastWitness(parts));
         return {};
     }
 
-    bool FolderStores::*present_;
-    const char* forks_;
-    const char* infos_;
+    static Result<void> addFork(const posix::OpenedFile& file, StoredParts& parts) {
+        OSA_TRY(const bool isFork, isBareFork(file));
+        if (!isFork) return {};
+        StoredFork fork{nullptr, parts.witnesses.back().path, file.status(), {0, file.size()}};
+        parts.addFork(std::make_shared<StoredFork>(std::move(fork)), lastWitness(parts));
+        return {};
+    }
+
+    Folder forks_;
+    Folder infos_;
 };
 
-const EmulatorFolders rsrcFinf(&FolderStores::rsrc, ".rsrc", ".finf");
-const EmulatorFolders resourceFinderInfo(&FolderStores::resource, ".resource", ".finderinfo");
+const EmulatorFolders rsrcFinf({".rsrc", &FolderStores::rsrc}, {".finf", &FolderStores::finf});
+const EmulatorFolders resourceFinderInfo({".resource", &FolderStores::resource},
+                                         {".finderinfo", &FolderStores::finderInfo});
 
 }  // namespace
 

@@ -32,9 +32,19 @@ ScannedFolder& place(std::string_view path) {
     return folders[std::hash<std::string_view>{}(path) % folders.size()];
 }
 
-Result<FolderStores> scan(const std::string& path) {
+struct BareStore {
+    const char* name;
+    bool FolderStores::*isThere;
+};
+constexpr std::array kBareStores{BareStore{".rsrc", &FolderStores::rsrc},
+                                 BareStore{".finf", &FolderStores::finf},
+                                 BareStore{".resource", &FolderStores::resource},
+                                 BareStore{".finderinfo", &FolderStores::finderInfo}};
+
+/// What the names say may be there.
+Result<FolderStores> scanNames(const std::string& path) {
     FolderStores found;
-    const FolderStores everything{true, true, true, true, {}};
+    const FolderStores everything{true, true, true, true, true, true, {}};
     auto names = posix::DirectoryReader::open(path);
     if (!names.ok()) {
         // A folder may be closed to reading and yet its files be open to whoever knows their names.
@@ -48,9 +58,21 @@ Result<FolderStores> scan(const std::string& path) {
         if (name.front() == '%') found.percentNames = true;
         if (name.front() != '.') continue;
         if (name == ".AppleDouble") found.appleDouble = true;
-        if (name == ".rsrc" || name == ".finf") found.rsrc = true;
-        if (name == ".resource" || name == ".finderinfo") found.resource = true;
+        for (const BareStore& store : kBareStores) {
+            if (name == store.name) found.*store.isThere = true;
+        }
     }
+}
+
+Result<FolderStores> scan(const std::string& path) {
+    OSA_TRY(FolderStores found, scanNames(path));
+    for (const BareStore& store : kBareStores) {
+        if (!(found.*store.isThere)) continue;
+        const auto folder = posix::status(joinPath(path, store.name), posix::Follow::no);
+        if (!folder.ok() && !meansAbsent(folder.status(), true)) return Failure(folder.status());
+        found.*store.isThere = folder.ok() && folder->isFolder();
+    }
+    return found;
 }
 
 Result<std::vector<std::string>> macosxRoots(std::string path) {

@@ -12,9 +12,12 @@ namespace osa {
 
 /// The folder-level stores of one folder.
 struct FolderStores {
-    bool appleDouble = false;   ///< .AppleDouble
-    bool rsrc = false;          ///< .rsrc or .finf
-    bool resource = false;      ///< .resource or .finderinfo
+    bool appleDouble = false;  ///< .AppleDouble
+    // These only where they are no links.
+    bool rsrc = false;          ///< .rsrc
+    bool finf = false;          ///< .finf
+    bool resource = false;      ///< .resource
+    bool finderInfo = false;    ///< .finderinfo
     bool percentNames = false;  ///< some name begins with "%"
     /// Folders upward that have a __MACOSX folder, the nearest first.
     std::vector<std::string> macosxRoots;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/posix/CatalogChanges.h"
 
@@ -22,6 +23,22 @@ Result<std::vector<PartHolder>> partHolders(const Located& object, Part part) {
         }
     }
     return holders;
+}
+
+Result<void> mayHaveSideFile(const Located& object) {
+    const std::string path = joinPath(object.folder(), "._", object.name());
+    const auto named = posix::status(path, posix::Follow::no);
+    if (named.status() == fnfErr) return {};
+    OSA_CHECK(named);
+    const auto file = posix::openFile(path, posix::Follow::yes);
+    const bool isOther = file.status() == fnfErr || file.status() == notAFileErr;
+    if (isOther) return Failure(dupFNErr);
+    OSA_CHECK(file);
+    if ((*file)->size() == 0) return {};
+    const auto parsed = AppleDouble::parse(*file);
+    if (parsed.status() == paramErr) return Failure(dupFNErr);
+    OSA_CHECK(parsed);
+    return {};
 }
 
 PartChanges::~PartChanges() {
@@ -60,6 +77,9 @@ Result<void> PartChanges::change(const PartHolder& holder, const HolderEdit& edi
     if (holder.attribute != nullptr) return changeAttribute(holder, edit);
     // A link to a side file stays one.
     OSA_TRY(const std::string target, posix::realPath(holder.path));
+    // What is bare says nothing of itself: where a link has come to be, it may be anything.
+    const bool isBare = holder.form == PartPlace::Form::bare;
+    if (isBare && target != holder.path) return Failure(dupFNErr);
     return changeFile(target, edit);
 }
 

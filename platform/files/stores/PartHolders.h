@@ -27,6 +27,10 @@ struct PartHolder {
 /// are blanked.
 Result<std::vector<PartHolder>> partHolders(const Located& object, Part part);
 
+/// Whether the object has a "._" side file, or may get one: dupFNErr when the name is another
+/// object's, errFSNameTooLong.
+Result<void> mayHaveSideFile(const Located& object);
+
 using ForkSource = std::shared_ptr<const ByteSource>;
 /// What a holder's content becomes.
 using HolderEdit = std::function<Result<ForkSource>(const ForkSource& old)>;

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "platform/files/formats/AppleDouble.h"
+#include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/files/stores/PartHolders.h"
 #include "platform/posix/CatalogChanges.h"
@@ -31,6 +32,10 @@ HolderEdit edit(Form form, const ForkSource& fork) {
     };
 }
 
+ForkSource nothing() {
+    return std::make_shared<MemorySource>(ByteSpan());
+}
+
 /// The holder of the fork that counts.
 const PartHolder& counting(const std::vector<PartHolder>& holders) {
     const auto found =
@@ -54,10 +59,22 @@ Result<void> moveToSideFile(PartChanges& changes, const Located& object,
     return {};
 }
 
+/// A bare file counts only as long as it is a resource fork.
+Result<bool> wouldNotCount(const PartHolder& holder, const ForkSource& fork) {
+    if (holder.attribute != nullptr || holder.form != Form::bare) return false;
+    OSA_TRY(const bool isFork, isBareFork(*fork));
+    return !isFork;
+}
+
 Result<void> replaceFork(PartChanges& changes, const Located& object,
                          const std::vector<PartHolder>& holders, const ForkSource& fork) {
     if (holders.empty()) return writeToSideFile(changes, object, fork);
     const PartHolder& holder = counting(holders);
+    OSA_TRY(const bool isElsewhere, wouldNotCount(holder, fork));
+    if (isElsewhere) {
+        OSA_CHECK(writeToSideFile(changes, object, fork));
+        return changes.change(holder, edit(Form::bare, nothing()));
+    }
     auto written = changes.change(holder, edit(holder.form, fork));
     if (written.ok()) written = changes.carryOut();
     const bool hasNoRoom = holder.attribute != nullptr && written.status() == dskFulErr;
@@ -113,7 +130,10 @@ Result<void> createResourceFork(const FSRef& file, ByteSpan fork, OldFork old) {
 Result<void> mayWriteResourceFork(const Located& file) {
     OSA_TRY(const auto holders, partHolders(file, Part::resourceFork));
     OSA_CHECK(posix::mayWrite(file.path()));
-    if (holders.empty()) return posix::mayWrite(std::string(file.folder()));
+    if (holders.empty()) {
+        OSA_CHECK(mayHaveSideFile(file));
+        return posix::mayWrite(std::string(file.folder()));
+    }
     const PartHolder& holder = counting(holders);
     if (holder.attribute != nullptr) return {};
     // It is replaced by another file of its name.

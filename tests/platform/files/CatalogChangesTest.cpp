@@ -11,7 +11,8 @@ namespace osa::test {
 namespace {
 
 const std::string kInfo = finderInfo(FourCC("osas"), FourCC("ToyS"));
-const std::string kPair = appleDouble(kInfo, "fork of x");
+const std::string kFork = resourceFork("fork of x");
+const std::string kPair = appleDouble(kInfo, kFork);
 
 /// Where a store keeps the parts of `name` in `folder`: "@" stands for the folder, "*" for the
 /// name.
@@ -34,10 +35,10 @@ const Store kStores[] = {
     {"._x", {{"@/._*", kPair}}},
     {".AppleDouble", {{"@/.AppleDouble/*", kPair}}},
     {"__MACOSX", {{"__MACOSX/@/._*", kPair}}},
-    {".rsrc", {{"@/.rsrc/*", "fork of x"}, {"@/.finf/*", kInfo}}},
-    {".resource", {{"@/.resource/*", "fork of x"}, {"@/.finderinfo/*", kInfo}}},
+    {".rsrc", {{"@/.rsrc/*", kFork}, {"@/.finf/*", kInfo}}},
+    {".resource", {{"@/.resource/*", kFork}, {"@/.finderinfo/*", kInfo}}},
     {"%x", {{"@/%*", kPair}}},
-    {"two", {{"@/._*", appleDouble(kInfo, "")}, {"@/%*", appleDouble("", "fork of x")}}},
+    {"two", {{"@/._*", appleDouble(kInfo, "")}, {"@/%*", appleDouble("", kFork)}}},
 };
 
 class CatalogChanges : public FileFixture {
@@ -88,7 +89,7 @@ class CatalogChanges : public FileFixture {
     void expectWhole(const std::string& name, const Store& store) const {
         EXPECT_EQ(content(name), "data of x");
         const bool isBare = store.files.empty();
-        EXPECT_EQ(fork(ref(name), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref(name), ForkKind::resource), isBare ? "status -1409" : kFork);
         EXPECT_EQ(+info(ref(name), kFSCatInfoFinderInfo).finderInfo.fdType,
                   isBare ? 0 : FourCC("osas"));
     }
@@ -96,7 +97,7 @@ class CatalogChanges : public FileFixture {
     void expectExchanged(const Store& store) const {
         const bool isBare = store.files.empty();
         EXPECT_EQ(content("d/x") + content("d/z"), "data of zdata of x");
-        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : "fork of x");
+        EXPECT_EQ(fork(ref("d/z"), ForkKind::resource), isBare ? "status -1409" : kFork);
         EXPECT_EQ(fork(ref("d/x"), ForkKind::resource), "status -1409");
         for (const char* name : {"d/x", "d/z"}) {
             const FSCatalogInfo now = info(ref(name), kFSCatInfoFinderInfo | kFSCatInfoPermissions);
@@ -197,8 +198,9 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
     std::set<std::string> there;
     const auto prepare = [&](bool isEmpty) {
         clear();
-        std::filesystem::create_directories(at("d/sub"));
-        std::filesystem::create_directories(at("e"));
+        for (const char* name : {"d/sub/.rsrc", "d/sub/.finderinfo", "e"}) {
+            std::filesystem::create_directories(at(name));
+        }
         put("d/._sub", appleDouble(kInfo, ""));
         put("d/sub/.AppleDouble/.Parent", kPair);
         put("d/sub/._gone", kPair);
@@ -222,10 +224,11 @@ TEST_F(CatalogChanges, KeepWhatIsInFolders) {
                      EXPECT_EQ(names(), status == noErr ? gone : there);
                  });
     // What looks like a side file but holds something else is not thrown away.
-    for (const char* name : {"c", "._folder/c", ".rsrc/folder/c", "__MACOSX/c", ".git/c"}) {
+    for (const char* name : {"c", "._folder/c", ".rsrc/folder/c", "__MACOSX/c", ".git/c", "._c",
+                             ".finf/c", ".AppleDouble/c", "__MACOSX/._c"}) {
         SCOPED_TRACE(name);
         prepare(true);
-        put(std::string("d/sub/") + name);
+        put(std::string("d/sub/") + name, "my text");
         there = names();
         EXPECT_EQ(FSDeleteObject(&sub), fBsyErr);
         EXPECT_EQ(names(), there);
@@ -250,6 +253,9 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     put("x", "data of x");
     put("._x", "not ours");
     put("%x", "not ours either");
+    put(".resource/x", "nor this");
+    std::filesystem::create_directories(at(".finderinfo"));
+    std::filesystem::create_symlink("../beyond/side", at(".finderinfo/x"));
     put("beyond/fork/x", "fork");
     put("beyond/side", kPair);
     std::filesystem::create_symlink("beyond/fork", at(".rsrc"));
@@ -257,8 +263,9 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     std::filesystem::create_symlink("nowhere", at("._link"));
     FSRef x{};
     EXPECT_EQ(rename(ref("x"), u"y", &x), noErr);
-    EXPECT_EQ(files(), (std::set<std::string>{"y", "._x", "%x", "beyond/fork/x", "beyond/side",
-                                              ".rsrc", "link", "._link"}));
+    const std::set<std::string> others{"._x",   "%x",          ".resource/x",   ".finderinfo/x",
+                                       ".rsrc", "beyond/side", "beyond/fork/x", "._link"};
+    EXPECT_EQ(files(), others + std::set<std::string>({"y", "link"}));
     // Links are moved and deleted themselves.
     std::filesystem::create_symlink("beyond/side", at("._y"));
     EXPECT_EQ(rename(x, u"z", &x), noErr);
@@ -268,8 +275,45 @@ TEST_F(CatalogChanges, LeaveAloneWhatIsNotTheirs) {
     FSRef link = unfollowed("link");
     EXPECT_EQ(rename(link, u"way", &link), noErr);
     EXPECT_EQ(FSDeleteObject(&link), noErr);
-    EXPECT_EQ(files(), (std::set<std::string>{"._x", "%x", "beyond/fork/x", "beyond/side", ".rsrc",
-                                              "._link"}));
+    EXPECT_EQ(files(), others);
+}
+
+TEST_F(CatalogChanges, KnowTheirOwn) {
+    FSRef x{};
+    put("x", "data of x");
+    put("._x", kPair);
+    std::filesystem::create_hard_link(at("._x"), at("._y"));
+    EXPECT_EQ(rename(ref("x"), u"y", &x), noErr) << "left by a crash";
+    expectWhole("y", kStores[1]);
+    EXPECT_EQ(files(), (std::set<std::string>{"y", "._y"}));
+    std::filesystem::rename(at("._y"), at("%y"));
+    put("._z", "text");
+    EXPECT_EQ(rename(x, u"z", &x), noErr) << "the stranger is not in the way";
+    expectWhole("z", kStores[1]);
+    EXPECT_EQ(files(), (std::set<std::string>{"z", "%z", "._z"}));
+    for (const bool isBlank : {true, false}) {
+        clear();
+        put("a/b/x", "data of x");
+        put("a/b/__MACOSX/._x", isBlank ? appleDouble("", "") : kPair);
+        put("a/__MACOSX/b/._x", kPair);
+        EXPECT_EQ(move(ref("a/b/x"), "", &x), isBlank ? noErr : paramErr);
+        expectWhole(isBlank ? "x" : "a/b/x", kStores[1]);
+    }
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become somebody else";
+    clear();
+    put("x");
+    chmod(root_.c_str(), 0777);
+    for (const auto& [name, mode] : {std::pair{"._x", 0}, std::pair{"d", 0333}}) {
+        ASSERT_EQ(mkdir(at(name).c_str(), 0) | chown(at(name).c_str(), 65534, 65534), 0);
+        ASSERT_EQ(chmod(at(name).c_str(), static_cast<mode_t>(mode)), 0);
+    }
+    ASSERT_EQ(seteuid(65534), 0);
+    for (const char* name : {"x", "d"}) {
+        const FSRef object = ref(name);
+        EXPECT_EQ(FSDeleteObject(&object), noErr);
+    }
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_EQ(names(), std::set<std::string>{"._x"});
 }
 
 TEST_F(CatalogChanges, SayWhyTheyDoNot) {

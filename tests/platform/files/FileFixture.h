@@ -28,6 +28,14 @@ inline std::string finderInfo(FourCharCode type, FourCharCode creator) {
     return ByteWriter().fourCC(type).fourCC(creator).fill(24).takeText();
 }
 
+/// A resource fork without resources whose data is `data`.
+inline std::string resourceFork(const std::string& data) {
+    const auto length = static_cast<std::uint32_t>(data.size());
+    ByteWriter fork;
+    fork.u32(16).u32(16 + length).u32(length).u32(30).text(data);
+    return fork.fill(24).u16(28).u16(30).u16(0xFFFF).takeText();
+}
+
 /// Builds an AppleDouble file from its entries, which lie behind the table in the given order.
 struct AppleDoubleBuilder {
     std::vector<std::pair<std::uint32_t, std::string>> entries;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr FourCharCode kType = FourCC("osas");
 const std::string kInfo = finderInfo(kType, FourCC("ToyS"));
-const std::string kFork = "the resource fork";
+const std::string kFork = resourceFork("the resource fork");
 
 class ForkStores : public FileFixture {
   protected:

@@ -1,5 +1,6 @@
 // Forks changed by number.
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/files/ReferenceNumbers.h"
@@ -141,6 +142,29 @@ TEST_F(ForkWriting, GoesOneWriterAtATime) {
     EXPECT_EQ(fork(x, kKinds[1]) + fork(ref("h"), kKinds[1]), "of xof h");
 }
 
+TEST_F(ForkWriting, TakesTurnsWithOtherProcesses) {
+    put("x", "data");
+    const FSRef x = ref("x");
+    for (UInt32 round = 1000; round < 1100; ++round) {
+        const std::string text = std::to_string(round);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            SInt16 number = 0;
+            const bool isDone = open(x, kNames[1], fsRdWrPerm, number) == noErr &&
+                                write(number, text) == noErr && FSClose(number) == noErr;
+            _exit(isDone ? 0 : 1);
+        }
+        FSCatalogInfo set{};
+        set.finderInfo.fdType = round;
+        EXPECT_EQ(FSSetCatalogInfo(&x, kFSCatInfoFinderInfo, &set), noErr);
+        int failed = 1;
+        EXPECT_EQ(waitpid(child, &failed, 0), child);
+        EXPECT_EQ(failed, 0);
+        EXPECT_EQ(fork(x, ForkKind::resource), text);
+        EXPECT_EQ(+info(x, kFSCatInfoFinderInfo).finderInfo.fdType, round);
+    }
+}
+
 TEST_F(ForkWriting, SaysWhyItDoesNot) {
     put("x", "data");
     put("gone");
@@ -152,6 +176,9 @@ TEST_F(ForkWriting, SaysWhyItDoesNot) {
     EXPECT_EQ(open(x, kNames[1], fsRdPerm, number), noErr);
     EXPECT_EQ(all(number), "") << "an empty one";
     EXPECT_EQ(FSCloseFork(number), noErr);
+    put("._x", "text");
+    EXPECT_EQ(open(x, kNames[1], fsRdWrPerm, number), dupFNErr);
+    std::filesystem::remove(at("._x"));
     ASSERT_EQ(open(gone, kNames[1], fsRdWrPerm, number), noErr);
     EXPECT_EQ(write(number, "late"), noErr);
     std::filesystem::remove(at("gone"));
