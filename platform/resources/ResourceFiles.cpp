@@ -1,7 +1,6 @@
 // Opening, closing and choosing resource files.
 #include <CoreServices/Resources.h>
 
-#include <algorithm>
 #include <mutex>
 #include <vector>
 

@@ -161,7 +161,8 @@ OSA_PLATFORM_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap
 /// access, and either half of the Finder information, which goes to where it was found, else to a
 /// "._" side file. A failure leaves what was there. paramErr: a field that cannot be set.
 /// afpAccessDenied, wPrErr: the object, or the folder of its side file, may not be written.
-/// dupFNErr: another file has the side file's name.
+/// dupFNErr: another file has the side file's name; errFSNameTooLong: a name of over 253 bytes
+/// leaves no room for "._".
 /// Limits: unimpErr for the other settable fields, then nothing is written (Linux sets the other
 /// dates itself, or keeps none), and for Finder information of links, devices and the root folder.
 OSA_PLATFORM_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo,
@@ -194,14 +195,16 @@ OSA_PLATFORM_EXPORT OSErr FSCreateDirectoryUnicode(const FSRef* parentRef, UniCh
 //   afpAccessDenied, wPrErr   a folder that must change may not
 //   dupFNErr                  something has the new name, or forks or Finder information are kept
 //                             for it
-//   fBsyErr                   for deleting: a folder with something in it that is no side file
+//   fBsyErr                   for deleting: a folder with something in it that by its content is
+//                             no side file; kFSIterateDelete shows it
 //   paramErr                  the root folder
 
 /// Deletes a file or an empty folder at once.
 OSA_PLATFORM_EXPORT OSErr FSDeleteObject(const FSRef* ref);
 /// `newRef` names the object at its new place; its own folder again is no failure. diffVolErr:
 /// another volume, also when a side file would have to leave its own; errFSNotAFolder; paramErr: a
-/// folder into itself or what it holds, or a side file that is a link and would lead nowhere.
+/// folder into itself or what it holds, a side file that is a link and would lead nowhere, or two
+/// __MACOSX folders with side files for it that are not blank and would get one place.
 OSA_PLATFORM_EXPORT OSErr FSMoveObject(const FSRef* ref, const FSRef* destDirectory, FSRef* newRef);
 /// The new name as for FSCreateFileUnicode; its own name again is no failure. The encoding hint is
 /// not used.
@@ -258,8 +261,10 @@ OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
 /// share. A file's missing resource fork is an empty one. notAFileErr: a folder;
 /// errFSForkNotFound: the resource fork of a folder or a link; errFSBadForkName: neither name.
 /// For writing: opWrErr when it is open for writing already, unless both opened it with
-/// fsRdWrShPerm; readers may have it open, and go on reading what they opened. fLckdErr: nobody may
-/// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume.
+/// fsRdWrShPerm; readers may have it open, and go on reading what they opened. Each name of a file
+/// with several has a resource fork of its own. fLckdErr: nobody may write to the file; wrPermErr:
+/// the caller may not; wPrErr: nor to the volume; dupFNErr: another object has the name of the side
+/// file that the fork would need; errFSNameTooLong: a name of over 253 bytes can have none.
 /// Data forks are changed in place. A resource fork is changed beside, becomes the file's at
 /// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several
 /// numbers of fsRdWrShPerm see each other's changes at once. It follows its file when that is
@@ -271,7 +276,7 @@ OSA_PLATFORM_EXPORT OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLeng
 OSA_PLATFORM_EXPORT OSErr FSpOpenDF(const FSSpec* spec, SInt8 permission, SInt16* refNum);
 /// rfNumErr: not an open fork. The same for all calls that take a number. A failure to write what
 /// was changed is answered (dskFulErr, fnfErr when the file is gone, dupFNErr when another object
-/// has the side file's name, …), the old resource fork stays, and the number is closed all the
+/// got the side file's name, …), the old resource fork stays, and the number is closed all the
 /// same.
 OSA_PLATFORM_EXPORT OSErr FSCloseFork(SInt16 forkRefNum);
 OSA_PLATFORM_EXPORT OSErr FSClose(SInt16 refNum);

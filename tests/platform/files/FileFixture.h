@@ -119,6 +119,22 @@ class FileFixture : public testing::Test {
         return made;
     }
 
+    /// Of a child of the folder, if only a link.
+    FSRef unfollowed(const std::string& name) const {
+        const FSRef folder = ref("");
+        const std::u16string units(name.begin(), name.end());
+        FSRef made{};
+        FSMakeFSRefUnicode(&folder, units.size(), reinterpret_cast<const UniChar*>(units.data()), 0,
+                           &made);
+        return made;
+    }
+
+    static OSErr open(const FSRef& object, std::u16string_view name, SInt8 permissions,
+                      SInt16& number) {
+        return FSOpenFork(&object, name.size(), reinterpret_cast<const UniChar*>(name.data()),
+                          permissions, &number);
+    }
+
     static FSCatalogInfo info(const FSRef& object, FSCatalogInfoBitmap which) {
         FSCatalogInfo info{};
         EXPECT_EQ(FSGetCatalogInfo(&object, which, &info, nullptr, nullptr, nullptr), noErr);

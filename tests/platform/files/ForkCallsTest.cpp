@@ -10,14 +10,7 @@ namespace {
 
 const std::u16string kResourceName = u"RESOURCE_FORK";
 
-class ForkCalls : public FileFixture {
-  protected:
-    static OSErr open(const FSRef& object, std::u16string_view name, SInt8 permissions,
-                      SInt16& number) {
-        return FSOpenFork(&object, name.size(), reinterpret_cast<const UniChar*>(name.data()),
-                          permissions, &number);
-    }
-};
+class ForkCalls : public FileFixture {};
 
 TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
     put("x", "data");

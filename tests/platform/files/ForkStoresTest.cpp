@@ -135,10 +135,7 @@ TEST_F(ForkStores, DescribeFoldersAndLinksToo) {
     std::memcpy(&view, &folder.finderInfo, sizeof view);
     EXPECT_EQ(view.frRect.right, 4);
     EXPECT_EQ(view.frFlags, kIsInvisible);
-    const FSRef parent = ref("");
-    FSRef link;
-    const UniChar name[] = {'l', 'i', 'n', 'k'};
-    ASSERT_EQ(FSMakeFSRefUnicode(&parent, 4, name, 0, &link), noErr);
+    const FSRef link = unfollowed("link");
     EXPECT_EQ(+info(link, kFSCatInfoFinderInfo).finderInfo.fdType, FourCC("slnk"));
     EXPECT_EQ(fork(link, ForkKind::data), "d");
 }
@@ -172,9 +169,12 @@ TEST_F(ForkStores, SeeEveryChangeBetweenTwoQuestions) {
     }
 }
 
-/// The system calls that `work` makes, found by letting the last one fail.
-UInt32 operationsOf(const std::function<void()>& work) {
+/// The system calls that `work` makes, found by letting the last one fail; `prepare` comes before
+/// each try.
+UInt32 operationsOf(
+    const std::function<void()>& work, const std::function<void()>& prepare = [] {}) {
     for (UInt32 count = 0;; ++count) {
+        prepare();
         OSAFailOperation(count + 1, false);
         work();
         const UInt32 failed = OSAFailedOperations();
@@ -200,15 +200,8 @@ TEST_F(ForkStores, AskTheSystemSeldom) {
     // Closing is not counted: it cannot be refused.
     // A file of its own for each try: the memory holds one object only.
     const auto fresh = [&](const FSRef& object, const FSRef& other) {
-        UInt32 count = 0;
-        for (;; ++count) {
-            info(other, kFSCatInfoFinderInfo);
-            OSAFailOperation(count + 1, false);
-            ask(object, kFSCatInfoFinderInfo)();
-            const UInt32 failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
-            if (failed == 0) return count;
-        }
+        return operationsOf(ask(object, kFSCatInfoFinderInfo),
+                            [&] { info(other, kFSCatInfoFinderInfo); });
     };
     EXPECT_LE(fresh(with, without), 5u);
     EXPECT_LE(operationsOf(ask(with, kFSCatInfoFinderInfo)), 2u);
