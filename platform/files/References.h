@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "platform/files/FolderTable.h"
-#include "platform/files/PartsLock.h"
+#include "platform/files/changes/PartsLock.h"
 #include "platform/posix/FileSystem.h"
 
 namespace osa {

@@ -1,5 +1,5 @@
 // The locks and the counter.
-#include "platform/files/PartsLock.h"
+#include "platform/files/changes/PartsLock.h"
 
 #include <algorithm>
 #include <atomic>
