@@ -88,12 +88,12 @@ void CDataFile::ReadSome(char* info, SInt32 count) {
 void CDataFile::WriteAll(Handle data) {
     TB_ASSERT(kUnit, IsOpen());
     // It would pass for empty and cost the file its content.
-    const bool isNowhere = data == nullptr || *data == nullptr;
-    FailOSErr(isNowhere ? OSErr{nilHandleErr} : OSErr{noErr});
+    const char* const bytes = data == nullptr ? nullptr : *data;
+    FailOSErr(bytes == nullptr ? OSErr{nilHandleErr} : OSErr{noErr});
     const Size size = GetHandleSize(data);
     SInt32 count = size;
     FailOSErr(SetFPos(mRefNum, fsFromStart, 0));
-    FailOSErr(FSWrite(mRefNum, &count, *data));
+    FailOSErr(FSWrite(mRefNum, &count, bytes));
     FailOSErr(SetEOF(mRefNum, size));
     FailOSErr(FSFlushFork(mRefNum));
 }

@@ -30,8 +30,8 @@ class CDataFile : public CFile {
     /// Exactly `count` bytes at the mark. Asserts "info", the buffer.
     virtual void ReadSome(char* info, SInt32 count);
     /// Makes the bytes of the caller's handle the whole fork, on disk when this returns. A failure
-    /// leaves a part of them. nilHandleErr, and nothing written, for null and for a handle without a
-    /// block.
+    /// leaves a part of them. nilHandleErr, and nothing written, for null and for a handle without
+    /// a block.
     virtual void WriteAll(Handle data);
     /// At the mark. Asserts "info".
     virtual void WriteSome(const char* info, SInt32 count);

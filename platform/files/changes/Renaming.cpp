@@ -70,8 +70,9 @@ class SideMove {
         if (folderOf(from_) == folderOf(target_)) return {};
         OSA_TRY(const posix::FileStatus status, posix::status(from_, posix::Follow::no));
         if (!status.isSymbolicLink()) return {};
-        OSA_TRY(const std::string text, posix::readLink(from_));
-        if (!text.starts_with('/')) return Failure(paramErr);
+        const auto text = posix::readLink(from_);
+        OSA_CHECK(text);
+        if (!text->starts_with('/')) return Failure(paramErr);
         return {};
     }
 
