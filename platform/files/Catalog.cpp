@@ -189,10 +189,13 @@ class CatalogSetting {
 
 Result<void> setCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which,
                             const FSCatalogInfo* info) {
+    if (which == 0) {
+        OSA_CHECK(locate(ref));
+        return {};
+    }
     OSA_TRY(const Located named, describeReference(ref));
     const PartsLock lock(named.folder());
     OSA_TRY(const Located object, locate(ref));
-    if (which == 0) return {};
     if (info == nullptr || (which & ~kFSCatInfoSettableInfo) != 0) return Failure(paramErr);
     constexpr FSCatalogInfoBitmap kPossible =
         kFSCatInfoPermissions | CatalogSetting::kFinder | CatalogSetting::kDates;

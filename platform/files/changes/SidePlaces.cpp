@@ -55,7 +55,7 @@ Result<bool> noneBecause(OSStatus status) {
 }
 
 Result<bool> isRegular(const std::string& path) {
-    const auto file = posix::status(path, posix::Follow::no);
+    const auto file = posix::status(path, posix::Follow::yes);
     if (!file.ok()) return noneBecause(file.status());
     return file->isRegular();
 }
