@@ -93,7 +93,7 @@ struct Closing {
 
     ~Closing() {
         thread.forget(file);
-        removeOpenFile(file->number());
+        removeOpenFile(file->number(), *file);
     }
 };
 

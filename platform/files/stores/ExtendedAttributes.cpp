@@ -85,9 +85,9 @@ class ExtendedAttributes : public ForkStore {
         std::optional<Bytes> none;
         if (std::find(names.begin(), names.end(), name) == names.end()) return none;
         auto value = posix::attribute(path, name);
-        if (!value.ok() && value.status() == fnfErr) return none;
-        OSA_TRY(Bytes bytes, std::move(value));
-        return std::optional<Bytes>(std::move(bytes));
+        if (value.ok()) return std::optional<Bytes>(std::move(*value));
+        if (value.status() == fnfErr) return none;
+        return Failure(value.status());
     }
 };
 
