@@ -58,30 +58,17 @@ std::shared_ptr<OpenFile> findOpenFile(SInt16 number, OpenFile::Kind kind) {
     return file != nullptr && file->kind == kind ? file : nullptr;
 }
 
-namespace {
-
-/// `expected`: null for whatever has the number.
-bool take(SInt16 number, const OpenFile* expected) noexcept {
+bool removeOpenFile(SInt16 number, const OpenFile& file) noexcept {
     std::shared_ptr<OpenFile> closing;  // goes after the lock: closing may reach back here
     OpenFileTable& open = table();
     const std::unique_lock guard(open.lock);
     if (number < 1 || static_cast<std::size_t>(number) > open.files.size()) return false;
     const auto place = static_cast<std::size_t>(number) - 1;
-    const OpenFile* const there = open.files[place].get();
-    if (there == nullptr || (expected != nullptr && there != expected)) return false;
+    if (open.files[place].get() != &file) return false;
     closing = std::exchange(open.files[place], nullptr);
     open.free.push_back(place);
     std::ranges::push_heap(open.free, std::greater<>());
     return true;
-}
-
-}  // namespace
-
-bool removeOpenFile(SInt16 number) noexcept {
-    return take(number, nullptr);
-}
-bool removeOpenFile(SInt16 number, const OpenFile& file) noexcept {
-    return take(number, &file);
 }
 
 }  // namespace osa

@@ -33,9 +33,7 @@ template <typename T>
 std::shared_ptr<T> findOpenFile(SInt16 number) {
     return std::static_pointer_cast<T>(findOpenFile(number, T::kKind));
 }
-/// False for a number that is not in use.
-bool removeOpenFile(SInt16 number) noexcept;
-/// The same, also when something else has the number by now.
+/// False when nothing has the number, or something else by now.
 bool removeOpenFile(SInt16 number, const OpenFile& file) noexcept;
 
 }  // namespace osa

@@ -213,7 +213,7 @@ TEST_F(ForkWriting, OpensByFSSpecAndFlushesWhateverIsOpen) {
     ASSERT_TRUE(other.ok());
     EXPECT_EQ(FSFlushFork(*other), dskFulErr);
     EXPECT_EQ(FSCloseFork(*other), rfNumErr);
-    EXPECT_TRUE(removeOpenFile(*other));
+    EXPECT_TRUE(removeOpenFile(*other, *findOpenFile(*other)));
     EXPECT_EQ(FSFlushFork(*other), rfNumErr);
 }
 
