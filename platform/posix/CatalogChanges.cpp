@@ -22,7 +22,7 @@ constexpr int kMostNames = 100;
 
 /// renameat2 is not for every file system.
 bool isFlagUnknown(int error) {
-    return error == EINVAL || error == ENOSYS;
+    return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
 }
 
 /// The new name first and then the old one gone: a file is never without one.

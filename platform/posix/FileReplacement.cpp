@@ -156,7 +156,8 @@ Result<void> FileReplacement::replace() {
         return {};
     }
     if (errno == ENOENT) return takeFreePlace();
-    const bool canNot = errno == EINVAL || errno == ENOSYS;
+    // Not for every file system, nor under every filter of system calls.
+    const bool canNot = errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EPERM;
     return canNot ? replaceWithoutExchange() : lastError(Intent::changeCatalog);
 }
 

@@ -57,6 +57,10 @@ Result<void> NameSteps::addName(const std::string& file, const std::string& name
                [](const Step& step) { return posix::addName(step.from, step.to); });
 }
 
+void NameSteps::adoptName(const std::string& file, const std::string& name) {
+    done_.push_back({Kind::addName, file, name});
+}
+
 Result<std::string> NameSteps::moveAside(const std::string& path) {
     OSA_CHECK(run({Kind::rename, path, {}}, [](Step& step) -> Result<void> {
         OSA_TRY(step.to, posix::moveAside(step.from));

@@ -20,6 +20,8 @@ class NameSteps {
     Result<void> exchange(const std::string& one, const std::string& other);
     Result<void> addName(const std::string& file, const std::string& name);
     Result<std::string> moveAside(const std::string& path);
+    /// As addName, when the file has had the name since before.
+    void adoptName(const std::string& file, const std::string& name);
     /// Makes the folder and those above it that are missing; one that is there is as good, but a
     /// link to one is dupFNErr. `mode` as for posix::createFolder.
     Result<void> makeFolder(const std::string& path, std::uint32_t mode = 0777);

@@ -14,6 +14,7 @@
 #include "platform/files/changes/NameSteps.h"
 #include "platform/files/changes/SidePlaces.h"
 #include "platform/files/forks/WriteAccess.h"
+#include "platform/files/formats/AppleDouble.h"
 #include "platform/files/stores/ForkProbe.h"
 #include "platform/files/stores/SideFiles.h"
 #include "platform/posix/CatalogChanges.h"
@@ -51,7 +52,9 @@ class SideMove {
         if (how_ == Keeping::percent) OSA_CHECK(hide(steps, object));
         if (how_ == Keeping::macosxFolder) return {};
         const auto added = steps.addName(from_, interim_);
-        isAdded_ = added.ok() || (added.status() == dupFNErr && isSameFile(from_, interim_));
+        const bool isThere = added.status() == dupFNErr && isSameFile(from_, interim_);
+        if (isThere) steps.adoptName(from_, interim_);
+        isAdded_ = added.ok() || isThere;
         if (isAdded_) return {};
         // Whatever else it is, the file may still be renamed.
         const bool isTaken = added.status() == dupFNErr || added.status() == diffVolErr;
@@ -97,10 +100,20 @@ class SideMove {
     bool isAdded_ = false;
 };
 
+/// Whether nobody would miss it: neither parts nor attributes nor anything else.
 Result<bool> isBlankSideFile(const std::string& path) {
     OSA_TRY(const StoredParts parts, readAppleDoubleSideFile(path, false));
     const bool hasFork = parts.resourceFork != nullptr && parts.resourceFork->size() > 0;
-    return !hasFork && isBlank(parts.finderInfo);
+    if (hasFork || !isBlank(parts.finderInfo)) return false;
+    OSA_TRY(const auto source, posix::openSource(path));
+    if (source->size() == 0) return true;
+    const auto file = AppleDouble::parse(source);
+    OSA_CHECK(file);
+    return std::ranges::all_of(file->entries(), [](const AppleDouble::Entry& entry) {
+        const std::uint64_t blank =
+            entry.id == AppleDouble::finderInfo ? sizeof(FinderInfoBytes) : 0;
+        return entry.range.length <= blank;
+    });
 }
 
 /// Side files of two __MACOSX folders would get one name. Of these, blank ones are moved aside.

@@ -82,6 +82,7 @@ Result<bool> isAppleDouble(Keeping how, const std::string& path) {
 
 Result<bool> isBareFile(Keeping how, const std::string& path) {
     const auto file = posix::openFile(path, posix::Follow::no);
+    if (file.status() == permErr) return isRegular(path);
     if (!file.ok()) return noneBecause(file.status());
     const bool isInfo = how == Keeping::finf || how == Keeping::finderInfo;
     return isInfo ? Result((*file)->size() >= kShortestBareInfo) : isBareFork(**file);

@@ -51,15 +51,10 @@ struct WriteClaim : std::enable_shared_from_this<WriteClaim> {
 
 namespace {
 
-/// The claim to the same fork; one whose last holder is letting go of it counts no more. The caller
-/// holds the table's lock.
-std::shared_ptr<WriteClaim> findClaim(const ForkKey& key, const std::string& path) {
+/// One whose last holder is letting go of it counts no more. The caller holds the table's lock.
+std::shared_ptr<WriteClaim> findClaim(const ForkKey& key) {
     const auto [first, last] = table().claims.equal_range(key);
     for (auto each = first; each != last; ++each) {
-        const WriteClaim& claim = *each->second;
-        const bool isOtherName =
-            std::get<ForkKind>(key) == ForkKind::resource && claim.object.path() != path;
-        if (isOtherName) continue;
         if (auto found = each->second->weak_from_this().lock()) return found;
     }
     return nullptr;
@@ -89,12 +84,16 @@ Result<WriteAccess> WriteAccess::claim(const Located& object, ForkKind fork, Sha
     if (!object.isStill(status)) return Failure(fnfErr);
     ClaimTable& all = table();
     const std::lock_guard guard(all.lock);
-    there = findClaim(made->key, object.path());
+    there = findClaim(made->key);
     if (there == nullptr) {
         all.claims.emplace(made->key, made.get());
         return WriteAccess(made);
     }
-    if (there->sharing == Sharing::alone || sharing == Sharing::alone) return Failure(opWrErr);
+    // In an attribute the names of a file have one resource fork, in side files each its own: who
+    // has it open under one name must not be given it under another.
+    const bool isOtherName = fork == ForkKind::resource && there->object.path() != object.path();
+    const bool isAlone = there->sharing == Sharing::alone || sharing == Sharing::alone;
+    if (isOtherName || isAlone) return Failure(opWrErr);
     return WriteAccess(there);
 }
 
@@ -125,14 +124,16 @@ namespace {
 
 /// Claims that are held, with their objects.
 std::vector<std::pair<std::shared_ptr<WriteClaim>, Located>> heldClaims() {
+    // The last holder of a claim must not let go of it under the table's lock.
+    std::vector<std::shared_ptr<WriteClaim>> alive;
     std::vector<std::pair<std::shared_ptr<WriteClaim>, Located>> held;
     const std::lock_guard guard(table().lock);
-    held.reserve(table().claims.size());
+    alive.reserve(table().claims.size());
     for (const auto& [key, claim] : table().claims) {
-        if (auto alive = claim->weak_from_this().lock()) {
-            held.emplace_back(std::move(alive), claim->object);
-        }
+        if (auto there = claim->weak_from_this().lock()) alive.push_back(std::move(there));
     }
+    held.reserve(alive.size());
+    for (const auto& claim : alive) held.emplace_back(claim, claim->object);
     return held;
 }
 

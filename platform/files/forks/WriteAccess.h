@@ -19,8 +19,8 @@ enum class Sharing { alone, shared };
 /// The right to write to one fork, for as long as it is held.
 class WriteAccess {
   public:
-    /// opWrErr: another has it, and not both share; fnfErr: the object is not there any more. A
-    /// file's names share its data fork, but each has a resource fork of its own beside it.
+    /// opWrErr: another has it, and not both share, or has the resource fork under another name of
+    /// the file; fnfErr: the object is not there any more.
     static Result<WriteAccess> claim(const Located& object, ForkKind fork, Sharing sharing);
 
     /// The object, which this process may have renamed since; fnfErr when it is gone.

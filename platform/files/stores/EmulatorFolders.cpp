@@ -1,5 +1,7 @@
 // Emulators' and old servers' folders: one with bare resource forks, one with bare Finder
 // information.
+#include <CoreServices/MacErrors.h>
+
 #include "platform/files/formats/BareFork.h"
 #include "platform/files/stores/FolderSurroundings.h"
 #include "platform/files/stores/SideFiles.h"
@@ -21,14 +23,19 @@ class EmulatorFolders : public ForkStore {
         StoredParts parts;
         OSA_TRY(const FolderStores stores, around.stores());
         if (!(stores.*forks_.isThere) && !(stores.*infos_.isThere)) return parts;
-        const auto open = [&](const Folder& folder) -> Result<OpenedPart> {
+        const auto open = [&](const Folder& folder, bool mayBeRefused) -> Result<OpenedPart> {
             const std::string path = joinPath(joinPath(around.path(), folder.name), object.name());
-            return openPart(path, stores.*folder.isThere, parts);
+            return openPart(path, stores.*folder.isThere, mayBeRefused, parts);
         };
-        OSA_TRY(const OpenedPart info, open(infos_));
+        OSA_TRY(const OpenedPart info, open(infos_, true));
         if (info != nullptr) OSA_CHECK(addInfo(*info, parts));
-        OSA_TRY(const OpenedPart fork, open(forks_));
-        if (fork != nullptr) OSA_CHECK(addFork(*fork, parts));
+        const auto fork = open(forks_, false);
+        if (fork.status() == permErr) {
+            OSA_CHECK(addClosedFork(parts));
+            return parts;
+        }
+        OSA_CHECK(fork);
+        if (*fork != nullptr) OSA_CHECK(addFork(**fork, parts));
         return parts;
     }
 
@@ -37,13 +44,13 @@ class EmulatorFolders : public ForkStore {
 
     /// Null when there is none; the last witness is the file.
     static Result<OpenedPart> openPart(const std::string& path, bool isFolderThere,
-                                       StoredParts& parts) {
+                                       bool mayBeRefused, StoredParts& parts) {
         OpenedPart none;
         parts.witnesses.push_back({path, std::nullopt});
         if (!isFolderThere) return none;
         const auto file = posix::openFile(path, posix::Follow::no);
         if (!file.ok())
-            return meansAbsent(file.status(), true) ? Result(none) : Failure(file.status());
+            return meansAbsent(file.status(), mayBeRefused) ? Result(none) : Failure(file.status());
         parts.witnesses.back().seen = (*file)->status();
         return file;
     }
@@ -63,6 +70,17 @@ class EmulatorFolders : public ForkStore {
         OSA_TRY(const bool isFork, isBareFork(file));
         if (!isFork) return {};
         StoredFork fork{nullptr, parts.witnesses.back().path, file.status(), {0, file.size()}};
+        parts.addFork(std::make_shared<StoredFork>(std::move(fork)), lastWitness(parts));
+        return {};
+    }
+
+    /// One that may not be read is there all the same, and opening it says why it cannot be.
+    static Result<void> addClosedFork(StoredParts& parts) {
+        Witness& file = parts.witnesses.back();
+        const auto status = posix::status(file.path, posix::Follow::no);
+        if (!status.ok() || !status->isRegular()) return {};
+        file.seen = *status;
+        StoredFork fork{nullptr, file.path, *status, {0, status->size}};
         parts.addFork(std::make_shared<StoredFork>(std::move(fork)), lastWitness(parts));
         return {};
     }

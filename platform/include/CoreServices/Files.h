@@ -261,14 +261,15 @@ OSA_PLATFORM_EXPORT OSErr FSGetResourceForkName(HFSUniStr255* resourceForkName);
 /// share. A file's missing resource fork is an empty one. notAFileErr: a folder;
 /// errFSForkNotFound: the resource fork of a folder or a link; errFSBadForkName: neither name.
 /// For writing: opWrErr when it is open for writing already, unless both opened it with
-/// fsRdWrShPerm; readers may have it open, and go on reading what they opened. Each name of a file
-/// with several has a resource fork of its own. fLckdErr: nobody may write to the file; wrPermErr:
-/// the caller may not; wPrErr: nor to the volume; dupFNErr: another object has the name of the side
-/// file that the fork would need; errFSNameTooLong: a name of over 253 bytes can have none.
-/// Data forks are changed in place. A resource fork is changed beside, becomes the file's at
-/// FSFlushFork and when it is closed, and where docs/formats/forks-on-linux.md says; several
-/// numbers of fsRdWrShPerm see each other's changes at once. It follows its file when that is
-/// renamed or moved by this process.
+/// fsRdWrShPerm under one name of the file; readers may have it open, and go on reading what they
+/// opened. Each name of a file with several has
+/// a resource fork of its own in side files, but not in attributes. fLckdErr: nobody may
+/// write to the file; wrPermErr: the caller may not; wPrErr: nor to the volume; dupFNErr: another
+/// object has the name of the side file that the fork would need; errFSNameTooLong: a name of over
+/// 253 bytes can have none. Data forks are changed in place. A resource fork is changed beside,
+/// becomes the file's at FSFlushFork and when it is closed, and where
+/// docs/formats/forks-on-linux.md says; several numbers of fsRdWrShPerm see each other's changes at
+/// once. It follows its file when that is renamed or moved by this process.
 OSA_PLATFORM_EXPORT OSErr FSOpenFork(const FSRef* ref, UniCharCount forkNameLength,
                                      const UniChar* forkName, SInt8 permissions,
                                      SInt16* forkRefNum);

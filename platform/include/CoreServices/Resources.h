@@ -65,9 +65,9 @@ OSA_PLATFORM_EXPORT OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCo
 /// Opens the resource fork of a file and makes it the thread's current file: with fsRdPerm for
 /// reading, with fsCurPerm for writing if that can be and else for reading, with the others for
 /// reading and writing. A fork that this process has open as a resource file for writing is not
-/// opened for writing again: its number is given once more, and one CloseResFile closes it. A
-/// file's other names (hard links) share its data fork, but not its resource fork. A reader has a
-/// number and a map of its own, which do not follow what is written.
+/// opened for writing again: its number is given once more, and one CloseResFile closes it; under
+/// another name of the file (a hard link) a resource fork is refused meanwhile (opWrErr). A reader
+/// has a number and a map of its own, which do not follow what is written.
 /// Answers -1 on failure: fnfErr no such file, eofErr no resource fork or an empty one, mapReadErr
 /// a fork that is no map; paramErr no permission; for writing also wrPermErr not allowed, wPrErr
 /// volume read-only, opWrErr the File Manager has the fork open for writing.
