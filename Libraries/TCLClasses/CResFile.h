@@ -46,7 +46,8 @@ class CResFile : public CFile {
     /// Writes a resource in place of the one with its type and id, protected or not, at the end of
     /// its type. An old one is removed from the file first: when the rest then fails, it is gone.
     /// `data`, the caller's own and no resource, stays the caller's also on failure (asserted to be
-    /// there). `name` may be null; the low 8 bits of `attributes` count.
+    /// there; addResFailed, and nothing changes, when it is not). `name` may be null; the low 8
+    /// bits of `attributes` count.
     virtual void StoreResource(ResType type, SInt16 id, Handle data, const unsigned char* name,
                                SInt32 attributes);
     /// An id that no resource of the type has in this file.

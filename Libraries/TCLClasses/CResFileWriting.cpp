@@ -89,7 +89,8 @@ void CResFile::StoreResource(ResType type, SInt16 id, Handle rData, const unsign
                              SInt32 attributes) {
     TB_ASSERT(kUnit, IsOpen());
     TB_ASSERT(kUnit, rData);
-    if (rData == nullptr) FailOSErr(paramErr);
+    // What adding it would answer, before the old resource is gone.
+    if (rData == nullptr) FailOSErr(addResFailed);
     const SCurrentResFile saved;
     MakeCurrent();
     RemoveOld(mRefNum, type, id);

@@ -344,6 +344,8 @@ TEST_F(ResFile, GivesFilesMapsInEitherForkOnceAndMakesThoseThatAreMissing) {
         file.Open(fsRdWrPerm);
         EXPECT_EQ(thrown([&] { file.StoreData('TEXT', 1, "x", 1, nullptr, 0); }),
                   isDataFork ? wrPermErr : noErr);
+        EXPECT_EQ(thrown([&] { file.StoreResource('TEXT', 1, nullptr, nullptr, 0); }),
+                  addResFailed);
         EXPECT_EQ(file.ResourceExists('TEXT', SInt16{1}), !isDataFork);
         EXPECT_EQ(file.GetCreator(), exists ? 0 : FourCharCode('ToyS'));
         file.Close();
