@@ -11,7 +11,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = {
     "platform/include": -1,
     "platform/base": 0,
-    "platform/posix": 1, "platform/text": 1,
+    "platform/posix": 1, "platform/text": 1, "platform/desktop": 1,
     "platform/cf": 2, "platform/memory": 2,
     "platform/files": 3,
     "platform/resources": 4,
@@ -36,6 +36,7 @@ HOST_MAY_SEE = ("importer/ScriptType.h",)
 CONFINED = {
     "platform/text": re.compile(r"^<unicode/"),
     "platform/posix": re.compile(r"^<(fcntl|unistd|dirent|sys/\w+)\.h>"),
+    "platform/desktop": re.compile(r"^<(xcb|X11)/"),
     "index": re.compile(r"^<sqlite3\.h>"),
 }
 # Other rooms that may make system calls, and what for.

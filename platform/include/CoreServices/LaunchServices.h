@@ -1,8 +1,14 @@
-// Launch Services: what an item is to a person.
+// Launch Services: what an item is to a person, where applications are, launching them.
+//
+// Applications are bundles of package type 'APPL' and the desktop's entries of type Application
+// (".desktop" files). An entry's bundle identifier is its desktop-entry ID without ".desktop", its
+// signature the four characters of its key "X-OSA-Signature", its file name the entry's Name or its
+// own file's. docs/applications.md tells each call's meaning here.
 #pragma once
 
 #include <CoreFoundation/CFString.h>
 #include <CoreFoundation/CFURL.h>
+#include <CoreServices/AEDataModel.h>
 #include <CoreServices/Files.h>
 
 #ifdef __cplusplus
@@ -40,13 +46,52 @@ OSA_PLATFORM_EXPORT OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo 
 /// it.
 OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringRef* name);
 
-/// Searches the user's and then the machine's Applications folder, and the folders in them, for an
+/// Searches, in this order, the folders that the host added (OSA/HostFolders.h), ~/Applications,
+/// /Applications, and the desktop's entries in $XDG_DATA_HOME and $XDG_DATA_DIRS, for an
 /// application that meets every criterion given: its creator (0: any), its bundle identifier (any
-/// case; null: any), its file name with or without ".app" (null: any). The caller releases the URL;
-/// `ref` and `url` may be null. kLSApplicationNotFoundErr when there is none, paramErr when no
-/// criterion is given.
+/// case; null: any), its file name with or without ".app" or ".desktop" (null: any). Bundles may
+/// lie two folders down. An entry of an ID that an earlier folder has does not count; nor does one
+/// that is hidden or whose TryExec program is missing. The caller releases the URL; `ref` and `url`
+/// may be null. kLSApplicationNotFoundErr when there is none, paramErr when no criterion is given.
 OSA_PLATFORM_EXPORT OSStatus LSFindApplicationForInfo(OSType creator, CFStringRef bundleID,
                                                       CFStringRef name, FSRef* ref, CFURLRef* url);
+
+// clang-format off
+typedef OptionBits LSLaunchFlags;
+/// Flags that say anything here; the others, and asynchronous launching, which all launching is, are
+/// accepted.
+enum {
+    kLSLaunchDefaults         = 0x00000001,
+    kLSLaunchDontAddToRecents = 0x00000100,  ///< nothing here adds to the desktop's recent items
+    kLSLaunchDontSwitch       = 0x00000200,  ///< the program gets no token to come to the front with
+    kLSLaunchAsync            = 0x00010000,
+    kLSLaunchNewInstance      = 0x00080000   ///< start another one even if it runs already
+};
+// clang-format on
+
+typedef struct LSLaunchFSRefSpec {
+    const FSRef* appRef;  ///< null: each document's own application, as the desktop has it
+    UInt32 numDocs;
+    const FSRef* itemRefs;         ///< `numDocs` documents
+    const AEDesc* passThruParams;  ///< not used: no program here waits for an Apple event
+    LSLaunchFlags launchFlags;
+    void* asyncRefCon;  ///< not used
+} LSLaunchFSRefSpec;
+
+/// Starts the application: a bundle's program with the documents' paths as arguments, a desktop
+/// entry's command with its field codes filled in. No shell sees any of it. The program has its own
+/// session, its standard streams lead nowhere, and it outlives the caller. An application that runs
+/// already and is given no documents is brought to the front instead, as far as the desktop can,
+/// unless the flags say otherwise. `launchedRef`, which may be null, becomes the application's.
+///   kLSNotAnApplicationErr        neither a bundle with a program, nor a desktop entry, nor an
+///                                 executable file
+///   kLSAppInTrashErr              it lies in the trash
+///   kLSNoExecutableErr            the program is missing
+///   kLSNoLaunchPermissionErr      it may not be executed
+///   kLSExecutableIncorrectFormat  it is for another machine
+///   kLSApplicationNotFoundErr     without application: the desktop has no opener
+///   fnfErr                        the application or a document is gone
+OSA_PLATFORM_EXPORT OSStatus LSOpenFromRefSpec(const LSLaunchFSRefSpec* spec, FSRef* launchedRef);
 
 #ifdef __cplusplus
 }

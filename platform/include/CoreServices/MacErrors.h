@@ -71,7 +71,15 @@ enum {
     cfStringConversionErr       = -4960,    ///< nothing of a string could be converted
     afpAccessDenied             = -5000,
     kTextMalformedInputErr      = -8739,
+    kLSAppInTrashErr            = -10660,
+    kLSExecutableIncorrectFormat = -10661,  ///< no program for this machine
+    kAHInternalErr              = -10790,   ///< help: no such page, anchor or book
+    kAHConfigErr                = -10791,   ///< help: nothing on the desktop opens it
+    kLSUnknownErr               = -10810,
     kLSNotAnApplicationErr      = -10811,
-    kLSApplicationNotFoundErr   = -10814
+    kLSApplicationNotFoundErr   = -10814,
+    kLSNoLaunchPermissionErr    = -10826,
+    kLSNoExecutableErr          = -10827,   ///< an application without its program file
+    kCannotSetFrontProcessErr   = -29298    ///< no desktop that could, or it did not
 };
 // clang-format on

@@ -1,4 +1,5 @@
-// Where a host or a test puts the special folders, which no Mac interface lets it say.
+// Where a host or a test puts the special folders and applications, which no Mac interface lets it
+// say.
 #pragma once
 
 #include <CoreFoundation/CFBase.h>
@@ -11,6 +12,11 @@ extern "C" {
 /// every other folder below it, and the trash of every volume in it; the environment is not asked
 /// any more. Null goes back to the user's real folders.
 OSA_PLATFORM_EXPORT void OSASetHostFolderRoot(const char* path);
+
+/// Folders that LSFindApplicationForInfo searches before all others, for bundles and desktop
+/// entries: absolute UTF-8 paths with ":" between them. Null or empty: none. With a host root the
+/// machine's own folders are not searched.
+OSA_PLATFORM_EXPORT void OSASetApplicationFolders(const char* paths);
 
 #ifdef __cplusplus
 }

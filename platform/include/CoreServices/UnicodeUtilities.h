@@ -1,0 +1,35 @@
+// Unicode Utilities: comparing text the way people sort it.
+#pragma once
+
+#include <CoreServices/MacTypes.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef OptionBits UCCollateOptions;
+
+// clang-format off
+enum {
+    kUCCollateComposeInsensitiveMask   = 0x00000002,  ///< composed and decomposed forms are equal
+    kUCCollateWidthInsensitiveMask     = 0x00000004,  ///< half-width and full-width forms are equal
+    kUCCollateCaseInsensitiveMask      = 0x00000008,
+    kUCCollateDiacritInsensitiveMask   = 0x00000010,
+    kUCCollatePunctuationSignificantMask = 0x00008000,  ///< else punctuation is passed over
+    kUCCollateDigitsOverrideMask       = 0x00010000,  ///< digits are ordered as the next option says
+    kUCCollateDigitsAsNumberMask       = 0x00020000   ///< "9" comes before "10"
+};
+// clang-format on
+
+/// Compares by the root order of the Unicode Collation Algorithm: `order` becomes negative, 0 or
+/// positive, `equivalent` whether it is 0; either may be null, not both. Malformed UTF-16 has its
+/// place in the order, too. paramErr: null text with a length, other options; memFullErr: no
+/// collator.
+OSA_PLATFORM_EXPORT OSStatus UCCompareTextDefault(UCCollateOptions options, const UniChar* text1Ptr,
+                                                  UniCharCount text1Length, const UniChar* text2Ptr,
+                                                  UniCharCount text2Length, Boolean* equivalent,
+                                                  SInt32* order);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,37 @@
+// The user's processes as the kernel tells of them, each fact for as long as it lasts: a process
+// may be gone by the next question, which is procNotFound.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/base/Result.h"
+
+namespace osa::posix {
+
+struct ProcessFacts {
+    std::uint32_t id = 0;
+    std::uint32_t parent = 0;
+    std::uint64_t started = 0;        ///< hundredths of a second since the machine's start
+    std::uint64_t processorTime = 0;  ///< hundredths of a second
+    std::uint64_t residentBytes = 0;
+};
+
+/// A process of another user, or one that runs no program file (kernel threads, zombies), is
+/// procNotFound.
+Result<ProcessFacts> processFacts(std::uint32_t id);
+/// All of the user's processes that run a program file, in the order in which they were started.
+Result<std::vector<ProcessFacts>> processes();
+/// The path of the program file; fnfErr when another file, or none, is at the path that the kernel
+/// tells (it was replaced, deleted, or is another container's).
+Result<std::string> programOf(std::uint32_t id);
+/// The value of a variable in the environment that the process was started with; empty when there
+/// is none.
+Result<std::string> startEnvironment(std::uint32_t id, std::string_view name);
+/// The name of the innermost unit of the user's service manager that the process is in, unescaped
+/// as far as the kernel's path of it goes; empty when it is in none.
+Result<std::string> serviceUnit(std::uint32_t id);
+
+}  // namespace osa::posix

@@ -1,0 +1,20 @@
+// Process serial numbers: the moment a process was started, and its number.
+#pragma once
+
+#include <CoreServices/Processes.h>
+
+#include <cstdint>
+
+#include "platform/base/Result.h"
+#include "platform/posix/Processes.h"
+
+namespace osa {
+
+/// The high word is never 0, which is for the numbers that only stand for a process.
+ProcessSerialNumber serialNumberOf(const posix::ProcessFacts& facts);
+/// Of one of the user's processes that runs a program file; procNotFound.
+Result<ProcessSerialNumber> serialNumberOf(std::uint32_t processID);
+/// The process of a serial number, kCurrentProcess included; procNotFound when it is gone.
+Result<posix::ProcessFacts> findProcess(const ProcessSerialNumber& number);
+
+}  // namespace osa
