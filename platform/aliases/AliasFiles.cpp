@@ -82,6 +82,18 @@ OSErr FSResolveAliasFile(FSRef* theRef, Boolean resolveAliasChains, Boolean* tar
                                             0);
 }
 
+OSErr ResolveAliasFile(FSSpec* theSpec, Boolean resolveAliasChains, Boolean* targetIsFolder,
+                       Boolean* wasAliased) {
+    FSRef ref;
+    if (const OSErr status = FSpMakeFSRef(theSpec, &ref); status != noErr) return status;
+    const OSErr status = FSResolveAliasFile(&ref, resolveAliasChains, targetIsFolder, wasAliased);
+    if (status != noErr || *wasAliased == 0) return status;
+    FSSpec target;
+    const OSErr told = FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &target, nullptr);
+    if (told == noErr) *theSpec = target;
+    return told;
+}
+
 OSErr FSIsAliasFile(const FSRef* fileRef, Boolean* aliasFileFlag, Boolean* folderFlag) {
     if (aliasFileFlag == nullptr || folderFlag == nullptr) return paramErr;
     *aliasFileFlag = *folderFlag = 0;

@@ -58,6 +58,9 @@ OSErr processToBundleID(const AEDesc* from, DescType toType, AEDesc* result);
 OSErr signatureToProcess(const AEDesc* from, DescType toType, AEDesc* result);
 OSErr bundleIDToProcess(const AEDesc* from, DescType toType, AEDesc* result);
 
+// LaunchParameters.cpp
+OSErr eventToAppParameters(const AEDesc* from, DescType toType, AEDesc* result);
+
 // CoercionTable.cpp
 OSErr refuse(const AEDesc* from, DescType toType, AEDesc* result);
 

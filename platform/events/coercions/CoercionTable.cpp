@@ -33,6 +33,7 @@ constexpr DescType kCodes[]      = {typeType, typeEnumerated, typeProperty, type
 constexpr DescType kList[]       = {typeAEList};
 constexpr DescType kShapes[]     = {typeQDRectangle, typeQDPoint, typeRGBColor};
 constexpr DescType kEvent[]      = {typeAppleEvent};
+constexpr DescType kParameters[] = {typeAppParameters};
 constexpr DescType kRecord[]     = {typeAERecord};
 constexpr DescType kRecordLike[] = {typeObjectSpecifier, typeStyledText, typeStyledUnicodeText};
 
@@ -96,6 +97,7 @@ constexpr Row kRows[] = {
     {kBundleID, kProcess, bundleIDToProcess},
 
     {kEvent, kRecord, eventToRecord},
+    {kEvent, kParameters, eventToAppParameters},
     {kAny, kRecord, recordToRecord},
     {kRecord, kRecordLike, recordToRecord},
     {kRecord, kAny, recordToUnknown},

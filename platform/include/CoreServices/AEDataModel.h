@@ -91,7 +91,8 @@ enum {
     typeProcessSerialNumber = 'psn ',
     typeApplSignature   = 'sign',
     typeApplicationBundleID = 'bund',
-    typeApplicationURL  = 'aprl'
+    typeApplicationURL  = 'aprl',
+    typeAppParameters   = 'appa'    ///< AppParameters (Processes.h) and the flattened event
 };
 
 /// Attributes of events.

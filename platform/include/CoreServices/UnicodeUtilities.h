@@ -11,7 +11,7 @@ typedef OptionBits UCCollateOptions;
 
 // clang-format off
 enum {
-    kUCCollateComposeInsensitiveMask   = 0x00000002,  ///< composed and decomposed forms are equal
+    kUCCollateComposeInsensitiveMask   = 0x00000002,  ///< always so here: composed and decomposed forms are equal
     kUCCollateWidthInsensitiveMask     = 0x00000004,  ///< half-width and full-width forms are equal
     kUCCollateCaseInsensitiveMask      = 0x00000008,
     kUCCollateDiacritInsensitiveMask   = 0x00000010,

@@ -1,0 +1,39 @@
+// FileVisitor walks the entries of a folder; ExtensionVisitor collects those of a name extension.
+#pragma once
+
+#include <map>
+
+#include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
+
+class FileVisitor {
+  public:
+    virtual ~FileVisitor() = default;
+
+    /// Called with each entry; false ends the walk.
+    virtual bool ProcessFile(const CFileSpec& theFile, bool isFolder) = 0;
+
+    /// Calls ProcessFile with each entry of `folder`, in the file system's order, without going
+    /// down into folders. An alias or a link is followed to its end, without asking anybody: the
+    /// visitor sees its target. An entry that leads nowhere is left out. Throws the status of
+    /// opening the folder, what ProcessFile throws, and before that the status of closing the
+    /// folder.
+    void ScanFolder(const CFileSpec& folder);
+};
+
+class ExtensionVisitor : public FileVisitor {
+  public:
+    /// Collects folders or files whose name ends in `extension`, any case of ASCII letters, with
+    /// something before it. The extension includes its dot if there is to be one. `files`, which
+    /// stays the caller's, gets them by the names that they have on disk; a name that it has
+    /// already stays what it is.
+    ExtensionVisitor(const TCLString& extension, bool wantFolders,
+                     std::map<TCLString, CFileSpec>* files);
+
+    /// Always true. Asserts "mExtension.length() > 0" and "theFile.Exists()".
+    bool ProcessFile(const CFileSpec& theFile, bool isFolder) override;
+
+  private:
+    TCLString mExtension;  // in lower case
+    bool mWantFolders;
+    std::map<TCLString, CFileSpec>* mFiles;
+};

@@ -1,0 +1,39 @@
+// Splitting and joining.
+#include "Libraries/MacToolboxLib/TCLString/LineUtilities.h"
+
+namespace {
+
+constexpr UniChar kLineFeed = 0x000A;
+constexpr UniChar kCarriageReturn = 0x000D;
+constexpr UniChar kParagraphSeparator = 0x2029;
+
+}  // namespace
+
+void SplitLines(const TCLString& text, std::vector<TCLString>& lines) {
+    static const TCLString sBreaks = {kLineFeed, kCarriageReturn, kParagraphSeparator};
+    SplitString(text, sBreaks, lines);
+}
+
+void SplitString(const TCLString& text, const TCLString& delimiters,
+                 std::vector<TCLString>& parts) {
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t found = text.find_first_of(delimiters, start);
+        if (found == TCLString::npos) break;
+        parts.push_back(text.substr(start, found - start));
+        start = found + 1;
+        const bool isPair =
+            text[found] == kCarriageReturn && start < text.size() && text[start] == kLineFeed;
+        if (isPair) ++start;
+    }
+    parts.push_back(text.substr(start));
+}
+
+TCLString JoinLines(const std::vector<TCLString>& lines, UniChar separator) {
+    TCLString result;
+    for (const TCLString& line : lines) {
+        if (&line != &lines.front()) result += separator;
+        result += line;
+    }
+    return result;
+}
