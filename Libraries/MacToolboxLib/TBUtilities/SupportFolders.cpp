@@ -2,6 +2,7 @@
 #include "Libraries/MacToolboxLib/TBUtilities/SupportFolders.h"
 
 #include <CoreServices/Folders.h>
+#include <CoreServices/MacErrors.h>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Applications/Applications.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
