@@ -13,8 +13,11 @@
 namespace osa {
 namespace {
 
-// In a folder with more names than this the scan stops, and every store is looked into.
-constexpr int kLongestScan = 2000;
+// In a folder with more names than this the first scan stops, and every store is looked into. Once
+// that was done for so many objects that a longer scan would have been cheaper, one is made.
+constexpr int kFirstScan = 2000;
+constexpr int kNamesForOneLook = 8;
+constexpr int kLongestScan = 1 << 20;
 // How long an unchanged folder is believed to have no __MACOSX folder above it.
 constexpr std::int64_t kRootsTrustedSeconds = 1;
 
@@ -24,6 +27,14 @@ struct ScannedFolder {
     posix::Time observed;
     posix::Time rootsObserved;
     FolderStores stores;
+    int scanLength = kFirstScan;  // names after which the scan stops
+    bool isScannedWhole = false;
+    int objects = 0;  // that had every store looked into since
+
+    bool deservesLongerScan() {
+        if (isScannedWhole || scanLength >= kLongestScan) return false;
+        return ++objects > scanLength / kNamesForOneLook;
+    }
 };
 
 /// A fixed number of places; a folder that falls on another's place displaces it.
@@ -42,9 +53,10 @@ constexpr std::array kBareStores{BareStore{".rsrc", &FolderStores::rsrc},
                                  BareStore{".finderinfo", &FolderStores::finderInfo}};
 
 /// What the names say may be there.
-Result<FolderStores> scanNames(const std::string& path) {
+Result<FolderStores> scanNames(const std::string& path, int longest, bool& isWhole) {
     FolderStores found;
     const FolderStores everything{true, true, true, true, true, true, {}};
+    isWhole = true;
     auto names = posix::DirectoryReader::open(path);
     if (!names.ok()) {
         // A folder may be closed to reading and yet its files be open to whoever knows their names.
@@ -52,7 +64,10 @@ Result<FolderStores> scanNames(const std::string& path) {
         return Failure(names.status());
     }
     for (int count = 0;; ++count) {
-        if (count == kLongestScan) return everything;
+        if (count == longest) {
+            isWhole = false;
+            return everything;
+        }
         OSA_TRY(const std::string name, names->next());
         if (name.empty()) return found;
         if (name.front() == '%') found.percentNames = true;
@@ -64,8 +79,8 @@ Result<FolderStores> scanNames(const std::string& path) {
     }
 }
 
-Result<FolderStores> scan(const std::string& path) {
-    OSA_TRY(FolderStores found, scanNames(path));
+Result<FolderStores> scan(const std::string& path, int longest, bool& isWhole) {
+    OSA_TRY(FolderStores found, scanNames(path, longest, isWhole));
     for (const BareStore& store : kBareStores) {
         if (!(found.*store.isThere)) continue;
         const auto folder = posix::status(joinPath(path, store.name), posix::Follow::no);
@@ -101,10 +116,12 @@ Result<FolderStores> FolderSurroundings::stores() {
     ScannedFolder& known = place(folder_);
     const bool isCurrent = known.path == folder_ && current.isUnchangedSince(known.status) &&
                            posix::isSettled(current.changed, known.observed);
-    if (!isCurrent) {
+    if (!isCurrent || known.deservesLongerScan()) {
+        const int length = isCurrent ? known.scanLength * kNamesForOneLook : kFirstScan;
+        bool isWhole = false;
         known.path.clear();
-        OSA_TRY(FolderStores stores, scan(std::string(folder_)));
-        known = {std::string(folder_), current, now, {}, std::move(stores)};
+        OSA_TRY(FolderStores stores, scan(std::string(folder_), length, isWhole));
+        known = {std::string(folder_), current, now, {}, std::move(stores), length, isWhole};
     }
     if (now.seconds - known.rootsObserved.seconds > kRootsTrustedSeconds) {
         OSA_TRY(known.stores.macosxRoots, macosxRoots(std::string(folder_)));
