@@ -23,9 +23,32 @@ Result<std::string> trashPath(const UserFolders& user, FSVolumeRefNum number) {
     return joinPath(volume->mountPoint, ".Trash-" + std::to_string(posix::userID()) + "/files");
 }
 
-Result<std::string> specialPath(FSVolumeRefNum number, OSType type) {
-    const UserFolders user;
-    if (!isDomain(number) && !findVolume(number)) return Failure(nsvErr);
+/// Whether all users share what is in the domain.
+bool isMachineDomain(FSVolumeRefNum number) {
+    return number >= kSystemDomain && number <= kNetworkDomain;
+}
+
+/// A folder inside /Library where there is one, else where Linux keeps its like.
+std::string machineLibrary(const char* name, const char* otherwise) {
+    const auto status = posix::status("/Library", posix::Follow::yes);
+    return status.ok() && status->isFolder() ? std::string("/Library/") + name : otherwise;
+}
+
+/// The folders that are the machine's in its domains; empty for the other types.
+std::string machinePath(OSType type) {
+    switch (type) {
+        case kPreferencesFolderType:
+            return machineLibrary("Preferences", "/etc/xdg");
+        case kApplicationSupportFolderType:
+            return machineLibrary("Application Support", "/usr/local/share");
+        case kCachedDataFolderType:
+            return machineLibrary("Caches", "/var/cache");
+        default:
+            return {};
+    }
+}
+
+Result<std::string> userPath(const UserFolders& user, FSVolumeRefNum number, OSType type) {
     if (user.home().empty()) return Failure(fnfErr);
     switch (type) {
         case kTrashFolderType:
@@ -41,33 +64,55 @@ Result<std::string> specialPath(FSVolumeRefNum number, OSType type) {
             return user.library("Application Support", "XDG_DATA_HOME", ".local/share");
         case kCachedDataFolderType:
             return user.library("Caches", "XDG_CACHE_HOME", ".cache");
+        case kDesktopFolderType:
+            return user.named("XDG_DESKTOP_DIR", "Desktop");
+        case kDocumentsFolderType:
+            return user.named("XDG_DOCUMENTS_DIR", "Documents");
         case kApplicationsFolderType:
-            return number == kUserDomain || user.isRedirected() ? user.home() + "/Applications"
-                                                                : "/Applications";
+            return user.home() + "/Applications";
         default:
             return Failure(fnfErr);
     }
 }
 
+struct SpecialFolder {
+    std::string path;
+    std::uint32_t mode = 0700;  // of the folders that have to be made
+};
+
+Result<SpecialFolder> specialFolder(FSVolumeRefNum number, OSType type) {
+    constexpr std::uint32_t kMachineMode = 0755;
+    const UserFolders user;
+    if (!isDomain(number) && !findVolume(number)) return Failure(nsvErr);
+    if (!user.isRedirected()) {
+        if (type == kApplicationsFolderType && number != kUserDomain)
+            return SpecialFolder{"/Applications", kMachineMode};
+        std::string path = isMachineDomain(number) ? machinePath(type) : "";
+        if (!path.empty()) return SpecialFolder{std::move(path), kMachineMode};
+    }
+    OSA_TRY(std::string path, userPath(user, number, type));
+    return SpecialFolder{std::move(path)};
+}
+
 /// Makes the folder and every missing one above it.
-Result<void> createFolders(const std::string& path) {
-    const auto made = posix::createFolder(path, 0700);
+Result<void> createFolders(const std::string& path, std::uint32_t mode) {
+    const auto made = posix::createFolder(path, mode);
     if (made.ok() || made.status() == dupFNErr) return {};
     const std::size_t slash = path.rfind('/');
     if (made.status() != fnfErr || slash == 0 || slash == std::string::npos) {
         return Failure(made.status());
     }
-    OSA_CHECK(createFolders(path.substr(0, slash)));
-    return posix::createFolder(path, 0700);
+    OSA_CHECK(createFolders(path.substr(0, slash), mode));
+    return posix::createFolder(path, mode);
 }
 
 Result<FSRef> findFolder(FSVolumeRefNum number, OSType type, bool create) {
-    OSA_TRY(const std::string path, specialPath(number, type));
+    OSA_TRY(const SpecialFolder folder, specialFolder(number, type));
     bool isFolder = false;
-    auto found = referenceToPath(path, &isFolder);
+    auto found = referenceToPath(folder.path, &isFolder);
     if (!found.ok() && found.status() == fnfErr && create) {
-        OSA_CHECK(createFolders(path));
-        found = referenceToPath(path, &isFolder);
+        OSA_CHECK(createFolders(folder.path, folder.mode));
+        found = referenceToPath(folder.path, &isFolder);
     }
     if (found.ok() && !isFolder) return Failure(fnfErr);
     return found;
