@@ -11,8 +11,8 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = {
     "platform/include": -1,
     "platform/base": 0,
-    "platform/posix": 1, "platform/text": 1, "platform/desktop": 1,
-    "platform/cf": 2, "platform/memory": 2,
+    "platform/posix": 1, "platform/text": 1,
+    "platform/cf": 2, "platform/desktop": 2, "platform/memory": 2,
     "platform/files": 3,
     "platform/resources": 4,
     "platform/aliases": 5, "platform/bundles": 5, "platform/foundation": 5,

@@ -1,66 +1,13 @@
 // FSFindFolder: the special folders as Linux desktops keep them.
 #include <CoreServices/Folders.h>
 #include <CoreServices/MacErrors.h>
-#include <OSA/HostFolders.h>
-
-#include <mutex>
-#include <shared_mutex>
 
 #include "platform/files/References.h"
+#include "platform/files/UserFolders.h"
 #include "platform/files/Volumes.h"
 
 namespace osa {
 namespace {
-
-struct HostRoot {
-    std::shared_mutex lock;
-    std::string path;  // empty: the user's real folders
-};
-
-HostRoot& hostRoot() {
-    static HostRoot shared;
-    return shared;
-}
-
-std::string hostRootPath() {
-    HostRoot& host = hostRoot();
-    const std::shared_lock guard(host.lock);
-    return host.path;
-}
-
-/// The user's folders, under the host's root or as the environment says.
-class UserFolders {
-  public:
-    UserFolders() : home_(hostRootPath()), isRedirected_(!home_.empty()) {
-        if (home_.empty()) home_ = posix::environment("HOME");
-        if (home_.empty()) home_ = posix::homeFolder();
-    }
-
-    bool isRedirected() const { return isRedirected_; }
-    const std::string& home() const { return home_; }
-    std::string data() const { return fromEnvironment("XDG_DATA_HOME", home_ + "/.local/share"); }
-
-    std::string temporary() const {
-        return isRedirected_ ? home_ + "/tmp" : fromEnvironment("TMPDIR", "/tmp");
-    }
-
-    /// A folder inside ~/Library where there is one, else where the environment puts its like.
-    std::string library(const char* name, const char* variable, const char* below) const {
-        const std::string library = home_ + "/Library";
-        const auto status = posix::status(library, posix::Follow::yes);
-        if (status.ok() && status->isFolder()) return library + "/" + name;
-        return fromEnvironment(variable, home_ + "/" + below);
-    }
-
-  private:
-    std::string fromEnvironment(const char* variable, std::string otherwise) const {
-        const std::string value = isRedirected_ ? "" : posix::environment(variable);
-        return value.starts_with('/') ? value : otherwise;
-    }
-
-    std::string home_;
-    bool isRedirected_;
-};
 
 bool isDomain(FSVolumeRefNum number) {
     return number >= kOnSystemDisk && number <= kUserDomain;
@@ -76,9 +23,32 @@ Result<std::string> trashPath(const UserFolders& user, FSVolumeRefNum number) {
     return joinPath(volume->mountPoint, ".Trash-" + std::to_string(posix::userID()) + "/files");
 }
 
-Result<std::string> specialPath(FSVolumeRefNum number, OSType type) {
-    const UserFolders user;
-    if (!isDomain(number) && !findVolume(number)) return Failure(nsvErr);
+/// Whether all users share what is in the domain.
+bool isMachineDomain(FSVolumeRefNum number) {
+    return number >= kSystemDomain && number <= kNetworkDomain;
+}
+
+/// A folder inside /Library where there is one, else where Linux keeps its like.
+std::string machineLibrary(const char* name, const char* otherwise) {
+    const auto status = posix::status("/Library", posix::Follow::yes);
+    return status.ok() && status->isFolder() ? std::string("/Library/") + name : otherwise;
+}
+
+/// The folders that are the machine's in its domains; empty for the other types.
+std::string machinePath(OSType type) {
+    switch (type) {
+        case kPreferencesFolderType:
+            return machineLibrary("Preferences", "/etc/xdg");
+        case kApplicationSupportFolderType:
+            return machineLibrary("Application Support", "/usr/local/share");
+        case kCachedDataFolderType:
+            return machineLibrary("Caches", "/var/cache");
+        default:
+            return {};
+    }
+}
+
+Result<std::string> userPath(const UserFolders& user, FSVolumeRefNum number, OSType type) {
     if (user.home().empty()) return Failure(fnfErr);
     switch (type) {
         case kTrashFolderType:
@@ -94,33 +64,55 @@ Result<std::string> specialPath(FSVolumeRefNum number, OSType type) {
             return user.library("Application Support", "XDG_DATA_HOME", ".local/share");
         case kCachedDataFolderType:
             return user.library("Caches", "XDG_CACHE_HOME", ".cache");
+        case kDesktopFolderType:
+            return user.named("XDG_DESKTOP_DIR", "Desktop");
+        case kDocumentsFolderType:
+            return user.named("XDG_DOCUMENTS_DIR", "Documents");
         case kApplicationsFolderType:
-            return number == kUserDomain || user.isRedirected() ? user.home() + "/Applications"
-                                                                : "/Applications";
+            return user.home() + "/Applications";
         default:
             return Failure(fnfErr);
     }
 }
 
+struct SpecialFolder {
+    std::string path;
+    std::uint32_t mode = 0700;  // of the folders that have to be made
+};
+
+Result<SpecialFolder> specialFolder(FSVolumeRefNum number, OSType type) {
+    constexpr std::uint32_t kMachineMode = 0755;
+    const UserFolders user;
+    if (!isDomain(number) && !findVolume(number)) return Failure(nsvErr);
+    if (!user.isRedirected()) {
+        if (type == kApplicationsFolderType && number != kUserDomain)
+            return SpecialFolder{"/Applications", kMachineMode};
+        std::string path = isMachineDomain(number) ? machinePath(type) : "";
+        if (!path.empty()) return SpecialFolder{std::move(path), kMachineMode};
+    }
+    OSA_TRY(std::string path, userPath(user, number, type));
+    return SpecialFolder{std::move(path)};
+}
+
 /// Makes the folder and every missing one above it.
-Result<void> createFolders(const std::string& path) {
-    const auto made = posix::createFolder(path, 0700);
+Result<void> createFolders(const std::string& path, std::uint32_t mode) {
+    const auto made = posix::createFolder(path, mode);
     if (made.ok() || made.status() == dupFNErr) return {};
     const std::size_t slash = path.rfind('/');
     if (made.status() != fnfErr || slash == 0 || slash == std::string::npos) {
         return Failure(made.status());
     }
-    OSA_CHECK(createFolders(path.substr(0, slash)));
-    return posix::createFolder(path, 0700);
+    OSA_CHECK(createFolders(path.substr(0, slash), mode));
+    return posix::createFolder(path, mode);
 }
 
 Result<FSRef> findFolder(FSVolumeRefNum number, OSType type, bool create) {
-    OSA_TRY(const std::string path, specialPath(number, type));
+    OSA_TRY(const SpecialFolder folder, specialFolder(number, type));
     bool isFolder = false;
-    auto found = referenceToPath(path, &isFolder);
+    auto found = referenceToPath(folder.path, &isFolder);
     if (!found.ok() && found.status() == fnfErr && create) {
-        OSA_CHECK(createFolders(path));
-        found = referenceToPath(path, &isFolder);
+        OSA_CHECK(createFolders(folder.path, folder.mode));
+        found = referenceToPath(folder.path, &isFolder);
     }
     if (found.ok() && !isFolder) return Failure(fnfErr);
     return found;
@@ -135,10 +127,4 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
     const auto found = osa::findFolder(vRefNum, folderType, createFolder != 0);
     if (found.ok()) *foundRef = *found;
     return static_cast<OSErr>(found.status());
-}
-
-void OSASetHostFolderRoot(const char* path) {
-    osa::HostRoot& host = osa::hostRoot();
-    const std::unique_lock guard(host.lock);
-    host.path = path == nullptr ? "" : path;
 }

@@ -1,16 +1,11 @@
-// The process list and the search for applications.
+// The process list.
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
-#include <CoreServices/LaunchServices.h>
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/Processes.h>
-#include <OSA/Diagnostics.h>
-#include <OSA/HostFolders.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-
-#include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
 namespace {
@@ -45,44 +40,6 @@ TEST(Processes, TheWalkMeetsTheCallerOnceAndEnds) {
         ProcessInformationCopyDictionary(&own, kProcessDictionaryIncludeAllInformationMask));
     ASSERT_TRUE(dictionary);
     EXPECT_TRUE(CFDictionaryContainsKey(dictionary.get(), CFSTR("BundlePath")));
-}
-
-TEST(LaunchServices, FindsAnApplicationThatMeetsEveryCriterion) {
-    const TemporaryFolder home;
-    home.write("Applications/Old/Deep/Three.app/Contents/PkgInfo", "APPLthre");
-    home.write("Applications/Old/Quill.app/Contents/PkgInfo", "APPLquil");
-    home.write("Applications/Pen.app/Contents/PkgInfo", "APPLpen ");
-    home.write("Applications/Pen.app/Contents/Info.plist",
-               "{ CFBundleIdentifier = \"org.example.Pen\"; }");
-    OSASetHostFolderRoot(home.path().c_str());
-    const struct {
-        OSType creator;
-        CFStringRef bundleID;
-        CFStringRef name;
-        OSStatus status;
-    } rows[] = {
-        {0x7175696C, nullptr, nullptr, noErr},  // 'quil', one folder down
-        {0, CFSTR("ORG.example.pen"), nullptr, noErr},
-        {0, nullptr, CFSTR("Pen"), noErr},
-        {0, nullptr, CFSTR("quill.APP"), noErr},
-        {0x7175696C, CFSTR("org.example.Pen"), nullptr, kLSApplicationNotFoundErr},
-        {0x74687265, nullptr, nullptr, kLSApplicationNotFoundErr},  // 'thre', too deep
-        {0, nullptr, nullptr, paramErr},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        const CFIndex before = OSALiveObjectCount();
-        FSRef ref{};
-        {
-            CFRef<CFURLRef> url;
-            EXPECT_EQ(
-                LSFindApplicationForInfo(row.creator, row.bundleID, row.name, &ref, url.out()),
-                row.status);
-            EXPECT_EQ(static_cast<bool>(url), row.status == noErr);
-        }
-        EXPECT_EQ(OSALiveObjectCount(), before);
-    }
-    OSASetHostFolderRoot(nullptr);
 }
 
 }  // namespace

@@ -1,0 +1,105 @@
+// libxcb knows no deadline: it waits for the greeting, and for the rest of an answer that has
+// begun. So a thread waits for it, and the asker ends the connection under it. Before the server
+// has let us in there is no connection to be ended; then the thread is left behind, one at most.
+#include "platform/desktop/ServerQuestion.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+
+#include "platform/base/FaultPoint.h"
+#include "platform/posix/Connections.h"
+#include "platform/posix/FileSystem.h"
+
+namespace osa::desktop {
+namespace {
+
+constexpr std::chrono::seconds kPatience{2};
+
+/// Threads that were left behind.
+std::atomic<int> leftBehind = 0;
+
+struct Exchange {
+    std::string display;
+    std::function<std::uint32_t(XServer&)> question;
+
+    std::mutex lock;
+    std::condition_variable finished;
+    bool isFinished = false;
+    bool isGivenUp = false;
+    int descriptor = -1;  // of the connection, while it may be ended
+    std::uint32_t answer = 0;
+
+    /// False when nobody waits any more.
+    bool setDescriptor(int value) {
+        const std::lock_guard guard(lock);
+        descriptor = value;
+        return !isGivenUp;
+    }
+};
+
+std::uint32_t converse(Exchange& exchange) {
+    const std::unique_ptr<XServer> server = XServer::connect(exchange.display);
+    if (!server) return 0;
+    std::uint32_t answer = 0;
+    try {
+        if (exchange.setDescriptor(server->descriptor())) answer = exchange.question(*server);
+    } catch (const std::bad_alloc&) {
+        answer = 0;
+    }
+    exchange.setDescriptor(-1);
+    return answer;
+}
+
+void work(const std::shared_ptr<Exchange>& exchange) {
+    posix::blockSignals();
+    std::uint32_t answer = 0;
+    try {
+        answer = converse(*exchange);
+    } catch (const std::bad_alloc&) {
+        answer = 0;
+    }
+    const std::lock_guard guard(exchange->lock);
+    exchange->answer = answer;
+    exchange->isFinished = true;
+    if (exchange->isGivenUp) --leftBehind;
+    exchange->finished.notify_one();
+}
+
+/// Whether the thread has finished; if not, it does so on its own.
+bool waitFor(Exchange& exchange) {
+    std::unique_lock guard(exchange.lock);
+    if (exchange.finished.wait_for(guard, kPatience, [&] { return exchange.isFinished; }))
+        return true;
+    exchange.isGivenUp = true;
+    ++leftBehind;
+    if (exchange.descriptor >= 0) posix::endConnection(exchange.descriptor);
+    return false;
+}
+
+}  // namespace
+
+std::uint32_t askServer(std::function<std::uint32_t(XServer&)> question) {
+    const auto exchange = std::make_shared<Exchange>();
+    exchange->display = posix::environment("DISPLAY");
+    exchange->question = std::move(question);
+    if (exchange->display.empty() || leftBehind > 0 || faultPoint()) return 0;
+    std::thread thread;
+    try {
+        thread = std::thread(work, exchange);
+    } catch (const std::system_error&) {
+        return 0;
+    }
+    if (!waitFor(*exchange)) {
+        thread.detach();
+        return 0;
+    }
+    thread.join();
+    return exchange->answer;
+}
+
+}  // namespace osa::desktop

@@ -1,0 +1,200 @@
+// The front process and activation on an X server whose window manager the test plays.
+#include "platform/desktop/Desktop.h"
+
+#include <CoreServices/MacErrors.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/posix/Connections.h"
+
+namespace osa::desktop {
+namespace {
+
+class VirtualServer {
+  public:
+    VirtualServer() {
+        int ends[2];
+        if (pipe(ends) != 0) return;
+        process_ = fork();
+        if (process_ == 0) {
+            const std::string number = std::to_string(ends[1]);
+            execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "64x64x24",
+                   "-nolisten", "tcp", nullptr);
+            _exit(127);
+        }
+        close(ends[1]);
+        char digits[16] = {};
+        for (char* end = digits; end < digits + 15 && read(ends[0], end, 1) == 1 && *end != '\n';)
+            ++end;
+        close(ends[0]);
+        if (digits[0] != 0) display = ":" + std::to_string(std::atoi(digits));
+    }
+    ~VirtualServer() {
+        kill(process_, SIGTERM);
+        waitpid(process_, nullptr, 0);
+    }
+    void pause(bool paused) const { kill(process_, paused ? SIGSTOP : SIGCONT); }
+    std::string display;
+
+  private:
+    pid_t process_ = -1;
+};
+
+class Manager {
+  public:
+    explicit Manager(const std::string& display)
+        : server_(xcb_connect(display.c_str(), nullptr)),
+          root_(xcb_setup_roots_iterator(xcb_get_setup(server_)).data->root) {
+        const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+        xcb_change_window_attributes(server_, root_, XCB_CW_EVENT_MASK, &events);
+    }
+    ~Manager() { xcb_disconnect(server_); }
+
+    xcb_atom_t atom(const std::string& name) {
+        auto* const reply = xcb_intern_atom_reply(
+            server_, xcb_intern_atom(server_, 0, name.size(), name.c_str()), nullptr);
+        const xcb_atom_t found = reply->atom;
+        free(reply);
+        return found;
+    }
+    void set(xcb_window_t window, const char* name, xcb_atom_t type, int format,
+             const std::string& bytes) {
+        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, atom(name), type, format,
+                            bytes.size() * 8 / format, bytes.data());
+        sync();
+    }
+    void set(const char* name, xcb_atom_t type, std::vector<std::uint32_t> values) {
+        set(root_, name, type, 32,
+            {reinterpret_cast<const char*>(values.data()), values.size() * 4});
+    }
+    xcb_window_t window(std::uint32_t process, const std::string& machine) {
+        const xcb_window_t made = xcb_generate_id(server_);
+        xcb_create_window(server_, 0, made, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, 0, nullptr);
+        if (process != 0)
+            set(made, "_NET_WM_PID", XCB_ATOM_CARDINAL, 32,
+                {reinterpret_cast<const char*>(&process), 4});
+        if (!machine.empty()) set(made, "WM_CLIENT_MACHINE", XCB_ATOM_STRING, 8, machine);
+        return made;
+    }
+    void sync() { free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr)); }
+    /// Window, source and window active before of the last request to activate.
+    std::vector<std::uint32_t> requested() {
+        sync();
+        std::vector<std::uint32_t> last;
+        while (auto* const event = xcb_poll_for_event(server_)) {
+            auto* const message = reinterpret_cast<xcb_client_message_event_t*>(event);
+            if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                message->type == atom("_NET_ACTIVE_WINDOW")) {
+                const auto& data = message->data.data32;
+                last = {message->window, data[0], data[2]};
+                EXPECT_NE(data[1], 0u) << "time";
+            }
+            free(event);
+        }
+        return last;
+    }
+
+  private:
+    xcb_connection_t* server_;
+    xcb_window_t root_;
+};
+
+TEST(Desktop, FrontProcessAndActivation) {
+    const VirtualServer server;
+    ASSERT_FALSE(server.display.empty()) << "Xvfb did not start";
+    setenv("DISPLAY", server.display.c_str(), 1);
+    EXPECT_EQ(frontProcess().status(), procNotFound) << "no window manager has ever run";
+    EXPECT_EQ(bringToFront(77).status(), kCannotSetFrontProcessErr);
+
+    Manager manager(server.display);
+    const std::string here = posix::hostName();
+    const xcb_window_t older = manager.window(77, here), newer = manager.window(77, here),
+                       foreign = manager.window(77, "elsewhere"), nowhere = manager.window(77, ""),
+                       other = manager.window(78, here + std::string(1, '\0')),
+                       unnumbered = manager.window(0, here);
+    struct Case {
+        std::uint32_t active, process;
+    };
+    for (const auto& [active, process] : {Case{older, 77},
+                                          {other, 78},
+                                          {foreign, 0},
+                                          {nowhere, 0},
+                                          {unnumbered, 0},
+                                          {0, 0},
+                                          {0x1FFFFFFF, 0}}) {
+        manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {active});
+        const auto front = frontProcess();
+        EXPECT_EQ(front.ok() ? *front : 0, process) << active;
+    }
+    manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_CARDINAL, {older});
+    EXPECT_EQ(frontProcess().status(), procNotFound) << "a property of another type";
+
+    manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {other});
+    std::vector<std::uint32_t> windows(200, unnumbered);
+    windows.insert(windows.begin(), {older, newer, foreign, nowhere});
+    manager.set("_NET_CLIENT_LIST", XCB_ATOM_WINDOW, windows);
+    EXPECT_EQ(bringToFront(77).status(), kCannotSetFrontProcessErr) << "activation not supported";
+    manager.set("_NET_SUPPORTED", XCB_ATOM_ATOM, {1, 2, manager.atom("_NET_ACTIVE_WINDOW")});
+    using Request = std::vector<std::uint32_t>;
+    EXPECT_EQ(bringToFront(77).status(), noErr);
+    EXPECT_EQ(manager.requested(), (Request{newer, 1, other}));
+    manager.set("_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW, {newer, 0x1FFFFFFF, older, foreign});
+    EXPECT_EQ(bringToFront(77).status(), noErr);
+    EXPECT_EQ(manager.requested(), (Request{older, 1, other}));
+    EXPECT_EQ(bringToFront(78).status(), kCannotSetFrontProcessErr);
+    EXPECT_EQ(bringToFront(0).status(), kCannotSetFrontProcessErr);
+    EXPECT_EQ(manager.requested(), Request{});
+    setenv("DISPLAY", (server.display + ".7").c_str(), 1);
+    EXPECT_EQ(frontProcess().status(), procNotFound) << "no such screen";
+}
+
+/// Neither asks longer than it may; the second question after one that is still waiting not at all.
+void expectInTime() {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(frontProcess().status(), procNotFound);
+    EXPECT_EQ(bringToFront(77).status(), kCannotSetFrontProcessErr);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
+TEST(Desktop, ServersThatDoNotAnswer) {
+    unsetenv("DISPLAY");
+    expectInTime();
+    for (const char* const display : {"nonsense", ":59999"}) {
+        setenv("DISPLAY", display, 1);
+        expectInTime();
+    }
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, "/tmp/.X11-unix/X4711"};
+    unlink(address.sun_path);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener, 5), 0);
+    setenv("DISPLAY", ":4711", 1);
+    expectInTime();
+    // A greeting that promises more than comes, then the end: the thread left behind goes.
+    close(listener);
+    unlink(address.sun_path);
+
+    const VirtualServer server;
+    Manager manager(server.display);
+    const xcb_window_t window = manager.window(77, posix::hostName());
+    manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {window});
+    setenv("DISPLAY", server.display.c_str(), 1);
+    server.pause(true);
+    expectInTime();
+    server.pause(false);
+    for (int tries = 0; tries < 100 && !frontProcess().ok(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(frontProcess().ok()) << "the server is asked again once it answers";
+}
+
+}  // namespace
+}  // namespace osa::desktop
