@@ -183,11 +183,10 @@ TEST_F(ApplicationLocations, earlierOnesOverrideLaterOnes) {
                            at[0] + "/Sets/Two.plug"}));
     EXPECT_TRUE(FindInSupportFolderOfType(utf16(".plug"), utf16("None")).empty());
 
-    const std::string hidden = bundle() + "/Contents (away)";
-    const std::string program = fs::read_symlink("/proc/self/exe");
-    fs::rename(bundle() + "/Contents", hidden);
-    EXPECT_NE(thrown([&] { FindInSupportFolderOfType(utf16(".plug")); }), noErr);
-    fs::rename(hidden, bundle() + "/Contents");
+    const std::string contents = bundle() + "/Contents";
+    fs::rename(contents, contents + " (away)");
+    EXPECT_EQ(thrown([&] { FindInSupportFolderOfType(utf16(".plug")); }), fnfErr);
+    fs::rename(contents + " (away)", contents);
 }
 
 TEST_F(ApplicationLocations, madeFoldersAreFoundAgain) {
