@@ -118,7 +118,8 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
     EXPECT_EQ(LSFindApplicationForInfo(0, nullptr, nullptr, nullptr, nullptr), paramErr);
     EXPECT_EQ(desktopEntryPath("Gone"), home_.path("first/Gone.desktop"));
     EXPECT_EQ(desktopEntryPath("kit-draw-Tool"), home_.path(data + "kit/draw/Tool.desktop"));
-    EXPECT_EQ(desktopEntryPath("..-first-Both"), std::nullopt);
+    entry("Up", "");
+    EXPECT_EQ(desktopEntryPath("..-Up"), std::nullopt);
     EXPECT_EQ(applicationAt(*desktopEntryPath("kit-draw-Tool"))->identifier, "kit-draw-Tool");
 }
 
@@ -184,7 +185,7 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
 }
 
 TEST_F(Applications, RunInTheTerminalThatThereIs) {
-    entry("Shell", "Terminal=true\n");
+    entry("Shell", "Terminal=true\nPath=relative\n");
     const std::string path = getenv("PATH");
     setenv("PATH", home_.path("bin").c_str(), 1);
     const auto application = applicationAt(home_.path("Shell.desktop"));
@@ -196,6 +197,7 @@ TEST_F(Applications, RunInTheTerminalThatThereIs) {
     EXPECT_EQ(commands->front().program, old);
     EXPECT_EQ(commands->front().arguments,
               (Arguments{"x-terminal-emulator", "-e", "/bin/true", "/x"}));
+    EXPECT_EQ(commands->front().folder, "");
     program("bin/xdg-terminal-exec");
     commands = commandsOf(*application, {"/x"});
     EXPECT_EQ(commands->front().arguments, (Arguments{"xdg-terminal-exec", "/bin/true", "/x"}));
