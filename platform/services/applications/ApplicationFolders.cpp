@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/files/UserFolders.h"
+#include "platform/files/special/UserFolders.h"
 #include "platform/posix/FileSystem.h"
 #include "platform/services/applications/Application.h"
 #include "platform/text/TextConverter.h"

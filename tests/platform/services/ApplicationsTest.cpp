@@ -36,6 +36,13 @@ class Applications : public testing::Test {
         return home_.path(name);
     }
 
+    /// Empty when the reference leads nowhere.
+    static std::string pathOf(const FSRef& ref) {
+        UInt8 path[4096];
+        const OSStatus status = FSRefMakePath(&ref, path, sizeof path);
+        return status == noErr ? reinterpret_cast<const char*>(path) : "";
+    }
+
     const TemporaryFolder home_;
 };
 
@@ -48,9 +55,7 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
     home_.write("Applications/Pen.app/Contents/Info.plist",
                 "{ CFBundleIdentifier = \"org.example.Pen\"; }");
     entry("Applications/Both", "Name=Own\n");
-    entry("first/Both",
-          "Name=The Host's\nX-OSA-Signature=\xC3\xA4"
-          "b\\s\\s\n");
+    entry("first/Both", "Name=The Host's\nX-OSA-Signature=\xC3\xA4g\\s\\s\n");
     entry(data + "Both", "X-OSA-Signature=late\n");
     entry("first/Gone", "Hidden=true\n");
     entry(data + "Gone", "X-OSA-Signature=gone\n");
@@ -69,36 +74,32 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
         OSType creator;
         CFStringRef bundleID;
         CFStringRef name;
-        OSStatus status;
-        std::string path;
+        std::string path;  // empty: not found
     } rows[] = {
-        {FourCC("quil"), nullptr, nullptr, noErr, "Applications/Old/Quill.app"},
-        {0, CFSTR("ORG.example.pen"), nullptr, noErr, "Applications/Pen.app"},
-        {0, nullptr, CFSTR("Pen"), noErr, "Applications/Pen.app"},
-        {0, nullptr, CFSTR("quill.APP"), noErr, "Applications/Old/Quill.app"},
-        {FourCC("quil"), CFSTR("org.example.Pen"), nullptr, kLSApplicationNotFoundErr, ""},
-        {FourCC("thre"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},  // too deep
-        {FourCC("kit "), nullptr, nullptr, kLSApplicationNotFoundErr, ""},
-        {0, CFSTR("both"), nullptr, noErr, "first/Both.desktop"},
-        {FourCC("\x8A"
-                "b  "),
-         nullptr, nullptr, noErr, "first/Both.desktop"},
-        {FourCC("late"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},  // hidden, or no text
-        {0, nullptr, CFSTR("Own"), kLSApplicationNotFoundErr, ""},
-        {0, CFSTR("Gone"), nullptr, kLSApplicationNotFoundErr, ""},
-        {FourCC("gone"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},
-        {FourCC("menu"), nullptr, nullptr, noErr, data + "Menuless.desktop"},
-        {0, CFSTR("Kit-Draw-tool"), nullptr, noErr, data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("tool.desktop"), noErr, data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("the host's"), noErr, "first/Both.desktop"},
-        {FourCC("miss"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},
-        {FourCC("five"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},
-        {FourCC("link"), nullptr, nullptr, kLSApplicationNotFoundErr, ""},
-        {0, CFSTR("Broken"), nullptr, noErr, data + "Broken.desktop"},
-        {0, CFSTR("circle-Five"), nullptr, kLSApplicationNotFoundErr, ""},
-        {0, CFSTR("../Applications/Both"), nullptr, kLSApplicationNotFoundErr, ""},
-        {0, CFSTR(""), nullptr, kLSApplicationNotFoundErr, ""},
-        {0, nullptr, nullptr, paramErr, ""},
+        {FourCC("quil"), nullptr, nullptr, "Applications/Old/Quill.app"},
+        {0, CFSTR("ORG.example.pen"), nullptr, "Applications/Pen.app"},
+        {0, nullptr, CFSTR("Pen"), "Applications/Pen.app"},
+        {0, nullptr, CFSTR("quill.APP"), "Applications/Old/Quill.app"},
+        {FourCC("quil"), CFSTR("org.example.Pen"), nullptr, ""},
+        {FourCC("thre"), nullptr, nullptr, ""},  // too deep
+        {FourCC("kit "), nullptr, nullptr, ""},
+        {0, CFSTR("both"), nullptr, "first/Both.desktop"},
+        {FourCC("\x8Ag  "), nullptr, nullptr, "first/Both.desktop"},
+        {FourCC("late"), nullptr, nullptr, ""},  // hidden, or no text
+        {0, nullptr, CFSTR("Own"), ""},
+        {0, CFSTR("Gone"), nullptr, ""},
+        {FourCC("gone"), nullptr, nullptr, ""},
+        {FourCC("menu"), nullptr, nullptr, data + "Menuless.desktop"},
+        {0, CFSTR("Kit-Draw-tool"), nullptr, data + "kit/draw/Tool.desktop"},
+        {0, nullptr, CFSTR("tool.desktop"), data + "kit/draw/Tool.desktop"},
+        {0, nullptr, CFSTR("the host's"), "first/Both.desktop"},
+        {FourCC("miss"), nullptr, nullptr, ""},
+        {FourCC("five"), nullptr, nullptr, ""},
+        {FourCC("link"), nullptr, nullptr, ""},
+        {0, CFSTR("Broken"), nullptr, data + "Broken.desktop"},
+        {0, CFSTR("circle-Five"), nullptr, ""},
+        {0, CFSTR("../Applications/Both"), nullptr, ""},
+        {0, CFSTR(""), nullptr, ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
@@ -108,17 +109,17 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
             CFRef<CFURLRef> url;
             EXPECT_EQ(
                 LSFindApplicationForInfo(row.creator, row.bundleID, row.name, &ref, url.out()),
-                row.status);
-            EXPECT_EQ(static_cast<bool>(url), row.status == noErr);
+                row.path.empty() ? kLSApplicationNotFoundErr : noErr);
+            EXPECT_EQ(static_cast<bool>(url), !row.path.empty());
         }
-        UInt8 path[4096] = "";
-        EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path) == noErr, row.status == noErr);
-        EXPECT_EQ(reinterpret_cast<char*>(path), row.path.empty() ? "" : home_.path(row.path));
+        EXPECT_EQ(pathOf(ref), row.path.empty() ? "" : home_.path(row.path));
         EXPECT_EQ(OSALiveObjectCount(), before);
     }
+    EXPECT_EQ(LSFindApplicationForInfo(0, nullptr, nullptr, nullptr, nullptr), paramErr);
     EXPECT_EQ(desktopEntryPath("Gone"), home_.path("first/Gone.desktop"));
     EXPECT_EQ(desktopEntryPath("kit-draw-Tool"), home_.path(data + "kit/draw/Tool.desktop"));
-    EXPECT_EQ(desktopEntryPath("..-first-Both"), std::nullopt);
+    entry("Up", "");
+    EXPECT_EQ(desktopEntryPath("..-Up"), std::nullopt);
     EXPECT_EQ(applicationAt(*desktopEntryPath("kit-draw-Tool"))->identifier, "kit-draw-Tool");
 }
 
@@ -170,9 +171,8 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
         EXPECT_EQ(commands->front().folder, row.folder);
     }
     FSRef ref;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(home_.path("Draw.desktop").c_str()),
-                            &ref, nullptr),
-              noErr);
+    OSASetApplicationFolders(home_.path().c_str());
+    ASSERT_EQ(LSFindApplicationForInfo(0, nullptr, CFSTR("draw it"), &ref, nullptr), noErr);
     CFRef<CFStringRef> shown;
     EXPECT_EQ(LSCopyDisplayNameForRef(&ref, shown.out()), noErr);
     EXPECT_EQ(utf8Of(shown.get()), "Draw It");
@@ -185,7 +185,7 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
 }
 
 TEST_F(Applications, RunInTheTerminalThatThereIs) {
-    entry("Shell", "Terminal=true\n");
+    entry("Shell", "Terminal=true\nPath=relative\n");
     const std::string path = getenv("PATH");
     setenv("PATH", home_.path("bin").c_str(), 1);
     const auto application = applicationAt(home_.path("Shell.desktop"));
@@ -197,13 +197,14 @@ TEST_F(Applications, RunInTheTerminalThatThereIs) {
     EXPECT_EQ(commands->front().program, old);
     EXPECT_EQ(commands->front().arguments,
               (Arguments{"x-terminal-emulator", "-e", "/bin/true", "/x"}));
+    EXPECT_EQ(commands->front().folder, "");
     program("bin/xdg-terminal-exec");
     commands = commandsOf(*application, {"/x"});
     EXPECT_EQ(commands->front().arguments, (Arguments{"xdg-terminal-exec", "/bin/true", "/x"}));
     setenv("PATH", path.c_str(), 1);
 }
 
-/// Arguments between "|", commands between " || "; "invalid" for no line.
+/// Arguments between "|", commands between " || ".
 std::string expand(std::string_view text, const std::vector<std::string>& documents) {
     const auto line = ExecLine::parse(text);
     if (!line) return "invalid";
@@ -217,10 +218,9 @@ std::string expand(std::string_view text, const std::vector<std::string>& docume
 }
 
 TEST(ExecLine, FollowsTheRules) {
-    const std::vector<std::string> none;
     const std::vector<std::string> two{"/a b", "/-$(x)%F\"\n"};
     const struct {
-        std::string line;
+        const char* line;
         const char* plain;
         const char* withTwo;
     } rows[] = {
@@ -233,27 +233,15 @@ TEST(ExecLine, FollowsTheRules) {
          "p|--icon|pic|A \"Name\" %f|/e.desktop|5%"},
         {R"("a p" "b\"\`\$\\c" "\d $e" "")", R"(a p|b"`$\c|\d $e|)", R"(a p|b"`$\c|\d $e|)"},
         {R"(p --a="x y"z "%f")", "p|--a=x yz|%f", "p|--a=x yz|%f"},
-        {"", "invalid", "invalid"},
-        {"%f", "invalid", "invalid"},
-        {"%c x", "invalid", "invalid"},
-        {"p%k", "invalid", "invalid"},
-        {"\"\" x", "invalid", "invalid"},
-        {"p %f %U", "invalid", "invalid"},
-        {"p --all=%F", "invalid", "invalid"},
-        {"p x%i", "invalid", "invalid"},
-        {"p %x", "invalid", "invalid"},
-        {"p %", "invalid", "invalid"},
-        {"p \"open", "invalid", "invalid"},
-        {"p a;b", "invalid", "invalid"},
-        {"p $HOME", "invalid", "invalid"},
-        {"p a\tb", "invalid", "invalid"},
-        {"p '%f'", "invalid", "invalid"},
-        {"p " + std::string(40000, 'x'), "invalid", "invalid"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(expand(row.line, none), row.plain) << row.line.substr(0, 60);
-        EXPECT_EQ(expand(row.line, two), row.withTwo) << row.line.substr(0, 60);
+        EXPECT_EQ(expand(row.line, {}), row.plain) << row.line;
+        EXPECT_EQ(expand(row.line, two), row.withTwo) << row.line;
     }
+    for (const std::string& line : std::vector<std::string>{
+             "", "%f", "%c x", "p%k", "\"\" x", "p %f %U", "p --all=%F", "p x%i", "p %x", "p %",
+             "p \"open", "p a;b", "p $HOME", "p a\tb", "p '%f'", "p " + std::string(40000, 'x')})
+        EXPECT_FALSE(ExecLine::parse(line)) << line.substr(0, 60);
 }
 
 TEST(DesktopEntry, SpeaksTheUsersLanguageAndSurvivesDamage) {
@@ -289,13 +277,16 @@ TEST_F(Applications, FoldersOfTheUserLieWhereTheyAreSaidToBe) {
     } rows[] = {{kDesktopFolderType, "Schreib\"tisch"}, {kDocumentsFolderType, "Documents"}};
     for (const auto& row : rows) {
         FSRef ref;
-        UInt8 path[4096] = "";
         EXPECT_EQ(FSFindFolder(kLocalDomain, row.type, kDontCreateFolder, &ref), fnfErr);
         ASSERT_EQ(FSFindFolder(kUserDomain, row.type, kCreateFolder, &ref), noErr);
-        EXPECT_EQ(FSRefMakePath(&ref, path, sizeof path), noErr);
-        EXPECT_EQ(reinterpret_cast<char*>(path), home_.path(row.path));
+        EXPECT_EQ(pathOf(ref), home_.path(row.path));
     }
     OSASetHostFolderRoot(nullptr);
+    entry("share/applications/a/Mine", "");
+    setenv("XDG_DATA_DIRS", ("relative:" + home_.path("share")).c_str(), 1);
+    EXPECT_EQ(findApplication({0, "A-mine", ""})->path,
+              home_.path("share/applications/a/Mine.desktop"));
+    unsetenv("XDG_DATA_DIRS");
     FSRef machine;
     EXPECT_EQ(FSFindFolder(kLocalDomain, kCachedDataFolderType, kDontCreateFolder, &machine),
               noErr);

@@ -3,8 +3,8 @@
 #include <CoreServices/MacErrors.h>
 
 #include "platform/files/References.h"
-#include "platform/files/UserFolders.h"
 #include "platform/files/Volumes.h"
+#include "platform/files/special/UserFolders.h"
 
 namespace osa {
 namespace {
