@@ -1,0 +1,284 @@
+// Launching programs of our own and meeting them among the processes.
+#include <CoreFoundation/CFRef.h>
+#include <CoreServices/Folders.h>
+#include <CoreServices/LaunchServices.h>
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/Processes.h>
+#include <OSA/Diagnostics.h>
+#include <OSA/HostFolders.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <sstream>
+#include <thread>
+
+#include "platform/base/FourCC.h"
+#include "platform/cf/StringObject.h"
+#include "platform/posix/ProgramStart.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char kReport[] =
+    "\nin HOME\nstreams /dev/null /dev/null /dev/null \nleads 1\nignores 00\nentry ";
+
+bool comesTrue(const std::function<bool()>& condition) {
+    for (int left = 1000; left > 0 && !condition(); --left) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return condition();
+}
+
+bool isThere(const ProcessSerialNumber& number) {
+    ProcessInfoRec info{};
+    info.processInfoLength = sizeof info;
+    return GetProcessInformation(&number, &info) == noErr;
+}
+
+/// What LSOpenFromRefSpec started is ended with the test.
+class Launching : public testing::Test {
+  protected:
+    Launching() {
+        OSASetHostFolderRoot(home_.path().c_str());
+        setenv("OSA_LAUNCH_REPORT", home_.path("report").c_str(), 1);
+        setenv("XDG_ACTIVATION_TOKEN", "ours", 1);
+        setenv("GIO_LAUNCHED_DESKTOP_FILE_PID", std::to_string(getpid()).c_str(), 1);
+    }
+    ~Launching() override {
+        for (const ProcessSerialNumber& each : processesIn(home_.path())) end(each);
+        unsetenv("GIO_LAUNCHED_DESKTOP_FILE_PID");
+        OSASetHostFolderRoot(nullptr);
+    }
+
+    void makeBundle(const std::string& name, const std::string& program) const {
+        home_.write(name + ".app/Contents/PkgInfo",
+                    "APPLpr\xD8"
+                    "b");
+        home_.write(name + ".app/Contents/Info.plist",
+                    "{ CFBundleIdentifier = \"org.example." + name + "\"; CFBundleExecutable = \"" +
+                        program + "\"; LSBackgroundOnly = \"1\"; }");
+        addProgram(name + ".app/Contents/Linux/" + program);
+    }
+    void addProgram(const std::string& place) const {
+        fs::create_directories(fs::path(home_.path(place)).parent_path());
+        fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path(place));
+    }
+    FSRef refOf(const std::string& path) const {
+        FSRef ref{};
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
+        return ref;
+    }
+    OSStatus open(const std::string& name, LSLaunchFlags flags,
+                  const std::vector<FSRef>& documents = {}) const {
+        const FSRef application = refOf(home_.path(name));
+        const LSLaunchFSRefSpec spec{
+            &application, static_cast<UInt32>(documents.size()), documents.data(), nullptr, flags,
+            nullptr};
+        FSRef launched{};
+        const OSStatus status = LSOpenFromRefSpec(&spec, &launched);
+        EXPECT_EQ(FSCompareFSRefs(&launched, &application) == noErr, status == noErr);
+        return status;
+    }
+    /// The report of the program of that name, which is waited for and taken away.
+    std::string reportOf(const std::string& program) const {
+        const std::string file = home_.path("report." + program);
+        if (!comesTrue([&] { return fs::exists(file); })) return "(none)";
+        std::stringstream text;
+        text << std::ifstream(file).rdbuf();
+        fs::remove(file);
+        std::string report = text.str();
+        for (std::size_t at; (at = report.find(home_.path())) != std::string::npos;) {
+            report.replace(at, home_.path().size(), "HOME");
+        }
+        return report;
+    }
+    static std::vector<ProcessSerialNumber> processesIn(const std::string& place) {
+        std::vector<ProcessSerialNumber> found;
+        ProcessSerialNumber each{0, kNoProcess};
+        while (GetNextProcess(&each) == noErr) {
+            FSRef ref;
+            UInt8 path[4096] = "";
+            if (GetProcessBundleLocation(&each, &ref) == noErr) {
+                FSRefMakePath(&ref, path, sizeof path);
+            }
+            if (std::string(reinterpret_cast<char*>(path)).starts_with(place)) {
+                found.push_back(each);
+            }
+        }
+        return found;
+    }
+    static void end(const ProcessSerialNumber& number) {
+        kill(static_cast<pid_t>(number.lowLongOfPSN), SIGKILL);
+        EXPECT_TRUE(comesTrue([&] { return !isThere(number); }));
+    }
+
+    TemporaryFolder home_;
+};
+
+std::string textOf(CFDictionaryRef dictionary, CFStringRef key) {
+    return utf8Of(static_cast<CFStringRef>(CFDictionaryGetValue(dictionary, key)));
+}
+
+TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
+    makeBundle("Pen", "pen\n) R (");
+    const FSRef document = refOf(home_.write("-a document", ""));
+    const int leaking = ::open("/dev/zero", O_RDONLY);
+    signal(SIGUSR1, SIG_IGN);
+    ASSERT_EQ(open("Pen.app", kLSLaunchDontSwitch, {document}), noErr);
+    signal(SIGUSR1, SIG_DFL);
+    ::close(leaking);
+    EXPECT_EQ(reportOf("pen\n) R ("),
+              std::string("HOME/-a document|") + kReport + "(none) 0\ntoken (none)\n");
+
+    auto running = processesIn(home_.path());
+    ASSERT_EQ(running.size(), 1U);
+    ProcessInfoRec info{};
+    info.processInfoLength = sizeof info;
+    ASSERT_EQ(GetProcessInformation(&running[0], &info), noErr);
+    EXPECT_EQ(info.processSignature, FourCC("pr\xD8"
+                                            "b"));
+    EXPECT_EQ(info.processType, FourCC("APPL"));
+    EXPECT_EQ(info.processMode, UInt32{modeOnlyBackground});
+    EXPECT_NEAR(info.processLaunchDate, TickCount(), 600);
+    const auto known =
+        CFRef<CFDictionaryRef>::Adopt(ProcessInformationCopyDictionary(&running[0], 0));
+    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleIdentifier")), "org.example.Pen");
+    EXPECT_EQ(textOf(known.get(), CFSTR("BundlePath")), home_.path("Pen.app"));
+    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleExecutable")),
+              home_.path("Pen.app/Contents/Linux/pen\n) R ("));
+
+    EXPECT_EQ(open("Pen.app", kLSLaunchDefaults), noErr);
+    EXPECT_EQ(processesIn(home_.path()).size(), 1U) << "it runs already";
+    EXPECT_EQ(open("Pen.app", kLSLaunchNewInstance), noErr);
+    EXPECT_EQ(reportOf("pen\n) R ("), std::string(kReport) + "(none) 0\ntoken ours\n");
+    running = processesIn(home_.path());
+    ASSERT_EQ(running.size(), 2U);
+
+    // A walk goes on behind a process that has ended, with an old list and with a new one.
+    ProcessSerialNumber each = running[0];
+    end(running[0]);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
+    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
+    each = running[0];
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
+    const ProcessSerialNumber later{running[1].highLongOfPSN + 1, running[1].lowLongOfPSN};
+    EXPECT_FALSE(isThere(later)) << "the same number, started at another time";
+    fs::remove_all(home_.path("Pen.app"));
+    EXPECT_TRUE(isThere(running[1]));
+    FSRef gone;
+    EXPECT_EQ(GetProcessBundleLocation(&running[1], &gone), fnfErr);
+    kill(static_cast<pid_t>(running[1].lowLongOfPSN), SIGKILL);
+}
+
+TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
+    addProgram("bin/quill");
+    const std::string entry =
+        home_.write("org.example.Quill.desktop",
+                    "[Desktop Entry]\nType=Application\nName=Quill\nX-OSA-Signature=quil\nExec=" +
+                        home_.path("bin/quill") + " --new %c\n");
+    LaunchParamBlockRec block{};
+    FSSpec spec;
+    const FSRef ref = refOf(entry);
+    ASSERT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr), noErr);
+    block.launchAppSpec = &spec;
+    EXPECT_EQ(LaunchApplication(&block), paramErr) << "not marked as an extended block";
+    block.launchBlockID = extendedBlock;
+    block.launchEPBLength = extendedBlockLen;
+    ASSERT_EQ(LaunchApplication(&block), noErr);
+    EXPECT_EQ(reportOf("quill"), std::string("--new|Quill|") + kReport +
+                                     "HOME/org.example.Quill.desktop 1\ntoken ours\n");
+    ProcessInfoRec info{};
+    info.processInfoLength = sizeof info;
+    ASSERT_EQ(GetProcessInformation(&block.launchProcessSN, &info), noErr);
+    EXPECT_EQ(info.processSignature, FourCC("quil"));
+    const ProcessSerialNumber first = block.launchProcessSN;
+    ASSERT_EQ(LaunchApplication(&block), noErr);
+    EXPECT_EQ(block.launchProcessSN.lowLongOfPSN, first.lowLongOfPSN);
+    fs::remove(entry);
+    FSRef program;
+    ASSERT_EQ(GetProcessBundleLocation(&first, &program), noErr);
+    const FSRef bare = refOf(home_.path("bin/quill"));
+    EXPECT_EQ(FSCompareFSRefs(&program, &bare), noErr) << "no entry: a bare program";
+}
+
+TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
+    for (const char* const name : {"Script", "Locked", "Foreign", "Hollow"}) makeBundle(name, "it");
+    const auto put = [&](const char* name, const char* content, int mode) {
+        const std::string program = home_.path(std::string(name) + ".app/Contents/Linux/it");
+        fs::remove(program);
+        if (content == nullptr) return;
+        home_.write(std::string(name) + ".app/Contents/Linux/it", content);
+        fs::permissions(program, static_cast<fs::perms>(mode));
+    };
+    put("Script", "touch ran\n", 0755);
+    put("Locked", "#!/bin/sh\n", 0644);
+    put("Foreign", "#!/nowhere/interpreter\n", 0755);
+    put("Hollow", nullptr, 0);
+    home_.write("text", "");
+    makeBundle(".local/share/Trash/files/Old", "it");
+    const struct {
+        const char* name;
+        OSStatus status;
+    } rows[] = {
+        {"Script.app", kLSExecutableIncorrectFormat},
+        {"Foreign.app", kLSExecutableIncorrectFormat},
+        {"Locked.app", kLSNoLaunchPermissionErr},
+        {"Hollow.app", kLSNoExecutableErr},
+        {"text", kLSNotAnApplicationErr},
+        {".local", kLSNotAnApplicationErr},
+        {".local/share/Trash/files/Old.app", kLSAppInTrashErr},
+    };
+    for (const auto& row : rows) EXPECT_EQ(open(row.name, 0), row.status) << row.name;
+    const FSRef lost = refOf(home_.write("lost", ""));
+    fs::remove(home_.path("lost"));
+    EXPECT_EQ(open("Script.app", 0, {lost}), fnfErr);
+    EXPECT_FALSE(fs::exists(home_.path("ran"))) << "a shell ran it";
+    using namespace std::string_literals;
+    const posix::ProgramStart cut{"/bin/true", {"true", "a\0b"s}, "", {}, {}, ""};
+    EXPECT_EQ(posix::startProgram(cut).status(), paramErr);
+}
+
+TEST_F(Launching, FailingSystemCallsLeaveNothingOpen) {
+    makeBundle("Pen", "pen");
+    fs::permissions(home_.path("Pen.app/Contents/Linux/pen"), fs::perms::owner_read);
+    const auto openFiles = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = openFiles();
+    const CFIndex objects = OSALiveObjectCount();
+    const ProcessSerialNumber own{0, kCurrentProcess};
+    const std::function<OSStatus()> calls[] = {
+        [&] { return open("Pen.app", kLSLaunchNewInstance); },
+        [&] { return open("Pen.app", kLSLaunchDefaults); },
+        [&] {
+            FSRef ref;
+            ProcessSerialNumber first{0, kNoProcess};
+            const OSStatus status = GetProcessBundleLocation(&own, &ref);
+            return status != noErr ? status : GetNextProcess(&first);
+        },
+    };
+    for (const auto& call : calls) {
+        bool failed = true;
+        for (UInt32 nth = 1; failed; nth += 1 + nth / 16) {
+            OSAFailOperation(nth, false);
+            (void)call();
+            failed = OSAFailedOperations() > 0;
+            OSAFailOperation(0, false);
+        }
+    }
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(OSALiveObjectCount(), objects);
+}
+
+}  // namespace
+}  // namespace osa::test
