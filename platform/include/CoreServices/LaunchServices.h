@@ -42,8 +42,8 @@ typedef struct LSItemInfoRecord {
 /// Fills `info` with all it knows, whatever is requested. fnfErr when the item is not there.
 OSA_PLATFORM_EXPORT OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo requested,
                                                   LSItemInfoRecord* info);
-/// The name as people see it, without the extension of an application bundle; the caller releases
-/// it.
+/// The name as people see it: the Name of a desktop entry in the user's language, else the item's
+/// own, without the extension of an application bundle; the caller releases it.
 OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringRef* name);
 
 /// Searches, in this order, the folders that the host added (OSA/HostFolders.h), ~/Applications,

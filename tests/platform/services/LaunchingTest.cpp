@@ -20,7 +20,9 @@
 
 #include "platform/base/FourCC.h"
 #include "platform/cf/StringObject.h"
+#include "platform/files/References.h"
 #include "platform/posix/ProgramStart.h"
+#include "platform/services/processes/ProcessNumbers.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
@@ -38,10 +40,15 @@ bool comesTrue(const std::function<bool()>& condition) {
     return condition();
 }
 
-bool isThere(const ProcessSerialNumber& number) {
+/// All zeros when it is not there.
+ProcessInfoRec informationOf(const ProcessSerialNumber& number) {
     ProcessInfoRec info{};
     info.processInfoLength = sizeof info;
-    return GetProcessInformation(&number, &info) == noErr;
+    return GetProcessInformation(&number, &info) == noErr ? info : ProcessInfoRec{};
+}
+
+bool isThere(const ProcessSerialNumber& number) {
+    return informationOf(number).processInfoLength != 0;
 }
 
 /// What LSOpenFromRefSpec started is ended with the test.
@@ -72,10 +79,8 @@ class Launching : public testing::Test {
         fs::create_directories(fs::path(home_.path(place)).parent_path());
         fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path(place));
     }
-    FSRef refOf(const std::string& path) const {
-        FSRef ref{};
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
-        return ref;
+    static FSRef refOf(const std::string& path) {
+        return referenceToPath(path, nullptr).ok() ? *referenceToPath(path, nullptr) : FSRef{};
     }
     OSStatus open(const std::string& name, LSLaunchFlags flags,
                   const std::vector<FSRef>& documents = {}) const {
@@ -106,13 +111,8 @@ class Launching : public testing::Test {
         ProcessSerialNumber each{0, kNoProcess};
         while (GetNextProcess(&each) == noErr) {
             FSRef ref;
-            UInt8 path[4096] = "";
-            if (GetProcessBundleLocation(&each, &ref) == noErr) {
-                FSRefMakePath(&ref, path, sizeof path);
-            }
-            if (std::string(reinterpret_cast<char*>(path)).starts_with(place)) {
-                found.push_back(each);
-            }
+            if (GetProcessBundleLocation(&each, &ref) != noErr || !locate(&ref).ok()) continue;
+            if (locate(&ref)->path().starts_with(place)) found.push_back(each);
         }
         return found;
     }
@@ -141,9 +141,7 @@ TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
 
     auto running = processesIn(home_.path());
     ASSERT_EQ(running.size(), 1U);
-    ProcessInfoRec info{};
-    info.processInfoLength = sizeof info;
-    ASSERT_EQ(GetProcessInformation(&running[0], &info), noErr);
+    const ProcessInfoRec info = informationOf(running[0]);
     EXPECT_EQ(info.processSignature, FourCC("pr\xD8"
                                             "b"));
     EXPECT_EQ(info.processType, FourCC("APPL"));
@@ -164,13 +162,13 @@ TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     ASSERT_EQ(running.size(), 2U);
 
     // A walk goes on behind a process that has ended, with an old list and with a new one.
-    ProcessSerialNumber each = running[0];
     end(running[0]);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
-    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
-    each = running[0];
-    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
-    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
+    for (const int pause : {0, 1100}) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+        ProcessSerialNumber each = running[0];
+        while (!isSame(each, running[1])) ASSERT_EQ(GetNextProcess(&each), noErr);
+    }
     const ProcessSerialNumber later{running[1].highLongOfPSN + 1, running[1].lowLongOfPSN};
     EXPECT_FALSE(isThere(later)) << "the same number, started at another time";
     fs::remove_all(home_.path("Pen.app"));
@@ -197,33 +195,20 @@ TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
     ASSERT_EQ(LaunchApplication(&block), noErr);
     EXPECT_EQ(reportOf("quill"), std::string("--new|Quill|") + kReport +
                                      "HOME/org.example.Quill.desktop 1\ntoken ours\n");
-    ProcessInfoRec info{};
-    info.processInfoLength = sizeof info;
-    ASSERT_EQ(GetProcessInformation(&block.launchProcessSN, &info), noErr);
-    EXPECT_EQ(info.processSignature, FourCC("quil"));
     const ProcessSerialNumber first = block.launchProcessSN;
+    EXPECT_EQ(informationOf(first).processSignature, FourCC("quil"));
     ASSERT_EQ(LaunchApplication(&block), noErr);
     EXPECT_EQ(block.launchProcessSN.lowLongOfPSN, first.lowLongOfPSN);
     fs::remove(entry);
-    FSRef program;
-    ASSERT_EQ(GetProcessBundleLocation(&first, &program), noErr);
-    const FSRef bare = refOf(home_.path("bin/quill"));
-    EXPECT_EQ(FSCompareFSRefs(&program, &bare), noErr) << "no entry: a bare program";
+    EXPECT_EQ(processesIn(home_.path("bin/quill")).size(), 1U) << "no entry: a bare program";
 }
 
 TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
     for (const char* const name : {"Script", "Locked", "Foreign", "Hollow"}) makeBundle(name, "it");
-    const auto put = [&](const char* name, const char* content, int mode) {
-        const std::string program = home_.path(std::string(name) + ".app/Contents/Linux/it");
-        fs::remove(program);
-        if (content == nullptr) return;
-        home_.write(std::string(name) + ".app/Contents/Linux/it", content);
-        fs::permissions(program, static_cast<fs::perms>(mode));
-    };
-    put("Script", "touch ran\n", 0755);
-    put("Locked", "#!/bin/sh\n", 0644);
-    put("Foreign", "#!/nowhere/interpreter\n", 0755);
-    put("Hollow", nullptr, 0);
+    home_.write("Script.app/Contents/Linux/it", "touch ran\n");
+    home_.write("Foreign.app/Contents/Linux/it", "#!/nowhere/interpreter\n");
+    fs::permissions(home_.path("Locked.app/Contents/Linux/it"), fs::perms::owner_read);
+    fs::remove(home_.path("Hollow.app/Contents/Linux/it"));
     home_.write("text", "");
     makeBundle(".local/share/Trash/files/Old", "it");
     const struct {
@@ -243,8 +228,7 @@ TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
     fs::remove(home_.path("lost"));
     EXPECT_EQ(open("Script.app", 0, {lost}), fnfErr);
     EXPECT_FALSE(fs::exists(home_.path("ran"))) << "a shell ran it";
-    using namespace std::string_literals;
-    const posix::ProgramStart cut{"/bin/true", {"true", "a\0b"s}, "", {}, {}, ""};
+    const posix::ProgramStart cut{"/bin/true", {std::string("a\0b", 3)}, "", {}, {}, ""};
     EXPECT_EQ(posix::startProgram(cut).status(), paramErr);
 }
 
