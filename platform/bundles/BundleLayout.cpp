@@ -32,6 +32,11 @@ bool hasBundleExtension(const std::string& path) {
            kBundleExtensions.end();
 }
 
+/// A folder inside a bundle that by itself would pass for another one.
+bool isSupportFolder(std::string_view name) {
+    return name == "Contents" || name == "Support Files";
+}
+
 BundleLayout supportedLayout(const std::string& root, const std::string& support) {
     return {root, {support}, support + "/Resources", {support + "/Linux", support + "/MacOS"}};
 }
@@ -52,6 +57,20 @@ std::optional<BundleLayout> findBundleLayout(const std::string& path) {
                         {path, resources},
                         hasResources ? resources : path,
                         {path + "/Linux", path + "/MacOS", path}};
+}
+
+std::optional<BundleLayout> enclosingBundle(const std::string& program) {
+    constexpr int deepest = 3;  // Contents, program folder, program
+    const std::string folder = program.substr(0, program.find_last_of('/'));
+    std::string root = folder;
+    for (int depth = 1; depth <= deepest && root.starts_with('/'); ++depth) {
+        if (auto layout = isSupportFolder(leafName(root)) ? std::nullopt : findBundleLayout(root)) {
+            const auto& places = layout->programFolders;
+            if (std::find(places.begin(), places.end(), folder) != places.end()) return layout;
+        }
+        root.resize(root.find_last_of('/'));
+    }
+    return std::nullopt;
 }
 
 std::string leafName(const std::string& path) {

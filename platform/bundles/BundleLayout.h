@@ -23,6 +23,10 @@ struct BundleLayout {
 /// one).
 std::optional<BundleLayout> findBundleLayout(const std::string& path);
 
+/// The bundle that a program lies in as it should: in one of its program folders. `program` is
+/// absolute, without links, and need not exist.
+std::optional<BundleLayout> enclosingBundle(const std::string& program);
+
 /// The last component of a path, and what follows its last dot (empty when nothing does).
 std::string leafName(const std::string& path);
 std::string nameExtension(const std::string& path);

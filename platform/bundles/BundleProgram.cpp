@@ -8,19 +8,12 @@
 namespace osa {
 namespace {
 
-constexpr char kProgramFolder[] = "/Contents/Linux";
-
 /// The bundle that the program lies in as it should, or a bundle around the bare program.
 CFBundleRef makeMainBundle() {
     const auto program = posix::readLink("/proc/self/exe");
     if (!program.ok()) return nullptr;
     const std::string folder = program->substr(0, program->find_last_of('/'));
-    const std::size_t support = folder.rfind(kProgramFolder);
-    if (support != std::string::npos && support + sizeof kProgramFolder - 1 == folder.size()) {
-        if (auto layout = findBundleLayout(folder.substr(0, support))) {
-            return makeObject<__CFBundle>(std::move(*layout));
-        }
-    }
+    if (auto layout = enclosingBundle(*program)) return makeObject<__CFBundle>(std::move(*layout));
     auto* const bundle = makeObject<__CFBundle>(BundleLayout{folder, {}, folder, {folder}});
     if (bundle == nullptr) return nullptr;
     const auto name = CFRef<CFStringRef>::Adopt(createString(leafName(*program)));

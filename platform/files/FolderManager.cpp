@@ -1,66 +1,13 @@
 // FSFindFolder: the special folders as Linux desktops keep them.
 #include <CoreServices/Folders.h>
 #include <CoreServices/MacErrors.h>
-#include <OSA/HostFolders.h>
-
-#include <mutex>
-#include <shared_mutex>
 
 #include "platform/files/References.h"
+#include "platform/files/UserFolders.h"
 #include "platform/files/Volumes.h"
 
 namespace osa {
 namespace {
-
-struct HostRoot {
-    std::shared_mutex lock;
-    std::string path;  // empty: the user's real folders
-};
-
-HostRoot& hostRoot() {
-    static HostRoot shared;
-    return shared;
-}
-
-std::string hostRootPath() {
-    HostRoot& host = hostRoot();
-    const std::shared_lock guard(host.lock);
-    return host.path;
-}
-
-/// The user's folders, under the host's root or as the environment says.
-class UserFolders {
-  public:
-    UserFolders() : home_(hostRootPath()), isRedirected_(!home_.empty()) {
-        if (home_.empty()) home_ = posix::environment("HOME");
-        if (home_.empty()) home_ = posix::homeFolder();
-    }
-
-    bool isRedirected() const { return isRedirected_; }
-    const std::string& home() const { return home_; }
-    std::string data() const { return fromEnvironment("XDG_DATA_HOME", home_ + "/.local/share"); }
-
-    std::string temporary() const {
-        return isRedirected_ ? home_ + "/tmp" : fromEnvironment("TMPDIR", "/tmp");
-    }
-
-    /// A folder inside ~/Library where there is one, else where the environment puts its like.
-    std::string library(const char* name, const char* variable, const char* below) const {
-        const std::string library = home_ + "/Library";
-        const auto status = posix::status(library, posix::Follow::yes);
-        if (status.ok() && status->isFolder()) return library + "/" + name;
-        return fromEnvironment(variable, home_ + "/" + below);
-    }
-
-  private:
-    std::string fromEnvironment(const char* variable, std::string otherwise) const {
-        const std::string value = isRedirected_ ? "" : posix::environment(variable);
-        return value.starts_with('/') ? value : otherwise;
-    }
-
-    std::string home_;
-    bool isRedirected_;
-};
 
 bool isDomain(FSVolumeRefNum number) {
     return number >= kOnSystemDisk && number <= kUserDomain;
@@ -135,10 +82,4 @@ OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFold
     const auto found = osa::findFolder(vRefNum, folderType, createFolder != 0);
     if (found.ok()) *foundRef = *found;
     return static_cast<OSErr>(found.status());
-}
-
-void OSASetHostFolderRoot(const char* path) {
-    osa::HostRoot& host = osa::hostRoot();
-    const std::unique_lock guard(host.lock);
-    host.path = path == nullptr ? "" : path;
 }

@@ -10,6 +10,13 @@
 
 namespace osa {
 
+/// How many starts the high word tells apart: 497 days of them.
+inline constexpr std::uint64_t kStartsTold = 0xFFFFFFFF;
+
+inline bool isSame(const ProcessSerialNumber& first, const ProcessSerialNumber& second) {
+    return first.highLongOfPSN == second.highLongOfPSN && first.lowLongOfPSN == second.lowLongOfPSN;
+}
+
 /// The high word is never 0, which is for the numbers that only stand for a process.
 ProcessSerialNumber serialNumberOf(const posix::ProcessFacts& facts);
 /// Of one of the user's processes that runs a program file; procNotFound.

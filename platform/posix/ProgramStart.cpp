@@ -1,0 +1,318 @@
+// Starting programs: two forks, so that the program is nobody's child here, and a pipe on which it
+// tells how it went.
+//
+// Between fork and exec only async-signal-safe calls are made, for another thread may have held any
+// lock when the process was copied: whatever needs memory is made before.
+#include "platform/posix/ProgramStart.h"
+
+#include <CoreServices/MacErrors.h>
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "platform/posix/FileSystem.h"
+#include "platform/posix/PosixSupport.h"
+#include "platform/posix/SystemCall.h"
+#include "platform/posix/UniqueFd.h"
+
+namespace osa::posix {
+namespace {
+
+constexpr int kFirstFreeDescriptor = 3;
+constexpr std::size_t kNumberRoom = 20;
+
+/// What comes through the pipe, all at once: the program's number, or why there is none.
+struct Report {
+    enum class Kind { number, failure } kind;
+    int value;
+};
+
+/// A program's arguments or environment: texts, and pointers to them with a null behind.
+class TextList {
+  public:
+    void add(std::string text) { texts_.push_back(std::move(text)); }
+    char* last() { return texts_.back().data(); }
+    /// Nothing is added from now on.
+    char* const* pointers() {
+        pointers_.clear();
+        for (std::string& text : texts_) pointers_.push_back(text.data());
+        pointers_.push_back(nullptr);
+        return pointers_.data();
+    }
+
+  private:
+    std::vector<std::string> texts_;
+    std::vector<char*> pointers_;
+};
+
+/// All that the program is started with, made before the fork.
+struct Preparation {
+    TextList arguments;
+    TextList environment;
+    char* const* argumentPointers = nullptr;
+    char* const* environmentPointers = nullptr;
+    const char* program = nullptr;
+    const char* folder = nullptr;
+    char* ownNumber = nullptr;  ///< room for it in the environment, zeros
+    UniqueFd null;
+    UniqueFd reports;
+    std::uint64_t descriptorLimit = 0;
+};
+
+bool isName(const std::string& variable) {
+    return !variable.empty() && isUsablePath(variable) && variable.find('=') == std::string::npos;
+}
+
+bool isUsable(const ProgramStart& start) {
+    const auto isVariable = [](const auto& each) {
+        return isName(each.first) && isUsablePath(each.second);
+    };
+    return isUsablePath(start.program) && start.program.starts_with('/') &&
+           isUsablePath(start.folder) && !start.arguments.empty() &&
+           std::all_of(start.arguments.begin(), start.arguments.end(), isUsablePath) &&
+           std::all_of(start.variables.begin(), start.variables.end(), isVariable) &&
+           (start.ownNumberVariable.empty() || isName(start.ownNumberVariable));
+}
+
+/// Whether a variable of the caller's goes on to the program as it is.
+bool isPassedOn(const ProgramStart& start, std::string_view name) {
+    const auto isIt = [&](const auto& each) { return each.first == name; };
+    return name != start.ownNumberVariable &&
+           std::find(start.withoutVariables.begin(), start.withoutVariables.end(), name) ==
+               start.withoutVariables.end() &&
+           std::none_of(start.variables.begin(), start.variables.end(), isIt);
+}
+
+void prepareTexts(const ProgramStart& start, Preparation& preparation) {
+    for (const std::string& argument : start.arguments) preparation.arguments.add(argument);
+    for (char* const* entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        const std::string_view text = *entry;
+        if (isPassedOn(start, text.substr(0, text.find('=')))) {
+            preparation.environment.add(std::string(text));
+        }
+    }
+    for (const auto& [name, value] : start.variables) {
+        preparation.environment.add(name + "=" + value);
+    }
+    if (!start.ownNumberVariable.empty()) {
+        const std::string variable = start.ownNumberVariable + "=";
+        preparation.environment.add(variable + std::string(kNumberRoom, '\0'));
+    }
+    preparation.argumentPointers = preparation.arguments.pointers();
+    preparation.environmentPointers = preparation.environment.pointers();
+    if (!start.ownNumberVariable.empty()) {
+        preparation.ownNumber = preparation.environment.last() + start.ownNumberVariable.size() + 1;
+    }
+    preparation.program = start.program.c_str();
+    preparation.folder = start.folder.c_str();
+}
+
+/// Out of the way of the three standard streams, which the program gets others for.
+Result<UniqueFd> moved(UniqueFd descriptor) {
+    if (!descriptor.valid()) return lastError();
+    if (descriptor.get() >= kFirstFreeDescriptor) return descriptor;
+    UniqueFd higher(
+        systemCall([&] { return fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kFirstFreeDescriptor); }));
+    if (!higher.valid()) return lastError();
+    return higher;
+}
+
+// What follows runs in the copies of the process.
+
+[[noreturn]] void reportAndEnd(int reports, Report::Kind kind, int value) {
+    const Report report{kind, value};
+    const ssize_t written = write(reports, &report, sizeof report);
+    _exit(written == sizeof report ? 0 : 1);
+}
+
+void writeNumber(char* target, unsigned number) {
+    char digits[kNumberRoom];
+    std::size_t count = 0;
+    do {
+        digits[count++] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    } while (number != 0);
+    while (count > 0) *target++ = digits[--count];
+}
+
+/// A handler falls back to the default by itself when the program runs; being ignored does not.
+void resetSignals() {
+    struct sigaction byDefault {};
+    byDefault.sa_handler = SIG_DFL;
+    for (int number = 1; number < NSIG; ++number) sigaction(number, &byDefault, nullptr);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/// The report's descriptor is among those closed only when the program runs.
+void keepDescriptorsFromProgram(std::uint64_t limit) {
+    if (close_range(kFirstFreeDescriptor, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
+    for (int each = kFirstFreeDescriptor; static_cast<std::uint64_t>(each) < limit; ++each) {
+        fcntl(each, F_SETFD, FD_CLOEXEC);
+    }
+}
+
+[[noreturn]] void becomeProgram(const Preparation& preparation) {
+    setsid();
+    for (int stream = 0; stream < kFirstFreeDescriptor; ++stream) {
+        if (dup2(preparation.null.get(), stream) < 0) {
+            reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
+        }
+    }
+    keepDescriptorsFromProgram(preparation.descriptorLimit);
+    const bool isThere = preparation.folder[0] != '\0' && chdir(preparation.folder) == 0;
+    if (!isThere && chdir("/") != 0) {
+        reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
+    }
+    if (preparation.ownNumber != nullptr) {
+        writeNumber(preparation.ownNumber, static_cast<unsigned>(getpid()));
+    }
+    resetSignals();
+    execve(preparation.program, preparation.argumentPointers, preparation.environmentPointers);
+    reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
+}
+
+/// Makes the program's process and ends, which makes that one an orphan.
+[[noreturn]] void makeOrphan(const Preparation& preparation) {
+    const pid_t program = _Fork();
+    if (program == 0) becomeProgram(preparation);
+    if (program > 0) reportAndEnd(preparation.reports.get(), Report::Kind::number, program);
+    reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
+}
+
+// Back in the caller.
+
+/// Keeps signals away, whose handlers must not run in the copies.
+class WithoutSignals {
+  public:
+    WithoutSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    WithoutSignals(const WithoutSignals&) = delete;
+    WithoutSignals& operator=(const WithoutSignals&) = delete;
+    ~WithoutSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_;
+};
+
+OSStatus statusOfStart(int error, const std::string& program) {
+    switch (error) {
+        case ENOENT:
+            // Of a program that is there, what it needs to be run is missing.
+            return status(program, Follow::yes).ok() ? kLSExecutableIncorrectFormat
+                                                     : kLSNoExecutableErr;
+        case ENOTDIR:
+        case ELOOP:
+        case ENAMETOOLONG:
+            return kLSNoExecutableErr;
+        case EACCES:
+        case EPERM:
+            return kLSNoLaunchPermissionErr;
+        case ENOEXEC:
+        case ELIBBAD:
+        case EINVAL:
+            return kLSExecutableIncorrectFormat;
+        case ENOMEM:
+            return memFullErr;
+        default:
+            return kLSUnknownErr;
+    }
+}
+
+/// Reads until nobody can report any more: the program runs then, or nothing of it is left.
+Result<std::uint32_t> awaitReports(int reports, const std::string& program) {
+    std::uint32_t number = 0;
+    int failure = 0;
+    for (;;) {
+        Report report{};
+        ssize_t count = -1;
+        do {
+            count = read(reports, &report, sizeof report);
+        } while (count < 0 && errno == EINTR);
+        if (count != sizeof report) break;
+        if (report.kind == Report::Kind::failure) {
+            failure = report.value;
+        } else {
+            number = static_cast<std::uint32_t>(report.value);
+        }
+    }
+    if (failure != 0) return Failure(statusOfStart(failure, program));
+    if (number == 0) return Failure(kLSUnknownErr);
+    return number;
+}
+
+Result<std::uint32_t> run(Preparation preparation, UniqueFd answers, const std::string& program) {
+    pid_t child = -1;
+    {
+        const WithoutSignals guard;
+        child = systemCall([] { return fork(); });
+        if (child == 0) makeOrphan(preparation);
+    }
+    if (child < 0) return Failure(errno == ENOMEM ? memFullErr : kLSUnknownErr);
+    preparation.reports = UniqueFd();
+    auto number = awaitReports(answers.get(), program);
+    // Somebody else here may have waited for it already.
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) continue;
+    return number;
+}
+
+std::uint64_t descriptorLimit() {
+    constexpr std::uint64_t most = 1 << 20;
+    struct rlimit limit {};
+    return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min<std::uint64_t>(limit.rlim_cur, most)
+                                                 : most;
+}
+
+}  // namespace
+
+Result<std::uint32_t> startProgram(const ProgramStart& start) {
+    if (!isUsable(start)) return Failure(paramErr);
+    Preparation preparation;
+    prepareTexts(start, preparation);
+    preparation.descriptorLimit = descriptorLimit();
+    std::array<int, 2> ends = {-1, -1};
+    if (systemCall([&] { return pipe2(ends.data(), O_CLOEXEC); }) != 0) {
+        return Failure(kLSUnknownErr);
+    }
+    UniqueFd answers(ends[0]);
+    auto reports = moved(UniqueFd(ends[1]));
+    auto null = moved(UniqueFd(systemCall([] { return open("/dev/null", O_RDWR | O_CLOEXEC); })));
+    if (!reports.ok() || !null.ok()) return Failure(kLSUnknownErr);
+    preparation.reports = *std::move(reports);
+    preparation.null = *std::move(null);
+    return run(std::move(preparation), std::move(answers), start.program);
+}
+
+Result<std::string> findExecutable(const std::string& name) {
+    const auto isExecutable = [](const std::string& path) {
+        const auto found = status(path, Follow::yes);
+        return found.ok() && found->isRegular() &&
+               systemCall([&] { return faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS); }) == 0;
+    };
+    if (name.starts_with('/') && isExecutable(name)) return name;
+    if (name.empty() || name.find('/') != std::string::npos) return Failure(kLSNoExecutableErr);
+    std::string folders = environment("PATH");
+    if (folders.empty()) folders = "/usr/local/bin:/usr/bin:/bin";
+    for (std::size_t start = 0; start <= folders.size();) {
+        const std::size_t end = std::min(folders.find(':', start), folders.size());
+        const std::string path = folders.substr(start, end - start) + "/" + name;
+        // Others than absolute ones would change with the current folder.
+        if (folders[start] == '/' && isExecutable(path)) return path;
+        start = end + 1;
+    }
+    return Failure(kLSNoExecutableErr);
+}
+
+}  // namespace osa::posix
