@@ -160,14 +160,14 @@ TEST_F(Help, FailuresLeaveNothing) {
     ASSERT_EQ(registerBook("Book", "Help 1"), noErr);
     const auto name = text("Book"), word = text("word");
     const SInt64 objects = OSALiveObjectCount();
-    OSStatus status = ioErr;
-    for (SInt32 nth = 1; status != noErr && nth < 200; ++nth) {
-        OSAFailOperation(static_cast<UInt32>(nth), false);
-        status = AHSearch(name.get(), word.get());
+    bool hasFailed = true;
+    for (UInt32 nth = 1; hasFailed; ++nth) {
+        OSAFailOperation(nth, false);
+        (void)AHSearch(name.get(), word.get());
+        hasFailed = OSAFailedOperations() > 0;
         OSAFailOperation(0, false);
         EXPECT_EQ(OSALiveObjectCount(), objects) << nth;
     }
-    EXPECT_EQ(status, noErr);
     (void)opened();
     for (const auto& each : fs::recursive_directory_iterator(folder.path(".cache")))
         EXPECT_FALSE(each.path().filename().string().starts_with(".Help")) << each.path();
@@ -181,7 +181,7 @@ TEST(HelpPage, Reads) {
     const std::string cut(600, 'x');
     for (const Case& each : std::vector<Case>{
              {"<TITLE> A\n &amp; B</TITLE><script>if (a</b>c) '</p>'</SCRIPT >z", "A & B",
-              "  A\n & B  z", 0},
+              "  A\n & B   z", 0},
              {"&#65;&#x42&euro;&amp;lt;&#0;&#xD800;&#99999999999;", "",
               "AB&euro;&lt;&#0;&#xD800;&#99999999999;", 0},
              {"<p id = 'a&quot;' id2=x ID=b><a name=c/d>e<input name=f>", "", " e ", 2},
