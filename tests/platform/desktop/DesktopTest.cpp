@@ -165,6 +165,35 @@ void expectInTime() {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
 }
 
+/// Lets two in, and sends both the same bytes.
+struct FakeServer {
+    explicit FakeServer(const std::string& bytes) {
+        const std::string number = std::to_string(5000 + getpid());
+        sockaddr_un address{AF_UNIX, ""};
+        path.copy(address.sun_path, (path += number).size());
+        unlink(address.sun_path);
+        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener, 5), 0);
+        display = ":" + number;
+        thread = std::thread([this, bytes] {
+            for (int& client : clients) {
+                client = accept(listener, nullptr, nullptr);
+                (void)send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            }
+        });
+    }
+    ~FakeServer() {
+        shutdown(listener, SHUT_RDWR);
+        thread.join();
+        for (const int each : {listener, clients[0], clients[1]}) close(each);
+        unlink(path.c_str());
+    }
+    std::string display, path = "/tmp/.X11-unix/X";
+    int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    int clients[2] = {-1, -1};
+    std::thread thread;
+};
+
 TEST(Desktop, ServersThatDoNotAnswer) {
     unsetenv("DISPLAY");
     expectInTime();
@@ -172,16 +201,15 @@ TEST(Desktop, ServersThatDoNotAnswer) {
         setenv("DISPLAY", display, 1);
         expectInTime();
     }
-    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{AF_UNIX, "/tmp/.X11-unix/X4711"};
-    unlink(address.sun_path);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listener, 5), 0);
-    setenv("DISPLAY", ":4711", 1);
-    expectInTime();
-    // A greeting that promises more than comes, then the end: the thread left behind goes.
-    close(listener);
-    unlink(address.sun_path);
+    // The last two never go on: threads are left behind until their connections end.
+    const std::string greeting{1, 0, 11, 0, 0, 0, 8, 0};
+    for (const std::string& bytes : {greeting + std::string(32, '\xFF'),
+                                     greeting + std::string(32, '\0'), greeting, std::string()}) {
+        const FakeServer fake(bytes);
+        setenv("DISPLAY", fake.display.c_str(), 1);
+        expectInTime();
+    }
+    usleep(100'000);
 
     const VirtualServer server;
     Manager manager(server.display);
