@@ -201,7 +201,7 @@ TEST(Desktop, ServersThatDoNotAnswer) {
         setenv("DISPLAY", display, 1);
         expectInTime();
     }
-    // The last never answers: a thread is left behind, until the connection ends.
+    // The last two never go on: threads are left behind until their connections end.
     const std::string greeting{1, 0, 11, 0, 0, 0, 8, 0};
     for (const std::string& bytes : {greeting + std::string(32, '\xFF'),
                                      greeting + std::string(32, '\0'), greeting, std::string()}) {

@@ -14,13 +14,16 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
-#include <sstream>
+#include <regex>
 #include <thread>
 
 #include "platform/base/FourCC.h"
 #include "platform/cf/StringObject.h"
+#include "platform/files/References.h"
 #include "platform/posix/ProgramStart.h"
+#include "platform/services/processes/ProcessNumbers.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
@@ -38,13 +41,18 @@ bool comesTrue(const std::function<bool()>& condition) {
     return condition();
 }
 
-bool isThere(const ProcessSerialNumber& number) {
+/// All zeros when it is not there.
+ProcessInfoRec informationOf(const ProcessSerialNumber& number) {
     ProcessInfoRec info{};
     info.processInfoLength = sizeof info;
-    return GetProcessInformation(&number, &info) == noErr;
+    return GetProcessInformation(&number, &info) == noErr ? info : ProcessInfoRec{};
 }
 
-/// What LSOpenFromRefSpec started is ended with the test.
+bool isThere(const ProcessSerialNumber& number) {
+    return informationOf(number).processInfoLength != 0;
+}
+
+/// What a test has started ends with it.
 class Launching : public testing::Test {
   protected:
     Launching() {
@@ -60,29 +68,22 @@ class Launching : public testing::Test {
     }
 
     void makeBundle(const std::string& name, const std::string& program) const {
-        home_.write(name + ".app/Contents/PkgInfo",
-                    "APPLpr\xD8"
-                    "b");
+        home_.write(name + ".app/Contents/PkgInfo", "APPLprob");
         home_.write(name + ".app/Contents/Info.plist",
                     "{ CFBundleIdentifier = \"org.example." + name + "\"; CFBundleExecutable = \"" +
                         program + "\"; LSBackgroundOnly = \"1\"; }");
-        addProgram(name + ".app/Contents/Linux/" + program);
+        const fs::path folder = home_.path(name + ".app/Contents/Linux");
+        fs::create_directories(folder);
+        fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), folder / program);
     }
-    void addProgram(const std::string& place) const {
-        fs::create_directories(fs::path(home_.path(place)).parent_path());
-        fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path(place));
-    }
-    FSRef refOf(const std::string& path) const {
-        FSRef ref{};
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
-        return ref;
+    static FSRef refOf(const std::string& path) {
+        return referenceToPath(path, nullptr).ok() ? *referenceToPath(path, nullptr) : FSRef{};
     }
     OSStatus open(const std::string& name, LSLaunchFlags flags,
                   const std::vector<FSRef>& documents = {}) const {
         const FSRef application = refOf(home_.path(name));
-        const LSLaunchFSRefSpec spec{
-            &application, static_cast<UInt32>(documents.size()), documents.data(), nullptr, flags,
-            nullptr};
+        const auto count = static_cast<UInt32>(documents.size());
+        const LSLaunchFSRefSpec spec{&application, count, documents.data(), {}, flags, {}};
         FSRef launched{};
         const OSStatus status = LSOpenFromRefSpec(&spec, &launched);
         EXPECT_EQ(FSCompareFSRefs(&launched, &application) == noErr, status == noErr);
@@ -92,27 +93,17 @@ class Launching : public testing::Test {
     std::string reportOf(const std::string& program) const {
         const std::string file = home_.path("report." + program);
         if (!comesTrue([&] { return fs::exists(file); })) return "(none)";
-        std::stringstream text;
-        text << std::ifstream(file).rdbuf();
+        const std::string report{std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
         fs::remove(file);
-        std::string report = text.str();
-        for (std::size_t at; (at = report.find(home_.path())) != std::string::npos;) {
-            report.replace(at, home_.path().size(), "HOME");
-        }
-        return report;
+        return std::regex_replace(report, std::regex(home_.path()), "HOME");
     }
     static std::vector<ProcessSerialNumber> processesIn(const std::string& place) {
         std::vector<ProcessSerialNumber> found;
         ProcessSerialNumber each{0, kNoProcess};
         while (GetNextProcess(&each) == noErr) {
             FSRef ref;
-            UInt8 path[4096] = "";
-            if (GetProcessBundleLocation(&each, &ref) == noErr) {
-                FSRefMakePath(&ref, path, sizeof path);
-            }
-            if (std::string(reinterpret_cast<char*>(path)).starts_with(place)) {
-                found.push_back(each);
-            }
+            if (GetProcessBundleLocation(&each, &ref) != noErr || !locate(&ref).ok()) continue;
+            if (locate(&ref)->path().starts_with(place)) found.push_back(each);
         }
         return found;
     }
@@ -124,37 +115,36 @@ class Launching : public testing::Test {
     TemporaryFolder home_;
 };
 
-std::string textOf(CFDictionaryRef dictionary, CFStringRef key) {
-    return utf8Of(static_cast<CFStringRef>(CFDictionaryGetValue(dictionary, key)));
-}
-
 TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     makeBundle("Pen", "pen\n) R (");
     const FSRef document = refOf(home_.write("-a document", ""));
     const int leaking = ::open("/dev/zero", O_RDONLY);
     signal(SIGUSR1, SIG_IGN);
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, SIGUSR2);
+    sigprocmask(SIG_BLOCK, &mask, nullptr);
     ASSERT_EQ(open("Pen.app", kLSLaunchDontSwitch, {document}), noErr);
     signal(SIGUSR1, SIG_DFL);
+    sigprocmask(SIG_UNBLOCK, &mask, nullptr);
     ::close(leaking);
     EXPECT_EQ(reportOf("pen\n) R ("),
               std::string("HOME/-a document|") + kReport + "(none) 0\ntoken (none)\n");
 
     auto running = processesIn(home_.path());
     ASSERT_EQ(running.size(), 1U);
-    ProcessInfoRec info{};
-    info.processInfoLength = sizeof info;
-    ASSERT_EQ(GetProcessInformation(&running[0], &info), noErr);
-    EXPECT_EQ(info.processSignature, FourCC("pr\xD8"
-                                            "b"));
-    EXPECT_EQ(info.processType, FourCC("APPL"));
-    EXPECT_EQ(info.processMode, UInt32{modeOnlyBackground});
+    const ProcessInfoRec info = informationOf(running[0]);
+    EXPECT_TRUE(info.processSignature == FourCC("prob") && info.processType == FourCC("APPL") &&
+                info.processMode == modeOnlyBackground);
     EXPECT_NEAR(info.processLaunchDate, TickCount(), 600);
     const auto known =
         CFRef<CFDictionaryRef>::Adopt(ProcessInformationCopyDictionary(&running[0], 0));
-    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleIdentifier")), "org.example.Pen");
-    EXPECT_EQ(textOf(known.get(), CFSTR("BundlePath")), home_.path("Pen.app"));
-    EXPECT_EQ(textOf(known.get(), CFSTR("CFBundleExecutable")),
-              home_.path("Pen.app/Contents/Linux/pen\n) R ("));
+    const auto text = [&](CFStringRef key) {
+        return utf8Of(static_cast<CFStringRef>(CFDictionaryGetValue(known.get(), key)));
+    };
+    EXPECT_EQ(text(CFSTR("CFBundleIdentifier")), "org.example.Pen");
+    EXPECT_EQ(text(CFSTR("BundlePath")), home_.path("Pen.app"));
+    EXPECT_TRUE(text(CFSTR("CFBundleExecutable")).ends_with("Pen.app/Contents/Linux/pen\n) R ("));
 
     EXPECT_EQ(open("Pen.app", kLSLaunchDefaults), noErr);
     EXPECT_EQ(processesIn(home_.path()).size(), 1U) << "it runs already";
@@ -164,24 +154,24 @@ TEST_F(Launching, ABundleRunsOnItsOwnAndIsFoundAmongTheProcesses) {
     ASSERT_EQ(running.size(), 2U);
 
     // A walk goes on behind a process that has ended, with an old list and with a new one.
-    ProcessSerialNumber each = running[0];
     end(running[0]);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
-    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
-    each = running[0];
-    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
-    while (each.lowLongOfPSN != running[1].lowLongOfPSN) ASSERT_EQ(GetNextProcess(&each), noErr);
+    for (const int pause : {0, 1100}) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+        ProcessSerialNumber each = running[0];
+        while (!isSame(each, running[1])) ASSERT_EQ(GetNextProcess(&each), noErr);
+    }
     const ProcessSerialNumber later{running[1].highLongOfPSN + 1, running[1].lowLongOfPSN};
     EXPECT_FALSE(isThere(later)) << "the same number, started at another time";
     fs::remove_all(home_.path("Pen.app"));
-    EXPECT_TRUE(isThere(running[1]));
     FSRef gone;
     EXPECT_EQ(GetProcessBundleLocation(&running[1], &gone), fnfErr);
-    kill(static_cast<pid_t>(running[1].lowLongOfPSN), SIGKILL);
+    end(running[1]);
 }
 
 TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
-    addProgram("bin/quill");
+    fs::create_directories(home_.path("bin"));
+    fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path("bin/quill"));
     const std::string entry =
         home_.write("org.example.Quill.desktop",
                     "[Desktop Entry]\nType=Application\nName=Quill\nX-OSA-Signature=quil\nExec=" +
@@ -197,33 +187,20 @@ TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
     ASSERT_EQ(LaunchApplication(&block), noErr);
     EXPECT_EQ(reportOf("quill"), std::string("--new|Quill|") + kReport +
                                      "HOME/org.example.Quill.desktop 1\ntoken ours\n");
-    ProcessInfoRec info{};
-    info.processInfoLength = sizeof info;
-    ASSERT_EQ(GetProcessInformation(&block.launchProcessSN, &info), noErr);
-    EXPECT_EQ(info.processSignature, FourCC("quil"));
     const ProcessSerialNumber first = block.launchProcessSN;
+    EXPECT_EQ(informationOf(first).processSignature, FourCC("quil"));
     ASSERT_EQ(LaunchApplication(&block), noErr);
     EXPECT_EQ(block.launchProcessSN.lowLongOfPSN, first.lowLongOfPSN);
     fs::remove(entry);
-    FSRef program;
-    ASSERT_EQ(GetProcessBundleLocation(&first, &program), noErr);
-    const FSRef bare = refOf(home_.path("bin/quill"));
-    EXPECT_EQ(FSCompareFSRefs(&program, &bare), noErr) << "no entry: a bare program";
+    EXPECT_EQ(processesIn(home_.path("bin/quill")).size(), 1U) << "no entry: a bare program";
 }
 
 TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
     for (const char* const name : {"Script", "Locked", "Foreign", "Hollow"}) makeBundle(name, "it");
-    const auto put = [&](const char* name, const char* content, int mode) {
-        const std::string program = home_.path(std::string(name) + ".app/Contents/Linux/it");
-        fs::remove(program);
-        if (content == nullptr) return;
-        home_.write(std::string(name) + ".app/Contents/Linux/it", content);
-        fs::permissions(program, static_cast<fs::perms>(mode));
-    };
-    put("Script", "touch ran\n", 0755);
-    put("Locked", "#!/bin/sh\n", 0644);
-    put("Foreign", "#!/nowhere/interpreter\n", 0755);
-    put("Hollow", nullptr, 0);
+    home_.write("Script.app/Contents/Linux/it", "touch ran\n");
+    home_.write("Foreign.app/Contents/Linux/it", "#!/nowhere/interpreter\n");
+    fs::permissions(home_.path("Locked.app/Contents/Linux/it"), fs::perms::owner_read);
+    fs::remove(home_.path("Hollow.app/Contents/Linux/it"));
     home_.write("text", "");
     makeBundle(".local/share/Trash/files/Old", "it");
     const struct {
@@ -243,8 +220,7 @@ TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
     fs::remove(home_.path("lost"));
     EXPECT_EQ(open("Script.app", 0, {lost}), fnfErr);
     EXPECT_FALSE(fs::exists(home_.path("ran"))) << "a shell ran it";
-    using namespace std::string_literals;
-    const posix::ProgramStart cut{"/bin/true", {"true", "a\0b"s}, "", {}, {}, ""};
+    const posix::ProgramStart cut{"/bin/true", {std::string("a\0b", 3)}, "", {}, {}, ""};
     EXPECT_EQ(posix::startProgram(cut).status(), paramErr);
 }
 
@@ -257,21 +233,13 @@ TEST_F(Launching, FailingSystemCallsLeaveNothingOpen) {
     const auto before = openFiles();
     const CFIndex objects = OSALiveObjectCount();
     const ProcessSerialNumber own{0, kCurrentProcess};
-    const std::function<OSStatus()> calls[] = {
-        [&] { return open("Pen.app", kLSLaunchNewInstance); },
-        [&] { return open("Pen.app", kLSLaunchDefaults); },
-        [&] {
-            FSRef ref;
-            ProcessSerialNumber first{0, kNoProcess};
-            const OSStatus status = GetProcessBundleLocation(&own, &ref);
-            return status != noErr ? status : GetNextProcess(&first);
-        },
-    };
-    for (const auto& call : calls) {
+    for (const LSLaunchFlags flags :
+         {LSLaunchFlags{kLSLaunchNewInstance}, LSLaunchFlags{kLSLaunchDefaults}}) {
         bool failed = true;
         for (UInt32 nth = 1; failed; nth += 1 + nth / 16) {
+            FSRef ref;
             OSAFailOperation(nth, false);
-            (void)call();
+            if (GetProcessBundleLocation(&own, &ref) == noErr) (void)open("Pen.app", flags);
             failed = OSAFailedOperations() > 0;
             OSAFailOperation(0, false);
         }

@@ -1,0 +1,212 @@
+// Help books on disk, and what the desktop's opener is given for them; modifier keys.
+#include <CoreFoundation/CFBundle.h>
+#include <CoreFoundation/CFRef.h>
+#include <CoreServices/AppleHelp.h>
+#include <CoreServices/Events.h>
+#include <CoreServices/MacErrors.h>
+#include <OSA/Diagnostics.h>
+#include <OSA/HostEvents.h>
+#include <OSA/HostFolders.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/cf/StringObject.h"
+#include "platform/files/References.h"
+#include "platform/services/help/HelpPage.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa {
+namespace {
+
+using String = CFRef<CFStringRef>;
+namespace fs = std::filesystem;
+
+String text(const char* utf8) {
+    return String::Adopt(utf8 == nullptr ? nullptr : createString(std::string_view(utf8)));
+}
+
+std::string contentOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+class Help : public testing::Test {
+  protected:
+    Help() {
+        OSASetHostFolderRoot(folder.path().c_str());
+        folder.write("bin/xdg-open",
+                     "#!/bin/sh\nprintf %s \"$1\" >\"$OPENED.new\"\n"
+                     "mv \"$OPENED.new\" \"$OPENED\"\n");
+        fs::permissions(folder.path("bin/xdg-open"), fs::perms::owner_all);
+        setenv("OPENED", folder.path("opened").c_str(), 1);
+        setenv("PATH", (folder.path("bin") + ":/usr/bin:/bin").c_str(), 1);
+    }
+    ~Help() override { OSASetHostFolderRoot(nullptr); }
+
+    void writePage(const std::string& name, const std::string& content) {
+        folder.write("My App.app/Contents/Resources/de.lproj/Help 1/" + name, content);
+    }
+    OSStatus registerBook(const std::string& name, const std::string& inside) {
+        folder.write("My App.app/Contents/Info.plist",
+                     "<plist><dict><key>CFBundleHelpBookName</key><string>" + name +
+                         "</string><key>CFBundleHelpBookFolder</key><string>" + inside +
+                         "</string><key>CFBundleDevelopmentRegion</key><string>de</string>"
+                         "</dict></plist>");
+        const auto app = referenceToPath(folder.path("My App.app"), nullptr);
+        return AHRegisterHelpBook(&*app);
+    }
+    /// What the opener was given; of a page of the book the part behind its folder.
+    std::string opened() const {
+        const std::string path = folder.path("opened");
+        for (int tries = 0; tries < 250 && !fs::exists(path); ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        std::string url = contentOf(path);
+        fs::remove(path);
+        const std::string book = "/Resources/de.lproj/Help%201/";
+        const std::size_t at = url.find(book);
+        return at == url.npos ? url : url.substr(at + book.size());
+    }
+
+    test::TemporaryFolder folder;
+};
+
+TEST_F(Help, PagesAnchorsAndSearch) {
+    writePage("a.html", "<title>First &lt;one&gt;</title><a name='An#ker 1'>x</a> resize");
+    writePage("deep/b & c.HTM", "<body id=mark>Re<b>size</b> image. <i>RESIZE</i> image caf\u00E9");
+    writePage("empty.xhtml", "<!-- resize image -->");
+    writePage("notes.txt", "resize image");
+    const std::string outside = folder.write("outside.html", "<p id=out>resize image");
+    fs::create_symlink(outside, folder.path("link"));
+    EXPECT_EQ(registerBook("Book", "../../.."), kAHInternalErr);
+    EXPECT_EQ(registerBook("Book", "None"), kAHInternalErr);
+    ASSERT_EQ(registerBook("Book", "Help 1"), noErr);
+    const std::string book = folder.path("My App.app/Contents/Resources/de.lproj/Help 1");
+    fs::create_symlink(outside, book + "/link.html");
+    fs::create_directory_symlink("..", book + "/loop");
+
+    struct Case {
+        const char *book, *path, *anchor;
+        OSStatus status;
+        std::string opened;
+    };
+    const auto check = [this](const Case& each) {
+        const auto name = text(each.book), path = text(each.path), anchor = text(each.anchor);
+        EXPECT_EQ(AHGotoPage(name.get(), path.get(), anchor.get()), each.status) << each.opened;
+        if (each.status != noErr) return;
+        EXPECT_EQ(opened(), each.opened);
+    };
+    const std::string own = "file://" + outside;
+    const std::vector<Case> cases = {
+        {"Book", nullptr, nullptr, noErr, "a.html"},
+        {"Book", "deep/b & c.HTM", "x#y \u00E9", noErr, "deep/b%20&%20c.HTM#x%23y%20%C3%A9"},
+        {"Book", "../../../../../outside.html", nullptr, kAHInternalErr, "leaves"},
+        {"Book", "link.html", nullptr, kAHInternalErr, "leaves by a link"},
+        {"Book", "notes.txt", nullptr, kAHInternalErr, "no page"},
+        {"Book", "none.html", nullptr, kAHInternalErr, "missing"},
+        {"Other", nullptr, nullptr, kAHInternalErr, "not registered"},
+        {nullptr, nullptr, nullptr, paramErr, "nothing"},
+        {nullptr, "javascript:alert(1)", nullptr, kAHInternalErr, "scheme"},
+        {nullptr, "file:///none.html", nullptr, kAHInternalErr, "no file"},
+        {nullptr, "HTTPS://example.org/x#old", "new", noErr, "HTTPS://example.org/x#new"},
+        {nullptr, own.c_str(), nullptr, noErr, own},
+    };
+    for (const Case& each : cases) check(each);
+    writePage("z/index.html", "");
+    writePage("index.html", "");
+    check({"Book", "", nullptr, noErr, "index.html"});
+    writePage("deep/x.html", "<META content='Other' NAME=\"appletitle\">");
+    check({"Book", "", nullptr, noErr, "deep/x.html"});
+    writePage("y.html", "<meta name=AppleTitle content=Book>");
+    check({"Book", "", nullptr, noErr, "y.html"});
+
+    const auto name = text("Book");
+    EXPECT_EQ(AHLookupAnchor(nullptr, text("An#ker 1").get()), noErr);
+    EXPECT_EQ(opened(), "a.html#An%23ker%201");
+    EXPECT_EQ(AHLookupAnchor(name.get(), text("mark").get()), noErr);
+    EXPECT_EQ(opened(), "deep/b%20&%20c.HTM#mark");
+    EXPECT_EQ(AHLookupAnchor(name.get(), text("out").get()), kAHInternalErr);
+
+    struct Query {
+        const char* words;
+        std::vector<std::string> titles;
+    };
+    for (const Query& each : {Query{"RE\u00ADsize", {"b &amp; c.HTM", "First &lt;one&gt;"}},
+                              {" image  CAF\u00C9 ", {"b &amp; c.HTM"}},
+                              {"first", {"First &lt;one&gt;"}}}) {
+        ASSERT_EQ(AHSearch(nullptr, text(each.words).get()), noErr) << each.words;
+        const std::string url = opened();
+        EXPECT_TRUE(url.ends_with("/help_test/Help%20Results.html")) << url;
+        const auto parsed = String::Adopt(CFURLCreateStringByReplacingPercentEscapes(
+            kCFAllocatorDefault, text(url.c_str()).get(), CFSTR("")));
+        const std::string list = contentOf(utf8Of(parsed.get()).substr(7));
+        std::vector<std::string> titles;
+        for (std::size_t at = list.find("<a href=\"file:///"); at != list.npos;
+             at = list.find("<a href", at + 1)) {
+            const std::size_t begin = list.find('>', at) + 1;
+            titles.push_back(list.substr(begin, list.find("</a>", begin) - begin));
+        }
+        EXPECT_EQ(titles, each.titles) << list;
+    }
+    for (const char* none : {"resize nowhere", " ", ""})
+        EXPECT_EQ(AHSearch(name.get(), text(none).get()), kAHInternalErr) << none;
+    setenv("PATH", "/nowhere", 1);
+    EXPECT_EQ(AHGotoPage(name.get(), nullptr, nullptr), kAHConfigErr);
+}
+
+TEST_F(Help, FailuresLeaveNothing) {
+    writePage("a.html", "word");
+    ASSERT_EQ(registerBook("Book", "Help 1"), noErr);
+    const auto name = text("Book"), word = text("word");
+    const SInt64 objects = OSALiveObjectCount();
+    bool hasFailed = true;
+    for (UInt32 nth = 1; hasFailed; ++nth) {
+        OSAFailOperation(nth, false);
+        (void)AHSearch(name.get(), word.get());
+        hasFailed = OSAFailedOperations() > 0;
+        OSAFailOperation(0, false);
+        EXPECT_EQ(OSALiveObjectCount(), objects) << nth;
+    }
+    (void)opened();
+    for (const auto& each : fs::recursive_directory_iterator(folder.path(".cache")))
+        EXPECT_FALSE(each.path().filename().string().starts_with(".Help")) << each.path();
+}
+
+TEST(HelpPage, Reads) {
+    struct Case {
+        std::string bytes, title, text;
+        std::size_t anchors;
+    };
+    const std::string cut(600, 'x');
+    for (const Case& each : std::vector<Case>{
+             {"<TITLE> A\n &amp; B</TITLE><script>if (a</b>c) '</p>'</SCRIPT >z", "A & B",
+              "  A\n & B   z", 0},
+             {"&#65;&#x42&euro;&amp;lt;&#0;&#xD800;&#99999999999;", "",
+              "AB&euro;&lt;&#0;&#xD800;&#99999999999;", 0},
+             {"<p id = 'a&quot;' id2=x ID=b><a name=c/d>e<input name=f>", "", " e ", 2},
+             {"1 < 2 </ 3 <!-- <p id=a> -- > --> <?x <p?> 4", "", "1 < 2 </ 3   4", 0},
+             {"<meta http-equiv=content-type content='text/html; charset=macintosh'>\x8E", "",
+              " \u00E9", 0},
+             {"<meta charset=utf-16>\u00E9", "", " \u00E9", 0},
+             {"caf\xE9", "", "caf\u00E9", 0},
+             {std::string("\xFE\xFF\0<\0p\0>\0x", 10), "", " x", 0},
+             {"<title>" + cut + "\u00E9", cut.substr(0, 512), " " + cut + "\u00E9", 0},
+             {"<p id=\"a>b", "", " ", 1},
+             {"<style>p{}", "", " ", 0}}) {
+        const HelpPage page = readHelpPage(asBytes(each.bytes));
+        EXPECT_EQ(page.title, each.title) << each.bytes;
+        EXPECT_EQ(page.text, each.text) << each.bytes;
+        EXPECT_EQ(page.anchors.size(), each.anchors) << each.bytes;
+    }
+}
+
+TEST(ModifierKeys, AreTheThreadsOwnAndOnlyKnownOnes) {
+    OSASetCurrentEventKeyModifiers(0xFFFFFFFF);
+    EXPECT_EQ(GetCurrentEventKeyModifiers(), 0x1F00u);
+    std::thread([] { EXPECT_EQ(GetCurrentEventKeyModifiers(), 0u); }).join();
+    OSASetCurrentEventKeyModifiers(0);
+}
+
+}  // namespace
+}  // namespace osa
