@@ -34,13 +34,13 @@ class Applications : public testing::Test {
         setenv("OSA_LAUNCH_REPORT", home_.path("report").c_str(), 1);
         setenv("XDG_ACTIVATION_TOKEN", "ours", 1);
         unsetenv("DISPLAY");
-        home_.write("Applications/Pen.app/Contents/PkgInfo", "APPLpenn");
+        home_.write("Applications/Pen.app/Contents/PkgInfo", "APPLOsAp");
         home_.write("Applications/Pen.app/Contents/Info.plist",
-                    "{ CFBundleIdentifier = \"org.example.Pen\"; CFBundleExecutable = pen; }");
+                    "{ CFBundleIdentifier = \"org.example.osa.pen\"; CFBundleExecutable = pen; }");
         addProgram("Applications/Pen.app/Contents/Linux/pen");
         addProgram("bin/quill");
-        home_.write(".local/share/applications/org.example.Quill.desktop",
-                    "[Desktop Entry]\nType=Application\nName=Quill\nX-OSA-Signature=quil\nExec=" +
+        home_.write(".local/share/applications/org.example.osa.quill.desktop",
+                    "[Desktop Entry]\nType=Application\nName=Quill\nX-OSA-Signature=OsAq\nExec=" +
                         home_.path("bin/quill") + "\n");
     }
     ~Applications() override { OSASetHostFolderRoot(nullptr); }
@@ -75,9 +75,9 @@ TEST_F(Applications, AreFoundLaunchedMetAndGone) {
         std::string path;
         std::string program;
     } rows[] = {
-        {CFSTR("org.example.Pen"), 'penn', home_.path("Applications/Pen.app"), "pen"},
-        {CFSTR("org.example.Quill"), 'quil',
-         home_.path(".local/share/applications/org.example.Quill.desktop"), "quill"},
+        {CFSTR("org.example.osa.pen"), 'OsAp', home_.path("Applications/Pen.app"), "pen"},
+        {CFSTR("org.example.osa.quill"), 'OsAq',
+         home_.path(".local/share/applications/org.example.osa.quill.desktop"), "quill"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.path);
@@ -117,7 +117,7 @@ TEST_F(Applications, AreFoundLaunchedMetAndGone) {
         ASSERT_TRUE(GetApplicationPSN(row.signature, psn));
         end(psn);
     }
-    const FSRef before = FindApplication(CFSTR("org.example.Pen")).GetFSRef();
+    const FSRef before = FindApplication(CFSTR("org.example.osa.pen")).GetFSRef();
     FSRef ref = before;
     EXPECT_EQ(FindApplicationNoThrow(CFSTR("org.example.None"), ref), kLSApplicationNotFoundErr);
     EXPECT_EQ(FindApplicationNoThrow('none', ref), kLSApplicationNotFoundErr);
