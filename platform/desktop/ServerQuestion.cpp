@@ -3,12 +3,11 @@
 // has let us in there is no connection to be ended; then the thread is left behind, one at most.
 #include "platform/desktop/ServerQuestion.h"
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <new>
-#include <system_error>
 #include <thread>
 
 #include "platform/base/FaultPoint.h"
@@ -18,10 +17,45 @@
 namespace osa::desktop {
 namespace {
 
+using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kPatience{2};
 
-/// Threads that were left behind.
-std::atomic<int> leftBehind = 0;
+/// One question is asked at a time: libxcb's way to the user's permission is not made for several
+/// threads.
+class Turn {
+  public:
+    /// False when the one before goes on for too long.
+    bool take(Clock::time_point deadline) {
+        std::unique_lock guard(lock_);
+        changed_.wait_until(guard, deadline, [this] { return !isTaken_ || isLeftBehind_; });
+        if (isTaken_) return false;
+        isTaken_ = true;
+        return true;
+    }
+    /// It ends some day; nobody waits for that.
+    void leaveBehind() {
+        const std::lock_guard guard(lock_);
+        isLeftBehind_ = true;
+        changed_.notify_all();
+    }
+    void end() {
+        const std::lock_guard guard(lock_);
+        isTaken_ = isLeftBehind_ = false;
+        changed_.notify_all();
+    }
+
+  private:
+    std::mutex lock_;
+    std::condition_variable changed_;
+    bool isTaken_ = false;
+    bool isLeftBehind_ = false;
+};
+
+/// Stays to the end of the process, which a thread that was left behind may see.
+Turn& turn() {
+    static Turn& shared = *new Turn;
+    return shared;
+}
 
 struct Exchange {
     std::string display;
@@ -66,17 +100,17 @@ void work(const std::shared_ptr<Exchange>& exchange) {
     const std::lock_guard guard(exchange->lock);
     exchange->answer = answer;
     exchange->isFinished = true;
-    if (exchange->isGivenUp) --leftBehind;
+    turn().end();
     exchange->finished.notify_one();
 }
 
 /// Whether the thread has finished; if not, it does so on its own.
-bool waitFor(Exchange& exchange) {
+bool waitFor(Exchange& exchange, Clock::time_point deadline) {
     std::unique_lock guard(exchange.lock);
-    if (exchange.finished.wait_for(guard, kPatience, [&] { return exchange.isFinished; }))
+    if (exchange.finished.wait_until(guard, deadline, [&] { return exchange.isFinished; }))
         return true;
     exchange.isGivenUp = true;
-    ++leftBehind;
+    turn().leaveBehind();
     if (exchange.descriptor >= 0) posix::endConnection(exchange.descriptor);
     return false;
 }
@@ -84,17 +118,19 @@ bool waitFor(Exchange& exchange) {
 }  // namespace
 
 std::uint32_t askServer(std::function<std::uint32_t(XServer&)> question) {
+    const Clock::time_point deadline = Clock::now() + kPatience;
     const auto exchange = std::make_shared<Exchange>();
     exchange->display = posix::environment("DISPLAY");
     exchange->question = std::move(question);
-    if (exchange->display.empty() || leftBehind > 0 || faultPoint()) return 0;
+    if (exchange->display.empty() || faultPoint() || !turn().take(deadline)) return 0;
     std::thread thread;
     try {
         thread = std::thread(work, exchange);
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {  // no thread, or no memory for it
+        turn().end();
         return 0;
     }
-    if (!waitFor(*exchange)) {
+    if (!waitFor(*exchange, deadline)) {
         thread.detach();
         return 0;
     }

@@ -9,8 +9,9 @@
 namespace osa::desktop {
 
 /// Asks the server of $DISPLAY, on a thread of its own. 0 when there is none, when it has not
-/// answered after two seconds, and when a question before is still waiting to be let in by it.
-/// After that nothing more is sent to it. What `question` uses must be its own.
+/// answered after two seconds, after which nothing more is sent to it, and when a question that was
+/// given up before is still waiting to be let in. What `question` uses must be its own. Safe on any
+/// thread.
 std::uint32_t askServer(std::function<std::uint32_t(XServer&)> question);
 
 }  // namespace osa::desktop

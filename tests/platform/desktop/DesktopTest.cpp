@@ -4,6 +4,7 @@
 #include <CoreServices/MacErrors.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -25,9 +26,10 @@ class VirtualServer {
         if (pipe(ends) != 0) return;
         process_ = fork();
         if (process_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
             const std::string number = std::to_string(ends[1]);
             execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "64x64x24",
-                   "-nolisten", "tcp", nullptr);
+                   "-nolisten", "tcp", "-noreset", nullptr);
             _exit(127);
         }
         close(ends[1]);
@@ -153,6 +155,10 @@ TEST(Desktop, FrontProcessAndActivation) {
     EXPECT_EQ(bringToFront(78).status(), kCannotSetFrontProcessErr);
     EXPECT_EQ(bringToFront(0).status(), kCannotSetFrontProcessErr);
     EXPECT_EQ(manager.requested(), Request{});
+    std::vector<std::thread> askers;
+    for (int i = 0; i < 4; ++i)
+        askers.emplace_back([] { EXPECT_EQ(*frontProcess(), 78u) << "on several threads"; });
+    for (std::thread& each : askers) each.join();
     setenv("DISPLAY", (server.display + ".7").c_str(), 1);
     EXPECT_EQ(frontProcess().status(), procNotFound) << "no such screen";
 }
@@ -178,6 +184,8 @@ struct FakeServer {
         thread = std::thread([this, bytes] {
             for (int& client : clients) {
                 client = accept(listener, nullptr, nullptr);
+                char request[12];
+                (void)recv(client, request, sizeof request, MSG_WAITALL);
                 (void)send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
             }
         });
@@ -195,6 +203,10 @@ struct FakeServer {
 };
 
 TEST(Desktop, ServersThatDoNotAnswer) {
+    const VirtualServer server;
+    Manager manager(server.display);
+    const xcb_window_t window = manager.window(77, posix::hostName());
+    manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {window});
     unsetenv("DISPLAY");
     expectInTime();
     for (const char* const display : {"nonsense", ":59999"}) {
@@ -211,10 +223,6 @@ TEST(Desktop, ServersThatDoNotAnswer) {
     }
     usleep(100'000);
 
-    const VirtualServer server;
-    Manager manager(server.display);
-    const xcb_window_t window = manager.window(77, posix::hostName());
-    manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {window});
     setenv("DISPLAY", server.display.c_str(), 1);
     server.pause(true);
     expectInTime();
