@@ -3,7 +3,7 @@
 
 #include <CoreServices/MacErrors.h>
 
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 
 namespace osa {
 

@@ -9,7 +9,7 @@
 
 #include "platform/cf/StringObject.h"
 #include "platform/files/References.h"
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 #include "platform/services/applications/ApplicationFolders.h"
 #include "platform/services/applications/ApplicationKinds.h"
 #include "platform/text/TextConverter.h"

@@ -4,7 +4,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include "platform/cf/url/URLObject.h"
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 #include "platform/services/applications/ApplicationKinds.h"
 #include "platform/services/applications/ExecLine.h"
 

@@ -6,7 +6,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include "platform/files/References.h"
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 #include "platform/services/applications/Application.h"
 #include "platform/services/processes/ProcessApplication.h"
 #include "platform/services/processes/ProcessNumbers.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/base/Result.h"
-#include "platform/posix/Processes.h"
+#include "platform/posix/processes/Processes.h"
 #include "platform/services/applications/Application.h"
 
 namespace osa {

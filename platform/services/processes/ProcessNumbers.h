@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "platform/base/Result.h"
-#include "platform/posix/Processes.h"
+#include "platform/posix/processes/Processes.h"
 
 namespace osa {
 

@@ -22,7 +22,7 @@
 #include "platform/base/FourCC.h"
 #include "platform/cf/StringObject.h"
 #include "platform/files/References.h"
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 #include "platform/services/processes/ProcessNumbers.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "platform/posix/ProcessTexts.h"
+#include "platform/posix/processes/ProcessTexts.h"
 #include "platform/services/processes/ProcessApplication.h"
 
 namespace osa::test {

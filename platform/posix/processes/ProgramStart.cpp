@@ -3,7 +3,7 @@
 //
 // Between fork and exec only async-signal-safe calls are made, for another thread may have held any
 // lock when the process was copied: whatever needs memory is made before.
-#include "platform/posix/ProgramStart.h"
+#include "platform/posix/processes/ProgramStart.h"
 
 #include <CoreServices/MacErrors.h>
 #include <fcntl.h>

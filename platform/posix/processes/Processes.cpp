@@ -1,5 +1,5 @@
 // The user's processes, read from /proc.
-#include "platform/posix/Processes.h"
+#include "platform/posix/processes/Processes.h"
 
 #include <CoreServices/MacErrors.h>
 #include <fcntl.h>
@@ -12,9 +12,9 @@
 
 #include "platform/posix/FileSystem.h"
 #include "platform/posix/PosixSupport.h"
-#include "platform/posix/ProcessTexts.h"
 #include "platform/posix/SystemCall.h"
 #include "platform/posix/UniqueFd.h"
+#include "platform/posix/processes/ProcessTexts.h"
 
 namespace osa::posix {
 namespace {

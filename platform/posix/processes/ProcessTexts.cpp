@@ -1,5 +1,5 @@
 // Reading the kernel's texts about a process.
-#include "platform/posix/ProcessTexts.h"
+#include "platform/posix/processes/ProcessTexts.h"
 
 #include <unistd.h>
 

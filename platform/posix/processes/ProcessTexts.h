@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/posix/Processes.h"
+#include "platform/posix/processes/Processes.h"
 
 namespace osa::posix {
 
