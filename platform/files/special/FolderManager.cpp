@@ -2,6 +2,8 @@
 #include <CoreServices/Folders.h>
 #include <CoreServices/MacErrors.h>
 
+#include <new>
+
 #include "platform/files/References.h"
 #include "platform/files/Volumes.h"
 #include "platform/files/special/UserFolders.h"
@@ -122,9 +124,11 @@ Result<FSRef> findFolder(FSVolumeRefNum number, OSType type, bool create) {
 }  // namespace osa
 
 OSErr FSFindFolder(FSVolumeRefNum vRefNum, OSType folderType, Boolean createFolder,
-                   FSRef* foundRef) {
+                   FSRef* foundRef) try {
     if (foundRef == nullptr) return paramErr;
     const auto found = osa::findFolder(vRefNum, folderType, createFolder != 0);
     if (found.ok()) *foundRef = *found;
     return static_cast<OSErr>(found.status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }

@@ -80,10 +80,10 @@ typedef struct LSLaunchFSRefSpec {
 
 /// Starts the application: a bundle's program with the documents' paths as arguments, a desktop
 /// entry's command with its field codes filled in. No shell sees any of it. The program has its own
-/// session, its standard streams lead nowhere, and it outlives the caller. An application that runs
-/// already and is given no documents is brought to the front instead, as far as the desktop can,
-/// unless the flags say otherwise. `launchedRef`, which may be null, becomes the application's, and
-/// all zeros when the desktop chose it.
+/// session, its standard streams lead nowhere, and it outlives the caller. A bundle or entry that
+/// runs already and is given no documents is brought to the front instead, as far as the desktop
+/// can, unless the flags say otherwise. `launchedRef`, which may be null, becomes the
+/// application's, and all zeros when the desktop chose it.
 ///   kLSNotAnApplicationErr        neither a bundle with a program, nor a desktop entry, nor an
 ///                                 executable file
 ///   kLSAppInTrashErr              it lies in the trash

@@ -95,7 +95,10 @@ Result<std::uint32_t> start(const Application& application, const Command& comma
 Result<Launched> launch(const FSRef& application, const std::vector<std::string>& documents,
                         LSLaunchFlags flags) {
     OSA_TRY(const Target target, findTarget(application));
-    if (documents.empty() && (flags & kLSLaunchNewInstance) == 0) {
+    // One of a tool that runs says nothing about another.
+    const bool runsOnce = target.application.kind != Application::Kind::program &&
+                          (flags & kLSLaunchNewInstance) == 0;
+    if (runsOnce && documents.empty()) {
         OSA_TRY(const ProcessSerialNumber running, runningProcess(target.ref));
         if (!isSame(running, {0, kNoProcess})) {
             if ((flags & kLSLaunchDontSwitch) == 0) (void)SetFrontProcess(&running);
