@@ -30,8 +30,8 @@ Result<std::string> programOf(std::uint32_t id);
 /// The value of a variable in the environment that the process was started with; empty when there
 /// is none.
 Result<std::string> startEnvironment(std::uint32_t id, std::string_view name);
-/// The name of the innermost unit of the user's service manager that the process is in, unescaped
-/// as far as the kernel's path of it goes; empty when it is in none.
+/// The name of the innermost unit of the user's service manager that the process is in, escapes and
+/// all; empty when it is in none.
 Result<std::string> serviceUnit(std::uint32_t id);
 
 }  // namespace osa::posix

@@ -8,6 +8,7 @@
 #include <CoreServices/MacErrors.h>
 #include <fcntl.h>
 #include <linux/close_range.h>
+#include <poll.h>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -231,26 +232,42 @@ OSStatus statusOfStart(int error, const std::string& program) {
     }
 }
 
-/// Reads until nobody can report any more: the program runs then, or nothing of it is left.
-Result<std::uint32_t> awaitReports(int reports, const std::string& program) {
+/// Whether a process has the pipe open as the copy of the caller that it was: the same pipe under
+/// the same number.
+bool holdsPipe(std::uint32_t process, int descriptor, int answers) {
+    const auto held =
+        readLink("/proc/" + std::to_string(process) + "/fd/" + std::to_string(descriptor));
+    const auto own = readLink("/proc/self/fd/" + std::to_string(answers));
+    return held.ok() && own.ok() && *held == *own;
+}
+
+struct Reports {
     std::uint32_t number = 0;
     int failure = 0;
-    for (;;) {
+};
+
+/// Reads until nobody can report any more: the program runs then, or nothing of it is left. A copy
+/// of the caller that another thread made at the wrong moment may keep the pipe open for long, so
+/// in the end only the program's own process counts.
+Reports awaitReports(int answers, int descriptor) {
+    constexpr int patience = 100;  // milliseconds
+    Reports all;
+    for (bool isLast = false;;) {
+        struct pollfd waiting = {answers, POLLIN, 0};
+        const int ready = poll(&waiting, 1, isLast ? 0 : patience);
+        if (ready == 0 && isLast) return all;
+        if (ready == 0) isLast = all.number != 0 && !holdsPipe(all.number, descriptor, answers);
+        if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
         Report report{};
-        ssize_t count = -1;
-        do {
-            count = read(reports, &report, sizeof report);
-        } while (count < 0 && errno == EINTR);
-        if (count != sizeof report) break;
+        const ssize_t count = read(answers, &report, sizeof report);
+        if (count < 0 && errno == EINTR) continue;
+        if (count != sizeof report) return all;
         if (report.kind == Report::Kind::failure) {
-            failure = report.value;
+            all.failure = report.value;
         } else {
-            number = static_cast<std::uint32_t>(report.value);
+            all.number = static_cast<std::uint32_t>(report.value);
         }
     }
-    if (failure != 0) return Failure(statusOfStart(failure, program));
-    if (number == 0) return Failure(kLSUnknownErr);
-    return number;
 }
 
 Result<std::uint32_t> run(Preparation preparation, UniqueFd answers, const std::string& program) {
@@ -261,11 +278,14 @@ Result<std::uint32_t> run(Preparation preparation, UniqueFd answers, const std::
         if (child == 0) makeOrphan(preparation);
     }
     if (child < 0) return Failure(errno == ENOMEM ? memFullErr : kLSUnknownErr);
+    const int descriptor = preparation.reports.get();
     preparation.reports = UniqueFd();
-    auto number = awaitReports(answers.get(), program);
+    const Reports reports = awaitReports(answers.get(), descriptor);
     // Somebody else here may have waited for it already.
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) continue;
-    return number;
+    if (reports.failure != 0) return Failure(statusOfStart(reports.failure, program));
+    if (reports.number == 0) return Failure(kLSUnknownErr);
+    return reports.number;
 }
 
 std::uint64_t descriptorLimit() {

@@ -42,8 +42,8 @@ typedef struct LSItemInfoRecord {
 /// Fills `info` with all it knows, whatever is requested. fnfErr when the item is not there.
 OSA_PLATFORM_EXPORT OSStatus LSCopyItemInfoForURL(CFURLRef url, LSRequestedInfo requested,
                                                   LSItemInfoRecord* info);
-/// The name as people see it, without the extension of an application bundle; the caller releases
-/// it.
+/// The name as people see it: the Name of a desktop entry in the user's language, else the item's
+/// own, without the extension of an application bundle; the caller releases it.
 OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringRef* name);
 
 /// Searches, in this order, the folders that the host added (OSA/HostFolders.h), ~/Applications,
@@ -82,7 +82,8 @@ typedef struct LSLaunchFSRefSpec {
 /// entry's command with its field codes filled in. No shell sees any of it. The program has its own
 /// session, its standard streams lead nowhere, and it outlives the caller. An application that runs
 /// already and is given no documents is brought to the front instead, as far as the desktop can,
-/// unless the flags say otherwise. `launchedRef`, which may be null, becomes the application's.
+/// unless the flags say otherwise. `launchedRef`, which may be null, becomes the application's, and
+/// all zeros when the desktop chose it.
 ///   kLSNotAnApplicationErr        neither a bundle with a program, nor a desktop entry, nor an
 ///                                 executable file
 ///   kLSAppInTrashErr              it lies in the trash
@@ -91,6 +92,8 @@ typedef struct LSLaunchFSRefSpec {
 ///   kLSExecutableIncorrectFormat  it is for another machine
 ///   kLSApplicationNotFoundErr     without application: the desktop has no opener
 ///   fnfErr                        the application or a document is gone
+///   paramErr                      neither an application nor a document
+///   kLSUnknownErr                 the system refuses for another reason
 OSA_PLATFORM_EXPORT OSStatus LSOpenFromRefSpec(const LSLaunchFSRefSpec* spec, FSRef* launchedRef);
 
 #ifdef __cplusplus

@@ -35,7 +35,7 @@ typedef struct ProcessInfoRec {
     UInt32 processSize;                   ///< bytes in memory, at most 0xFFFFFFFF
     UInt32 processFreeMem;                ///< always 0 here
     ProcessSerialNumber processLauncher;  ///< its parent; {0, kNoProcess} when that is not listed
-    UInt32 processLaunchDate;             ///< ticks
+    UInt32 processLaunchDate;             ///< ticks since the machine's start
     UInt32 processActiveTime;             ///< ticks of processor time
     UInt32 processAppSpec;
 } ProcessInfoRec;

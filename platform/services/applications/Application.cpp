@@ -74,11 +74,10 @@ CFRef<CFBundleRef> bundleAt(const std::string& path) {
     return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, url.get()));
 }
 
-std::optional<Application> applicationOfBundle(CFBundleRef bundle, const std::string& path) {
+Application describeBundle(CFBundleRef bundle, const std::string& path) {
     UInt32 type = 0;
     UInt32 signature = 0;
     CFBundleGetPackageInfo(bundle, &type, &signature);
-    if (type != kApplicationType) return std::nullopt;
     Application application{Application::Kind::bundle, path, {}, {}, type, signature};
     if (const CFStringRef identifier = CFBundleGetIdentifier(bundle))
         application.identifier = utf8Of(identifier);
@@ -90,6 +89,12 @@ std::optional<Application> applicationOfBundle(CFBundleRef bundle, const std::st
             application.name.resize(application.name.size() - kBundleExtension.size());
     }
     application.isBackgroundOnly = isTrue(bundle, CFSTR("LSBackgroundOnly"));
+    return application;
+}
+
+std::optional<Application> applicationOfBundle(CFBundleRef bundle, const std::string& path) {
+    Application application = describeBundle(bundle, path);
+    if (application.type != kApplicationType) return std::nullopt;
     return application;
 }
 

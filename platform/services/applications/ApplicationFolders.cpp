@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/files/UserFolders.h"
+#include "platform/files/special/UserFolders.h"
 #include "platform/posix/FileSystem.h"
 #include "platform/services/applications/Application.h"
 #include "platform/text/TextConverter.h"
@@ -17,6 +17,13 @@ constexpr std::size_t kMaxIdentifier = 1024;
 bool isFolder(const std::string& path) {
     const auto found = posix::status(path, posix::Follow::no);
     return found.ok() && found->isFolder();
+}
+
+/// The rest of a path that leads into the folder; else empty.
+std::string placeBelow(const std::string& folder, const std::string& path) {
+    if (!path.starts_with(folder) || path.size() <= folder.size() || path[folder.size()] != '/')
+        return {};
+    return path.substr(folder.size() + 1);
 }
 
 /// The entry's file in the folder or, since a "-" may stand for a "/", in one below.
@@ -53,13 +60,17 @@ std::string leafOf(const std::string& path) {
 }
 
 std::string desktopEntryID(const std::string& path) {
-    std::string identifier = leafOf(path);
+    std::string identifier;
     for (const ApplicationFolder& folder : applicationFolders()) {
-        if (!path.starts_with(folder.path + "/")) continue;
-        identifier = path.substr(folder.path.size() + 1);
-        std::replace(identifier.begin(), identifier.end(), '/', '-');
-        break;
+        identifier = placeBelow(folder.path, path);
+        if (identifier.empty()) {
+            const auto real = posix::realPath(folder.path);
+            if (real.ok()) identifier = placeBelow(*real, path);
+        }
+        if (!identifier.empty()) break;
     }
+    if (identifier.empty()) identifier = leafOf(path);
+    std::replace(identifier.begin(), identifier.end(), '/', '-');
     if (identifier.ends_with(kEntryExtension))
         identifier.resize(identifier.size() - kEntryExtension.size());
     return identifier;

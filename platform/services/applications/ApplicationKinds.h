@@ -17,6 +17,8 @@ inline constexpr OSType kUnknownSignature = FourCC("????");
 
 /// Null when the folder is no bundle.
 CFRef<CFBundleRef> bundleAt(const std::string& path);
+/// Whatever type of bundle it is.
+Application describeBundle(CFBundleRef bundle, const std::string& path);
 /// None for bundles of other types.
 std::optional<Application> applicationOfBundle(CFBundleRef bundle, const std::string& path);
 /// None for entries of other types.

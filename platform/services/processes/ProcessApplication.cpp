@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/bundles/BundleLayout.h"
+#include "platform/services/applications/ApplicationKinds.h"
 
 namespace osa {
 namespace {
@@ -103,9 +104,9 @@ Result<Application> applicationOf(const posix::ProcessFacts& process) {
     const auto program = posix::programOf(process.id);
     if (!program.ok() && program.status() != fnfErr) return Failure(program.status());
     if (program.ok()) {
-        if (const auto bundle = enclosingBundle(*program)) {
-            if (auto found = applicationAt(bundle->root); found.ok()) return found;
-        }
+        const auto layout = enclosingBundle(*program);
+        const auto bundle = layout ? bundleAt(layout->root) : CFRef<CFBundleRef>();
+        if (bundle) return describeBundle(bundle.get(), layout->root);
     }
     if (auto entry = entryOfLauncher(process.id)) return *std::move(entry);
     if (auto entry = entryOfUnit(process)) return *std::move(entry);

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 
+#include "platform/bundles/BundleLayout.h"
 #include "platform/cf/StringObject.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -65,6 +66,30 @@ TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
                   folder.path(row.resources));
         EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(row.bundle));
     }
+}
+
+TEST(Bundle, IsFoundAroundItsProgramsAlone) {
+    const TemporaryFolder folder;
+    for (const char* const file : {"a.app/Contents/Info.plist", "b.app/x", "c/PkgInfo", "d/x"}) {
+        folder.write(file, "");
+    }
+    const std::pair<const char*, std::string> rows[] = {
+        {"a.app/Contents/Linux/p", "/a.app"},
+        {"a.app/Contents/MacOS/p", "/a.app"},
+        {"a.app/Contents/p", ""},
+        {"a.app/Contents/Linux/in/p", ""},
+        {"a.app/Contents/Resources/p", ""},
+        {"b.app/p", "/b.app"},
+        {"b.app/MacOS/p", "/b.app"},
+        {"b.app/other/p", ""},
+        {"c/p", "/c"},
+        {"d/Linux/p", ""},
+    };
+    for (const auto& [program, bundle] : rows) {
+        const auto layout = enclosingBundle(folder.path(program));
+        EXPECT_EQ(layout ? layout->root.substr(folder.path().size()) : "", bundle) << program;
+    }
+    EXPECT_FALSE(enclosingBundle("/p") || enclosingBundle("p") || enclosingBundle(""));
 }
 
 TEST(Bundle, TakesPackageInformationFromTheFirstPlaceThatHasIt) {

@@ -1,5 +1,5 @@
 // The user's folders, and what the host says about them.
-#include "platform/files/UserFolders.h"
+#include "platform/files/special/UserFolders.h"
 
 #include <OSA/HostFolders.h>
 
