@@ -13,7 +13,7 @@
 #include <map>
 #include <thread>
 
-#include "platform/posix/Connections.h"
+#include "platform/posix/sockets/Connections.h"
 
 namespace osa::desktop {
 namespace {
