@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "platform/desktop/ServerQuestion.h"
-#include "platform/posix/Connections.h"
+#include "platform/posix/sockets/Connections.h"
 
 namespace osa::desktop {
 namespace {

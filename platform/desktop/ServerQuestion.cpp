@@ -11,8 +11,8 @@
 #include <thread>
 
 #include "platform/base/FaultPoint.h"
-#include "platform/posix/Connections.h"
 #include "platform/posix/FileSystem.h"
+#include "platform/posix/sockets/Connections.h"
 
 namespace osa::desktop {
 namespace {

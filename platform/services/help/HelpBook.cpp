@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kMostPages = 10'000;
 constexpr std::size_t kMostEntries = 100'000;
 constexpr int kDeepest = 8;
-constexpr std::uint64_t kLargestPage = 4 * 1024 * 1024;
+constexpr std::uint64_t kLargestPage = 4ull * 1024 * 1024;
 constexpr char32_t kSoftHyphen = 0x00AD;
 
 bool isPageName(std::string_view name) {

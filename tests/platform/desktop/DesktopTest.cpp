@@ -4,50 +4,35 @@
 #include <CoreServices/MacErrors.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <map>
 #include <thread>
 
-#include "platform/posix/Connections.h"
+#include "platform/posix/sockets/Connections.h"
 
 namespace osa::desktop {
 namespace {
 
-class VirtualServer {
-  public:
-    VirtualServer() {
-        int ends[2];
-        if (pipe(ends) != 0) return;
-        process_ = fork();
-        if (process_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            const std::string number = std::to_string(ends[1]);
-            execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "64x64x24",
-                   "-nolisten", "tcp", "-noreset", nullptr);
-            _exit(127);
-        }
-        close(ends[1]);
-        char digits[16] = {};
-        for (char* end = digits; end < digits + 15 && read(ends[0], end, 1) == 1 && *end != '\n';)
-            ++end;
-        close(ends[0]);
-        if (digits[0] != 0) display = ":" + std::to_string(std::atoi(digits));
+struct VirtualServer {
+    VirtualServer()
+        : output(popen("echo $$; exec setpriv --pdeathsig KILL Xvfb -displayfd 1 -noreset "
+                       "-screen 0 64x64x24 -nolisten tcp 2>/dev/null",
+                       "r")) {
+        int number = 0;
+        if (fscanf(output, "%d %d", &process, &number) == 2) display = ":" + std::to_string(number);
     }
     ~VirtualServer() {
-        kill(process_, SIGTERM);
-        waitpid(process_, nullptr, 0);
+        kill(process, SIGTERM);
+        pclose(output);
     }
-    void pause(bool paused) const { kill(process_, paused ? SIGSTOP : SIGCONT); }
+    FILE* output;
+    pid_t process = 0;
     std::string display;
-
-  private:
-    pid_t process_ = -1;
 };
 
 class Manager {
@@ -67,24 +52,20 @@ class Manager {
         free(reply);
         return found;
     }
-    void set(xcb_window_t window, const char* name, xcb_atom_t type, int format,
-             const std::string& bytes) {
-        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, atom(name), type, format,
-                            bytes.size() * 8 / format, bytes.data());
+    void set(const char* name, xcb_atom_t type, const std::vector<std::uint32_t>& values,
+             xcb_window_t window = 0) {
+        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window == 0 ? root_ : window,
+                            atom(name), type, 32, values.size(), values.data());
         sync();
-    }
-    void set(const char* name, xcb_atom_t type, std::vector<std::uint32_t> values) {
-        set(root_, name, type, 32,
-            {reinterpret_cast<const char*>(values.data()), values.size() * 4});
     }
     xcb_window_t window(std::uint32_t process, const std::string& machine) {
         const xcb_window_t made = xcb_generate_id(server_);
         xcb_create_window(server_, 0, made, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                           XCB_COPY_FROM_PARENT, 0, nullptr);
-        if (process != 0)
-            set(made, "_NET_WM_PID", XCB_ATOM_CARDINAL, 32,
-                {reinterpret_cast<const char*>(&process), 4});
-        if (!machine.empty()) set(made, "WM_CLIENT_MACHINE", XCB_ATOM_STRING, 8, machine);
+        if (!machine.empty())
+            xcb_change_property(server_, XCB_PROP_MODE_REPLACE, made, XCB_ATOM_WM_CLIENT_MACHINE,
+                                XCB_ATOM_STRING, 8, machine.size(), machine.data());
+        if (process != 0) set("_NET_WM_PID", XCB_ATOM_CARDINAL, {process}, made);
         return made;
     }
     void sync() { free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr)); }
@@ -123,16 +104,13 @@ TEST(Desktop, FrontProcessAndActivation) {
                        foreign = manager.window(77, "elsewhere"), nowhere = manager.window(77, ""),
                        other = manager.window(78, here + std::string(1, '\0')),
                        unnumbered = manager.window(0, here);
-    struct Case {
-        std::uint32_t active, process;
-    };
-    for (const auto& [active, process] : {Case{older, 77},
-                                          {other, 78},
-                                          {foreign, 0},
-                                          {nowhere, 0},
-                                          {unnumbered, 0},
-                                          {0, 0},
-                                          {0x1FFFFFFF, 0}}) {
+    for (const auto& [active, process] : std::map<xcb_window_t, std::uint32_t>{{older, 77},
+                                                                               {other, 78},
+                                                                               {foreign, 0},
+                                                                               {nowhere, 0},
+                                                                               {unnumbered, 0},
+                                                                               {0, 0},
+                                                                               {0x1FFFFFFF, 0}}) {
         manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {active});
         const auto front = frontProcess();
         EXPECT_EQ(front.ok() ? *front : 0, process) << active;
@@ -171,37 +149,6 @@ void expectInTime() {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
 }
 
-/// Lets two in, and sends both the same bytes.
-struct FakeServer {
-    explicit FakeServer(const std::string& bytes) {
-        const std::string number = std::to_string(5000 + getpid());
-        sockaddr_un address{AF_UNIX, ""};
-        path.copy(address.sun_path, (path += number).size());
-        unlink(address.sun_path);
-        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(listener, 5), 0);
-        display = ":" + number;
-        thread = std::thread([this, bytes] {
-            for (int& client : clients) {
-                client = accept(listener, nullptr, nullptr);
-                char request[12];
-                (void)recv(client, request, sizeof request, MSG_WAITALL);
-                (void)send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            }
-        });
-    }
-    ~FakeServer() {
-        shutdown(listener, SHUT_RDWR);
-        thread.join();
-        for (const int each : {listener, clients[0], clients[1]}) close(each);
-        unlink(path.c_str());
-    }
-    std::string display, path = "/tmp/.X11-unix/X";
-    int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    int clients[2] = {-1, -1};
-    std::thread thread;
-};
-
 TEST(Desktop, ServersThatDoNotAnswer) {
     const VirtualServer server;
     Manager manager(server.display);
@@ -217,16 +164,34 @@ TEST(Desktop, ServersThatDoNotAnswer) {
     const std::string greeting{1, 0, 11, 0, 0, 0, 8, 0};
     for (const std::string& bytes : {greeting + std::string(32, '\xFF'),
                                      greeting + std::string(32, '\0'), greeting, std::string()}) {
-        const FakeServer fake(bytes);
-        setenv("DISPLAY", fake.display.c_str(), 1);
+        const std::string number = std::to_string(5000 + getpid());
+        sockaddr_un address{AF_UNIX, ""};
+        ("/tmp/.X11-unix/X" + number).copy(address.sun_path, 100);
+        const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+        ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(listen(listener, 5), 0);
+        int clients[2];
+        std::thread fake([&] {
+            for (int& client : clients) {
+                char request[12];
+                client = accept(listener, nullptr, nullptr);
+                (void)recv(client, request, sizeof request, MSG_WAITALL);
+                (void)send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            }
+        });
+        setenv("DISPLAY", (":" + number).c_str(), 1);
         expectInTime();
+        shutdown(listener, SHUT_RDWR);
+        fake.join();
+        for (const int each : {listener, clients[0], clients[1]}) close(each);
+        unlink(address.sun_path);
     }
     usleep(100'000);
 
     setenv("DISPLAY", server.display.c_str(), 1);
-    server.pause(true);
+    kill(server.process, SIGSTOP);
     expectInTime();
-    server.pause(false);
+    kill(server.process, SIGCONT);
     for (int tries = 0; tries < 100 && !frontProcess().ok(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(frontProcess().ok()) << "the server is asked again once it answers";

@@ -1,5 +1,5 @@
 // Host name, signals of threads and the end of connections.
-#include "platform/posix/Connections.h"
+#include "platform/posix/sockets/Connections.h"
 
 #include <signal.h>
 #include <sys/socket.h>
