@@ -50,11 +50,11 @@ void LaunchAnApplication(CFStringRef bundleID, bool inFront, bool unused) {
 }
 
 void LaunchAnApplication(const FSSpec* app, bool inFront, bool) {
-    if (app == nullptr) FailOSErr(paramErr);
-    FSSpec program = *app;
+    FSSpec program = app == nullptr ? FSSpec{} : *app;
     Boolean isFolder = false;
     Boolean wasAliased = false;
-    FailOSErr(ResolveAliasFile(&program, true, &isFolder, &wasAliased));
+    FailOSErr(app == nullptr ? OSErr{paramErr}
+                             : ResolveAliasFile(&program, true, &isFolder, &wasAliased));
     CAEDesc firstEvent;
     firstEvent.CoerceTo(&NoOperation().Get(), typeAppParameters);
     const Handle parameters = firstEvent.GetDesc().dataHandle;
