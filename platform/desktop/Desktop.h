@@ -12,7 +12,7 @@ namespace osa::desktop {
 /// The process on this machine whose window is the active one; procNotFound when there is no
 /// desktop, none active, or its process is not told.
 Result<std::uint32_t> frontProcess();
-/// Asks the window manager to activate the process's newest window. kCannotSetFrontProcessErr when
+/// Asks the window manager to activate the process's topmost window. kCannotSetFrontProcessErr when
 /// there is no desktop, it cannot be asked, or the process has no window.
 Result<void> bringToFront(std::uint32_t processID);
 

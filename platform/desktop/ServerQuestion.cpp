@@ -12,6 +12,7 @@
 
 #include "platform/base/FaultPoint.h"
 #include "platform/posix/FileSystem.h"
+#include "platform/posix/processes/SignalsBlocked.h"
 #include "platform/posix/sockets/Connections.h"
 
 namespace osa::desktop {
@@ -90,7 +91,6 @@ std::uint32_t converse(Exchange& exchange) {
 }
 
 void work(const std::shared_ptr<Exchange>& exchange) {
-    posix::blockSignals();
     std::uint32_t answer = 0;
     try {
         answer = converse(*exchange);
@@ -125,6 +125,7 @@ std::uint32_t askServer(std::function<std::uint32_t(XServer&)> question) {
     if (exchange->display.empty() || faultPoint() || !turn().take(deadline)) return 0;
     std::thread thread;
     try {
+        const posix::SignalsBlocked forTheThread;
         thread = std::thread(work, exchange);
     } catch (const std::exception&) {  // no thread, or no memory for it
         turn().end();

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <optional>
 
-#include "platform/base/ByteReader.h"
+#include "platform/desktop/Greeting.h"
 
 namespace osa::desktop {
 namespace {
@@ -22,34 +22,6 @@ struct Freed {
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Freed>;
-
-/// A structure of the protocol, in the order of bytes that libxcb has agreed with the server.
-template <typename T>
-T readStructure(ByteReader& in) {
-    T structure{};
-    const ByteSpan bytes = in.bytes(sizeof structure);
-    if (!bytes.empty()) std::memcpy(&structure, bytes.data(), bytes.size());
-    return structure;
-}
-
-/// The root window of a screen, from the server's greeting. libxcb's own iterators trust the counts
-/// in it.
-std::optional<xcb_window_t> rootOf(const xcb_setup_t& setup, int screen) {
-    ByteReader in(&setup, 8 + std::size_t{setup.length} * 4);
-    const auto greeting = readStructure<xcb_setup_t>(in);
-    in.skip((std::size_t{greeting.vendor_len} + 3) / 4 * 4);
-    in.skip(std::size_t{greeting.pixmap_formats_len} * sizeof(xcb_format_t));
-    if (screen < 0 || screen >= greeting.roots_len) return std::nullopt;
-    for (int index = 0; in.ok(); ++index) {
-        const auto each = readStructure<xcb_screen_t>(in);
-        if (index == screen) return in.ok() ? std::optional(each.root) : std::nullopt;
-        for (int left = each.allowed_depths_len; left > 0; --left) {
-            const auto depth = readStructure<xcb_depth_t>(in);
-            in.skip(std::size_t{depth.visuals_len} * sizeof(xcb_visualtype_t));
-        }
-    }
-    return std::nullopt;
-}
 
 /// The property's bytes when they are of the type (any, for XCB_ATOM_ANY) and unit asked for.
 ByteSpan contentOf(const xcb_get_property_reply_t* reply, xcb_atom_t type, int unitBits) {
@@ -68,7 +40,9 @@ std::unique_ptr<XServer> XServer::connect(const std::string& display) {
     xcb_connection_t* const connection = xcb_connect(display.c_str(), &screen);
     const xcb_setup_t* const setup = xcb_get_setup(connection);
     const auto root = xcb_connection_has_error(connection) == 0 && setup != nullptr
-                          ? rootOf(*setup, screen)
+                          ? rootOf({reinterpret_cast<const std::byte*>(setup),
+                                    kGreetingHead + std::size_t{setup->length} * 4},
+                                   screen)
                           : std::nullopt;
     if (root) return std::unique_ptr<XServer>(new XServer(connection, *root));
     xcb_disconnect(connection);

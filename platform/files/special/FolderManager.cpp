@@ -105,7 +105,10 @@ Result<void> createFolders(const std::string& path, std::uint32_t mode) {
         return Failure(made.status());
     }
     OSA_CHECK(createFolders(path.substr(0, slash), mode));
-    return posix::createFolder(path, mode);
+    const auto madeNow = posix::createFolder(path, mode);
+    // Somebody else may have been quicker.
+    if (!madeNow.ok() && madeNow.status() != dupFNErr) return Failure(madeNow.status());
+    return {};
 }
 
 Result<FSRef> findFolder(FSVolumeRefNum number, OSType type, bool create) {

@@ -1,14 +1,17 @@
 // The user's folders, and what the host says about them.
 #include "platform/files/special/UserFolders.h"
 
+#include <CoreServices/MacErrors.h>
 #include <OSA/HostFolders.h>
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 #include <string_view>
 
 #include "platform/base/ByteReader.h"
+#include "platform/files/special/UserDirs.h"
 #include "platform/posix/FileSystem.h"
 
 namespace osa {
@@ -43,25 +46,9 @@ std::vector<std::string> splitPaths(std::string_view list) {
     return paths;
 }
 
-/// The path of a line KEY="$HOME/name" or KEY="/name"; empty for any other line, or when a folder
-/// is switched off by naming the home itself.
-std::string userDirectory(std::string_view line, std::string_view key, const std::string& home) {
-    constexpr std::string_view kHome = "$HOME/";
-    const std::size_t start = line.find_first_not_of(" \t");
-    if (start == line.npos) return {};
-    line.remove_prefix(start);
-    if (!line.starts_with(key) || !line.substr(key.size()).starts_with("=\"")) return {};
-    line.remove_prefix(key.size() + 2);
-    const bool isBelowHome = line.starts_with(kHome);
-    if (isBelowHome) line.remove_prefix(kHome.size());
-    std::string path;
-    for (std::size_t i = 0; i < line.size() && line[i] != '"'; ++i) {
-        if (line[i] == '\\' && i + 1 < line.size()) ++i;
-        path += line[i];
-    }
-    if (path.find('\0') != path.npos) return {};
-    if (isBelowHome) return path.empty() ? "" : home + "/" + path;
-    return path.starts_with('/') ? path : "";
+/// Whether a path stays in the folder, or is it.
+bool isBelow(const std::string& path, const std::string& folder) {
+    return (path + "/").starts_with(folder + "/") && path.find("/..") == path.npos;
 }
 
 }  // namespace
@@ -84,17 +71,11 @@ std::string UserFolders::library(const char* name, const char* variable, const c
 }
 
 std::string UserFolders::named(const char* key, const char* otherwise) const {
-    std::string found;
     const auto bytes = posix::readFile(configuration() + "/user-dirs.dirs", kMaxUserDirsBytes);
-    std::string_view lines = bytes.ok() ? asText(*bytes) : std::string_view();
-    while (!lines.empty()) {
-        const std::size_t end = std::min(lines.find('\n'), lines.size());
-        // The file is a shell script to some: the last line counts.
-        std::string path = userDirectory(lines.substr(0, end), key, home_);
-        if (!path.empty()) found = std::move(path);
-        lines.remove_prefix(std::min(end + 1, lines.size()));
-    }
-    return found.empty() ? home_ + "/" + otherwise : found;
+    const std::string found = bytes.ok() ? userDirectory(asText(*bytes), key, home_) : "";
+    // Nothing leads out of the host's root.
+    const bool counts = !found.empty() && (!isRedirected_ || isBelow(found, home_));
+    return counts ? found : home_ + "/" + otherwise;
 }
 
 std::vector<std::string> UserFolders::listed(const char* variable, const char* otherwise) const {
@@ -111,15 +92,22 @@ std::vector<std::string> hostApplicationFolders() {
 
 }  // namespace osa
 
-void OSASetHostFolderRoot(const char* path) {
+OSStatus OSASetHostFolderRoot(const char* path) try {
+    std::string root = path == nullptr ? "" : path;
     osa::HostFolders& host = osa::hostFolders();
     const std::unique_lock guard(host.lock);
-    host.root = path == nullptr ? "" : path;
+    host.root = std::move(root);
+    return noErr;
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
-void OSASetApplicationFolders(const char* paths) {
-    osa::HostFolders& host = osa::hostFolders();
+OSStatus OSASetApplicationFolders(const char* paths) try {
     auto folders = osa::splitPaths(paths == nullptr ? "" : paths);
+    osa::HostFolders& host = osa::hostFolders();
     const std::unique_lock guard(host.lock);
     host.applications = std::move(folders);
+    return noErr;
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }

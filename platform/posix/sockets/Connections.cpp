@@ -1,7 +1,6 @@
-// Host name, signals of threads and the end of connections.
+// Host name and the end of connections.
 #include "platform/posix/sockets/Connections.h"
 
-#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -16,12 +15,6 @@ std::string hostName() {
     std::array<char, HOST_NAME_MAX + 1> name{};
     if (systemCall([&] { return gethostname(name.data(), name.size() - 1); }) != 0) return {};
     return name.data();
-}
-
-void blockSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, nullptr);
 }
 
 void endConnection(int descriptor) {

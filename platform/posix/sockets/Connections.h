@@ -7,9 +7,6 @@ namespace osa::posix {
 
 /// This machine's name on the network; empty when it is not told.
 std::string hostName();
-/// From now on no signal is handled on the calling thread, and writing to a connection whose other
-/// end is gone does not end the process.
-void blockSignals();
 /// Both ends find the connection ended, also threads that wait on it now. It stays open.
 void endConnection(int descriptor);
 

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/bundles/Bundle.h"
 #include "platform/cf/StringObject.h"
 #include "platform/posix/FileSystem.h"
 #include "platform/services/DesktopOpener.h"
@@ -74,7 +75,9 @@ Result<HelpBook> bookOf(const FSRef& application) {
     if (!url || !CFURLGetFileSystemRepresentation(url.get(), true, path.data(), path.size()))
         return Failure(kAHInternalErr);
     const auto real = posix::realPath(reinterpret_cast<const char*>(path.data()));
-    if (!real.ok()) return Failure(kAHInternalErr);
+    const auto inside = posix::realPath(bundle.get()->layout.root);
+    if (!real.ok() || !inside.ok() || !real->starts_with(*inside + "/"))
+        return Failure(kAHInternalErr);
     const auto status = posix::status(*real, posix::Follow::no);
     if (!status.ok() || !status->isFolder()) return Failure(kAHInternalErr);
     book.folder = *real;

@@ -20,6 +20,9 @@ constexpr std::size_t kMostPages = 10'000;
 constexpr std::size_t kMostEntries = 100'000;
 constexpr int kDeepest = 8;
 constexpr std::uint64_t kLargestPage = 4ull * 1024 * 1024;
+constexpr std::uint64_t kMostBytes = 64ull * 1024 * 1024;
+/// Where a page says what book it is the title page of.
+constexpr std::uint64_t kHead = 16ull * 1024;
 constexpr char32_t kSoftHyphen = 0x00AD;
 
 bool isPageName(std::string_view name) {
@@ -62,13 +65,32 @@ std::vector<std::string> pagesOf(const HelpBook& book) {
     return BookWalk().pagesBelow(book.folder);
 }
 
-std::optional<HelpPage> readPage(const std::string& path) {
-    const auto file = posix::openFile(path, posix::Follow::no);
-    if (!file.ok() || (*file)->size() > kLargestPage) return std::nullopt;
-    std::vector<std::byte> bytes((*file)->size());
-    if (!(*file)->readExactly(0, bytes).ok()) return std::nullopt;
-    return readHelpPage(bytes);
+/// So that no character is cut in two.
+void endAtTag(std::vector<std::byte>& bytes) {
+    while (!bytes.empty() && bytes.back() != std::byte{'>'}) bytes.pop_back();
 }
+
+/// Reads pages of one question, until they are too much.
+class PageReading {
+  public:
+    std::optional<HelpPage> whole(const std::string& path) { return read(path, kLargestPage); }
+    std::optional<HelpPage> head(const std::string& path) { return read(path, kHead); }
+
+  private:
+    std::optional<HelpPage> read(const std::string& path, std::uint64_t most) {
+        const auto file = posix::openFile(path, posix::Follow::no);
+        if (!file.ok() || (*file)->size() > kLargestPage) return std::nullopt;
+        const std::uint64_t size = std::min((*file)->size(), most);
+        if (size > left_) return std::nullopt;
+        left_ -= size;
+        std::vector<std::byte> bytes(size);
+        if (!(*file)->readExactly(0, bytes).ok()) return std::nullopt;
+        if (size < (*file)->size()) endAtTag(bytes);
+        return readHelpPage(bytes);
+    }
+
+    std::uint64_t left_ = kMostBytes;
+};
 
 std::string leafOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
@@ -77,8 +99,8 @@ std::string leafOf(const std::string& path) {
 /// How sure it is that the page is the book's title page: less is surer.
 enum class TitleRank { ofThisBook, ofSomeBook, index, any };
 
-TitleRank titleRank(const HelpBook& book, const std::string& path) {
-    if (const auto page = readPage(path); page && !page->bookTitle.empty())
+TitleRank titleRank(const HelpBook& book, const std::string& path, PageReading& reading) {
+    if (const auto page = reading.head(path); page && !page->bookTitle.empty())
         return page->bookTitle == book.name ? TitleRank::ofThisBook : TitleRank::ofSomeBook;
     const bool isAtTop = path.rfind('/') == book.folder.size();
     const std::string leaf = lowerCase(leafOf(path));
@@ -122,8 +144,9 @@ std::size_t countAll(const HelpPage& page, const std::vector<std::u16string>& wo
 Result<std::string> titlePage(const HelpBook& book) {
     std::optional<std::string> best;
     TitleRank bestRank = TitleRank::any;
+    PageReading reading;
     for (const std::string& path : pagesOf(book)) {
-        const TitleRank rank = titleRank(book, path);
+        const TitleRank rank = titleRank(book, path, reading);
         if (best && rank >= bestRank) continue;
         best = path;
         bestRank = rank;
@@ -143,8 +166,9 @@ Result<std::string> pageAt(const HelpBook& book, const std::string& path) {
 }
 
 Result<std::string> pageWithAnchor(const HelpBook& book, const std::string& anchor) {
+    PageReading reading;
     for (const std::string& path : pagesOf(book)) {
-        const auto page = readPage(path);
+        const auto page = reading.whole(path);
         if (page && std::ranges::count(page->anchors, anchor) > 0) return path;
     }
     return Failure(kAHInternalErr);
@@ -168,8 +192,9 @@ std::vector<std::u16string> wordsOf(std::u16string_view query) {
 
 void search(const HelpBook& book, const std::vector<std::u16string>& words,
             std::vector<HelpHit>& hits) {
+    PageReading reading;
     for (std::string& path : pagesOf(book)) {
-        auto page = readPage(path);
+        auto page = reading.whole(path);
         const std::size_t count = page ? countAll(*page, words) : 0;
         if (count == 0) continue;
         std::string title = page->title.empty() ? leafOf(path) : std::move(page->title);

@@ -9,8 +9,8 @@
 namespace osa {
 
 /// A page is a file with the extension html, htm or xhtml. Links are followed only to pages inside
-/// the folder; of a book beyond any reader's patience (10,000 pages, folders eight deep) the rest,
-/// and pages of more than 4 MiB, are left out.
+/// the folder. Of a book beyond any reader's patience (10,000 pages, folders eight deep, 64 MiB)
+/// the rest is left out, and so are pages of more than 4 MiB.
 struct HelpBook {
     std::string name;    ///< UTF-8
     std::string folder;  ///< absolute, without links

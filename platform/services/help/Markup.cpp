@@ -25,6 +25,7 @@ constexpr std::array<Entity, 34> kEntities = {{
     {"times", 0x00D7},  {"shy", 0x00AD},
 }};
 constexpr std::size_t kLongestName = 8;
+constexpr std::size_t kMostAttributes = 64;
 constexpr char32_t kLargestCharacter = 0x10FFFF;
 
 bool isBlank(UInt8 c) {
@@ -153,7 +154,8 @@ MarkupToken MarkupLexer::tag(MarkupToken::Kind kind) {
             in_.skip(1);
             break;
         }
-        token.attributes.push_back(attribute());
+        MarkupToken::Attribute each = attribute();
+        if (token.attributes.size() < kMostAttributes) token.attributes.push_back(std::move(each));
     }
     const bool isOpening = kind == MarkupToken::Kind::opening;
     if (isOpening && (token.text == "script" || token.text == "style"))

@@ -20,7 +20,7 @@ struct MarkupToken {
 
     Kind kind = Kind::end;
     std::string text;  ///< of text, entities decoded; of a tag its name in lower case
-    std::vector<Attribute> attributes = {};
+    std::vector<Attribute> attributes = {};  ///< the first 64
 
     /// Empty when there is none.
     std::string_view attribute(std::string_view name) const;
