@@ -52,11 +52,12 @@ double eachPair(const std::vector<Name>& names,
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<Name> names = makeNames(argc > 1 ? std::atoi(argv[1]) : 100000);
+    const std::vector<Name> names = makeNames(std::max(argc > 1 ? std::atoi(argv[1]) : 100000, 2));
     const char* locale = std::setlocale(LC_COLLATE, "");
     if (locale == nullptr || std::strcmp(locale, "C") == 0)
         locale = std::setlocale(LC_COLLATE, "en_US.UTF-8");
     if (locale == nullptr) locale = std::setlocale(LC_COLLATE, "C.UTF-8");
+    if (locale == nullptr) locale = "C";
     const double floor = eachPair(names, [](const Name& a, const Name& b) {
         return std::strcoll(a.bytes.c_str(), b.bytes.c_str());
     });

@@ -1,10 +1,8 @@
 // Walks a folder of many files with a visitor, against a bare directory read as `ls -f` makes it
 // and against one that also asks for each entry once; prints CPU time as ratios, and how much the
 // process grew. Usage: osa-bench-folder [ENTRIES]
-#include <CoreFoundation/CFString.h>
 #include <dirent.h>
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,7 +79,7 @@ void printRow(const char* what, double cost, double floor) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int entries = argc > 1 ? std::atoi(argv[1]) : 100000;
+    const int entries = std::max(argc > 1 ? std::atoi(argv[1]) : 100000, 1);
     std::string pattern = (fs::temp_directory_path() / "osa-bench-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) return 1;
     const fs::path folder = pattern;

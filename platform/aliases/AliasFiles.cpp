@@ -84,6 +84,8 @@ OSErr FSResolveAliasFile(FSRef* theRef, Boolean resolveAliasChains, Boolean* tar
 
 OSErr ResolveAliasFile(FSSpec* theSpec, Boolean resolveAliasChains, Boolean* targetIsFolder,
                        Boolean* wasAliased) {
+    if (targetIsFolder == nullptr || wasAliased == nullptr) return paramErr;
+    *targetIsFolder = *wasAliased = 0;
     FSRef ref;
     if (const OSErr status = FSpMakeFSRef(theSpec, &ref); status != noErr) return status;
     const OSErr status = FSResolveAliasFile(&ref, resolveAliasChains, targetIsFolder, wasAliased);

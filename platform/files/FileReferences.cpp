@@ -3,6 +3,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <new>
 
 #include "platform/files/Names.h"
 #include "platform/files/References.h"
@@ -60,13 +61,15 @@ Result<void> describeVolume(FSVolumeRefNum number, const VolumeTargets& targets)
 }  // namespace osa
 
 OSErr FSMakeFSRefUnicode(const FSRef* parent, UniCharCount nameLength, const UniChar* name,
-                         TextEncodingHint, FSRef* newRef) {
+                         TextEncodingHint, FSRef* newRef) try {
     const auto made = osa::childReference(parent, name, nameLength);
     if (made.ok() && newRef != nullptr) *newRef = *made;
     return static_cast<OSErr>(made.status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
-OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
+OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) try {
     if (path == nullptr) return paramErr;
     bool isFolder = false;
     const auto made = osa::referenceToPath(reinterpret_cast<const char*>(path), &isFolder);
@@ -74,20 +77,28 @@ OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
     if (ref != nullptr) *ref = *made;
     if (isDirectory != nullptr) *isDirectory = isFolder ? 1 : 0;
     return noErr;
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
-OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathSize) {
+OSStatus FSRefMakePath(const FSRef* ref, UInt8* path, UInt32 pathSize) try {
     return osa::makePath(ref, path, pathSize).status();
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
-OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2) {
+OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2) try {
     return static_cast<OSErr>(osa::compare(ref1, ref2).status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
 OSErr FSGetVolumeInfo(FSVolumeRefNum volume, ItemCount volumeIndex, FSVolumeRefNum* actualVolume,
                       FSVolumeInfoBitmap whichInfo, FSVolumeInfo*, HFSUniStr255* volumeName,
-                      FSRef* rootDirectory) {
+                      FSRef* rootDirectory) try {
     if (volumeIndex != 0 || whichInfo != kFSVolInfoNone) return paramErr;
     const osa::VolumeTargets targets{actualVolume, volumeName, rootDirectory};
     return static_cast<OSErr>(osa::describeVolume(volume, targets).status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }

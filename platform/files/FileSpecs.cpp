@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 #include <utility>
 
@@ -143,17 +144,22 @@ Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 paren
 
 }  // namespace osa
 
-OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileName, FSSpec* spec) {
+OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileName,
+                   FSSpec* spec) try {
     if (spec == nullptr) return paramErr;
     *spec = {};
     const auto made =
         osa::makeSpecOf(vRefNum, static_cast<UInt32>(dirID), osa::textOf(fileName), *spec);
     return static_cast<OSErr>(made.status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }
 
-OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef) {
+OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef) try {
     if (source == nullptr || newRef == nullptr) return paramErr;
     const auto made = osa::referenceToSpec(*source);
     if (made.ok()) *newRef = *made;
     return static_cast<OSErr>(made.status());
+} catch (const std::bad_alloc&) {
+    return memFullErr;
 }

@@ -12,16 +12,14 @@ namespace {
 
 constexpr UCCollateOptions kKnownOptions =
     kUCCollateComposeInsensitiveMask | kUCCollateWidthInsensitiveMask |
-    kUCCollateCaseInsensitiveMask | kUCCollateDiacritInsensitiveMask |
-    kUCCollatePunctuationSignificantMask | kUCCollateDigitsOverrideMask |
-    kUCCollateDigitsAsNumberMask;
+    kUCCollateCaseInsensitiveMask | kUCCollatePunctuationSignificantMask |
+    kUCCollateDigitsOverrideMask | kUCCollateDigitsAsNumberMask;
 constexpr UCCollateOptions kNumbers = kUCCollateDigitsOverrideMask | kUCCollateDigitsAsNumberMask;
 constexpr UniCharCount kLongest = std::numeric_limits<SInt32>::max() / 4;
 
 CollationRules rulesOf(UCCollateOptions options) {
     return {.ignoresCase = (options & kUCCollateCaseInsensitiveMask) != 0,
             .ignoresWidth = (options & kUCCollateWidthInsensitiveMask) != 0,
-            .ignoresDiacritics = (options & kUCCollateDiacritInsensitiveMask) != 0,
             .ignoresPunctuation = (options & kUCCollatePunctuationSignificantMask) == 0,
             .countsDigits = (options & kNumbers) == kNumbers};
 }

@@ -5,7 +5,9 @@
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 
+#include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,9 +19,9 @@ struct CloseCollator {
 };
 using Collator = std::unique_ptr<UCollator, CloseCollator>;
 
-/// Case and width are told apart, or not, together: at the third strength of the algorithm.
+/// Case and width are told apart, or not, together, at the third strength of the algorithm; and so
+/// are kana and ligatures.
 UCollationStrength strengthOf(const CollationRules& rules) {
-    if (rules.ignoresDiacritics) return UCOL_PRIMARY;
     return rules.ignoresCase && rules.ignoresWidth ? UCOL_SECONDARY : UCOL_TERTIARY;
 }
 
@@ -33,7 +35,6 @@ Collator makeCollator(const CollationRules& rules) {
     ucol_setStrength(collator.get(), strengthOf(rules));
     set(UCOL_NORMALIZATION_MODE, true);
     set(UCOL_NUMERIC_COLLATION, rules.countsDigits);
-    set(UCOL_CASE_LEVEL, rules.ignoresDiacritics && !rules.ignoresCase);
     set(UCOL_ALTERNATE_HANDLING, true,
         rules.ignoresPunctuation ? UCOL_SHIFTED : UCOL_NON_IGNORABLE);
     return U_FAILURE(status) ? nullptr : std::move(collator);
@@ -54,32 +55,32 @@ const UCollator* collatorFor(const CollationRules& rules) {
     return kept.back().collator.get();
 }
 
-/// One unit in the form that it has in ordinary width.
-void appendOrdinaryWidth(char16_t unit, std::u16string& out) {
+/// The unit in ordinary width, which may take two; none when it is in that.
+std::u16string_view ordinaryWidth(char16_t unit, std::span<UChar, 8> room) {
+    const bool isWidthForm = (unit >= 0xFF01 && unit <= 0xFFEE) || unit == 0x3000;
+    if (!isWidthForm) return {};
     UErrorCode status = U_ZERO_ERROR;
-    UChar ordinary[8];
-    const int32_t length = unorm2_normalize(unorm2_getNFKCInstance(&status), &unit, 1, ordinary,
-                                            std::size(ordinary), &status);
-    if (U_SUCCESS(status) && length <= static_cast<int32_t>(std::size(ordinary))) {
-        out.append(ordinary, static_cast<std::size_t>(length));
-    } else {
-        out.push_back(unit);
-    }
+    const UNormalizer2* const forms = unorm2_getNFKCInstance(&status);
+    const int32_t length = unorm2_getRawDecomposition(forms, unit, room.data(),
+                                                      static_cast<int32_t>(room.size()), &status);
+    if (U_FAILURE(status) || length <= 0) return {};
+    return {room.data(), static_cast<std::size_t>(length)};
 }
 
 std::u16string withOrdinaryWidth(std::u16string_view text) {
     std::u16string out;
     out.reserve(text.size());
+    std::array<UChar, 8> room;
     for (const char16_t unit : text) {
-        const bool isWidthForm = unit >= 0xFF01 && unit <= 0xFFEE;
-        isWidthForm ? appendOrdinaryWidth(unit, out) : out.push_back(unit);
+        const auto ordinary = ordinaryWidth(unit, room);
+        ordinary.empty() ? out.push_back(unit) : (void)out.append(ordinary);
     }
     return out;
 }
 
 std::u16string withoutCase(const std::u16string& text) {
     UErrorCode status = U_ZERO_ERROR;
-    std::u16string out(text.size() * 3, u'\0');  // no character folds to more units a unit
+    std::u16string out(text.size() * 3, u'\0');  // the most that folding makes of a unit is three
     const int32_t length =
         u_strFoldCase(out.data(), static_cast<int32_t>(out.size()), text.data(),
                       static_cast<int32_t>(text.size()), U_FOLD_CASE_DEFAULT, &status);

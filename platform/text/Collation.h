@@ -10,7 +10,6 @@ namespace osa {
 struct CollationRules {
     bool ignoresCase = false;
     bool ignoresWidth = false;
-    bool ignoresDiacritics = false;
     bool ignoresPunctuation = false;
     /// Runs of digits are compared as numbers.
     bool countsDigits = false;
@@ -18,8 +17,9 @@ struct CollationRules {
     bool operator==(const CollationRules&) const = default;
 };
 
-/// Negative, 0 or positive; none when there is no memory for a collator. Each thread makes one
-/// collator for each set of rules, and keeps it.
+/// Negative, 0 or positive; none when there is no memory for a collator. Numbers count up to 254
+/// digits, and text of combining marks alone takes the square of its length in time. Each thread
+/// makes one collator for each set of rules, and keeps it.
 std::optional<int> compareText(std::u16string_view first, std::u16string_view second,
                                const CollationRules& rules);
 

@@ -35,13 +35,13 @@ class FolderIterator {
     FSIterator mIterator = nullptr;
 };
 
-/// The entry's name; empty when it is none that Mac text can hold.
+/// The entry's name; empty when it is none that Mac text can hold, or the entry is gone meanwhile.
 TCLString NameOf(const CFileSpec& file) {
     TCLString name;
     try {
         file.GetName(name);
     } catch (OSStatus status) {
-        if (status != bdNamErr) throw;
+        if (status != bdNamErr && status != fnfErr) throw;
     }
     return name;
 }

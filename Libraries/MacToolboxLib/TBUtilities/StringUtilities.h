@@ -29,8 +29,9 @@ TCLString ReplaceStrings(const TCLString& source, const TCLString& key,
 /// text that has some may end the literal: not for text from strangers.
 TCLString EscapeString(const TCLString& source);
 
-/// Negative, 0 or positive as the Finder sorts names: numbers by their value, case, width and
-/// composed forms told apart by nothing; diacritics and punctuation count.
+/// Negative, 0 or positive as the Finder sorts names: numbers by their value (of up to 254 digits);
+/// case, width and composed forms are all one, and so are kana and ligatures; diacritics and
+/// punctuation count. 0 also when the platform cannot compare (UnicodeUtilities.h).
 SInt32 CompareLikeTheFinder(const TCLString& a, const TCLString& b);
 /// A string that cannot be converted counts as empty.
 SInt32 CompareLikeTheFinder(CFStringRef a, CFStringRef b);

@@ -47,8 +47,11 @@ CFileSpec ChildByMake(const CFileSpec& folder, const TCLString& name) {
 CFileSpec ChildFolderMade(const CFileSpec& folder, const TCLString& name) {
     FSRef child;
     if (LookUp(folder, name, child) != noErr) {
-        FailOSErr(FSCreateDirectoryUnicode(&folder.GetFSRef(), name.size(), name.data(),
-                                           kFSCatInfoNone, nullptr, &child, nullptr, nullptr));
+        const OSErr status =
+            FSCreateDirectoryUnicode(&folder.GetFSRef(), name.size(), name.data(), kFSCatInfoNone,
+                                     nullptr, &child, nullptr, nullptr);
+        // Another program of the name may have made it meanwhile.
+        FailOSErr(status == dupFNErr ? LookUp(folder, name, child) : status);
     }
     return CFileSpec(child);
 }
@@ -60,7 +63,7 @@ CFileSpec OwnSupportFolder(ChildOf child) {
     return child(UserFolder(kApplicationSupportFolderType), GetApplicationName());
 }
 
-/// What a failure may be swallowed of: calls `work`, and tells whether it went through.
+/// Calls `work`, any failure of which counts for nothing; whether there was none.
 template <typename Work>
 bool Try(Work work) {
     try {

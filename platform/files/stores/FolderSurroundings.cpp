@@ -14,9 +14,10 @@ namespace osa {
 namespace {
 
 // In a folder with more names than this the first scan stops, and every store is looked into. Once
-// that was done for so many objects that a longer scan would have been cheaper, one is made.
+// that was asked of it so often that a longer scan would have been cheaper, one is made.
 constexpr int kFirstScan = 2000;
 constexpr int kNamesForOneLook = 8;
+constexpr int kScanGrowth = 8;
 constexpr int kLongestScan = 1 << 20;
 // How long an unchanged folder is believed to have no __MACOSX folder above it.
 constexpr std::int64_t kRootsTrustedSeconds = 1;
@@ -29,11 +30,11 @@ struct ScannedFolder {
     FolderStores stores;
     int scanLength = kFirstScan;  // names after which the scan stops
     bool isScannedWhole = false;
-    int objects = 0;  // that had every store looked into since
+    int questions = 0;  // since, which had every store looked into
 
-    bool deservesLongerScan() {
-        if (isScannedWhole || scanLength >= kLongestScan) return false;
-        return ++objects > scanLength / kNamesForOneLook;
+    bool needsLongerScan() const {
+        return !isScannedWhole && scanLength < kLongestScan &&
+               questions > scanLength / kNamesForOneLook;
     }
 };
 
@@ -116,8 +117,10 @@ Result<FolderStores> FolderSurroundings::stores() {
     ScannedFolder& known = place(folder_);
     const bool isCurrent = known.path == folder_ && current.isUnchangedSince(known.status) &&
                            posix::isSettled(current.changed, known.observed);
-    if (!isCurrent || known.deservesLongerScan()) {
-        const int length = isCurrent ? known.scanLength * kNamesForOneLook : kFirstScan;
+    ++known.questions;
+    if (!isCurrent || known.needsLongerScan()) {
+        const int length =
+            isCurrent ? std::min(known.scanLength * kScanGrowth, kLongestScan) : kFirstScan;
         bool isWhole = false;
         known.path.clear();
         OSA_TRY(FolderStores stores, scan(std::string(folder_), length, isWhole));

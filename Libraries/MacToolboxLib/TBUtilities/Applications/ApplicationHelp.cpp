@@ -1,6 +1,5 @@
-// Modifier keys, an event's required parameters, and the application's help book.
+// The application's help book.
 #include <CoreServices/AppleHelp.h>
-#include <CoreServices/Events.h>
 #include <CoreServices/MacErrors.h>
 
 #include <atomic>
@@ -10,10 +9,6 @@
 #include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
 
 namespace {
-
-bool IsKeyDown(UInt32 modifier) {
-    return (GetCurrentEventKeyModifiers() & modifier) != 0;
-}
 
 /// Registers the book first; borrowed.
 CFStringRef RegisteredBookName() {
@@ -29,31 +24,6 @@ SCoreFoundation<CFStringRef> ToHolder(const TCLString& text) {
 }
 
 }  // namespace
-
-bool IsCommandDown() {
-    return IsKeyDown(cmdKey);
-}
-
-bool IsShiftDown() {
-    return IsKeyDown(shiftKey);
-}
-
-bool IsOptionDown() {
-    return IsKeyDown(optionKey);
-}
-
-bool IsControlDown() {
-    return IsKeyDown(controlKey);
-}
-
-void CheckForRequiredParams(const CAEDescReader& event) {
-    DescType type = 0;
-    Size size = 0;
-    const OSErr status = AEGetAttributePtr(&event.GetDesc(), keyMissedKeywordAttr, typeWildCard,
-                                           &type, nullptr, 0, &size);
-    if (status == noErr) FailOSErr(errAEParamMissed);
-    if (status != errAEDescNotFound) FailOSErr(status);
-}
 
 void RegisterHelpBook() {
     static std::atomic<bool> sIsRegistered = false;

@@ -28,7 +28,7 @@ ProcessSerialNumber GetActiveApplication();
 
 /// The process's bundle, or what stands for it (Processes.h).
 CFileSpec FileOfPSN(const ProcessSerialNumber& psn);
-/// The creator signature; 'null' when nobody has the number.
+/// The creator signature, '????' of a process that has none; 'null' when nobody has the number.
 OSType SignatureOfPSN(const ProcessSerialNumber& psn);
 /// Whether the process works in the background only.
 bool IsFBA(const ProcessSerialNumber& psn);
@@ -80,7 +80,8 @@ bool IsControlDown();
 
 // --- Apple events
 
-/// Throws errAEParamMissed when a required parameter of the event was not read.
+/// Throws errAEParamMissed when a required parameter of the event was not read, errAENotAppleEvent
+/// for what is none.
 void CheckForRequiredParams(const CAEDescReader& event);
 
 // --- The help book of the main bundle ("CFBundleHelpBookName"); fnfErr without main bundle.
