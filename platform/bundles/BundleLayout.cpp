@@ -41,6 +41,11 @@ BundleLayout supportedLayout(const std::string& root, const std::string& support
     return {root, {support}, support + "/Resources", {support + "/Linux", support + "/MacOS"}};
 }
 
+/// Whether the information lies beside whatever else the folder holds.
+bool isFlat(const BundleLayout& layout) {
+    return layout.supportFolders.front() == layout.root;
+}
+
 }  // namespace
 
 std::optional<BundleLayout> findBundleLayout(const std::string& path) {
@@ -66,7 +71,10 @@ std::optional<BundleLayout> enclosingBundle(const std::string& program) {
     for (int depth = 1; depth <= deepest && root.starts_with('/'); ++depth) {
         if (auto layout = isSupportFolder(leafName(root)) ? std::nullopt : findBundleLayout(root)) {
             const auto& places = layout->programFolders;
-            if (std::find(places.begin(), places.end(), folder) != places.end()) return layout;
+            const bool isProper = !isFlat(*layout) || hasBundleExtension(root);
+            if (isProper && std::find(places.begin(), places.end(), folder) != places.end()) {
+                return layout;
+            }
         }
         root.resize(root.find_last_of('/'));
     }

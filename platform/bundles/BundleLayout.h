@@ -23,8 +23,9 @@ struct BundleLayout {
 /// one).
 std::optional<BundleLayout> findBundleLayout(const std::string& path);
 
-/// The bundle that a program lies in as it should: in one of its program folders. `program` is
-/// absolute, without links, and need not exist.
+/// The bundle that a program lies in as it should: in one of its program folders. A flat one counts
+/// only by its extension, for in a folder of downloads or in /tmp anybody's Info.plist may lie
+/// beside a program. `program` is absolute, without links, and need not exist.
 std::optional<BundleLayout> enclosingBundle(const std::string& program);
 
 /// The last component of a path, and what follows its last dot (empty when nothing does).

@@ -10,7 +10,8 @@ namespace {
 
 /// The bundle that the program lies in as it should, or a bundle around the bare program.
 CFBundleRef makeMainBundle() {
-    const auto program = posix::readLink("/proc/self/exe");
+    // The first thread, which "self" goes by, may have ended.
+    const auto program = posix::readLink("/proc/thread-self/exe");
     if (!program.ok()) return nullptr;
     const std::string folder = program->substr(0, program->find_last_of('/'));
     if (auto layout = enclosingBundle(*program)) return makeObject<__CFBundle>(std::move(*layout));

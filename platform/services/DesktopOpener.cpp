@@ -4,10 +4,11 @@
 #include <CoreServices/MacErrors.h>
 
 #include "platform/posix/processes/ProgramStart.h"
+#include "platform/services/launching/LaunchVariables.h"
 
 namespace osa {
 
-Result<void> openWithDesktop(const std::string& pathOrURL) {
+Result<void> openWithDesktop(const std::string& pathOrURL, bool mayComeToFront) {
     const auto opener = posix::findExecutable("xdg-open");
     if (!opener.ok()) {
         const bool isMissing = opener.status() == kLSNoExecutableErr;
@@ -16,6 +17,11 @@ Result<void> openWithDesktop(const std::string& pathOrURL) {
     posix::ProgramStart start;
     start.program = *opener;
     start.arguments = {"xdg-open", pathOrURL};
+    start.withoutVariables = {kEntryVariable, kEntryProcessVariable};
+    if (!mayComeToFront) {
+        start.withoutVariables.insert(start.withoutVariables.end(),
+                                      {kStartupVariable, kActivationVariable});
+    }
     OSA_TRY([[maybe_unused]] const std::uint32_t process, posix::startProgram(start));
     return {};
 }

@@ -7,8 +7,8 @@
 
 namespace osa {
 
-/// Starts xdg-open with an absolute path or a URL as its one argument. kLSApplicationNotFoundErr
-/// when there is none.
-Result<void> openWithDesktop(const std::string& pathOrURL);
+/// Starts xdg-open with an absolute path or a URL as its one argument; what it opens with comes to
+/// the front by the caller's right to it, if it may. kLSApplicationNotFoundErr when there is none.
+Result<void> openWithDesktop(const std::string& pathOrURL, bool mayComeToFront = true);
 
 }  // namespace osa

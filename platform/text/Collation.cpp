@@ -112,4 +112,12 @@ std::optional<int> compareText(std::u16string_view first, std::u16string_view se
     return compare(collator, folded(first, rules), folded(second, rules));
 }
 
+bool isSameCaselessText(std::u16string_view first, std::u16string_view second) {
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t order = unorm_compare(first.data(), static_cast<int32_t>(first.size()),
+                                        second.data(), static_cast<int32_t>(second.size()),
+                                        U_COMPARE_IGNORE_CASE | U_FOLD_CASE_DEFAULT, &status);
+    return U_SUCCESS(status) ? order == 0 : first == second;
+}
+
 }  // namespace osa

@@ -23,4 +23,8 @@ struct CollationRules {
 std::optional<int> compareText(std::u16string_view first, std::u16string_view second,
                                const CollationRules& rules);
 
+/// Whether two texts are the same but for case and for the form, composed or decomposed, of their
+/// accents.
+bool isSameCaselessText(std::u16string_view first, std::u16string_view second);
+
 }  // namespace osa

@@ -30,7 +30,8 @@ OSA_PLATFORM_EXPORT extern const CFStringRef kCFBundleDevelopmentRegionKey;
 /// "Resources", nor a known bundle extension (app, bundle, scptd, framework, plugin).
 OSA_PLATFORM_EXPORT CFBundleRef CFBundleCreate(CFAllocatorRef allocator,
                                                CFURLRef url) CF_RETURNS_RETAINED;
-/// The host's own bundle, or a made-up one around its program file; borrowed.
+/// The host's own bundle (a flat one only by its extension), or a made-up one around its program
+/// file; borrowed.
 OSA_PLATFORM_EXPORT CFBundleRef CFBundleGetMainBundle(void);
 /// The folder itself; its URL ends in a slash.
 OSA_PLATFORM_EXPORT CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle) CF_RETURNS_RETAINED;

@@ -1,6 +1,8 @@
 // Process Manager: which programs run, what they are, starting them and bringing them to the front.
 //
-// The processes are those of the calling user that run a program file. A process belongs to an
+// The processes are those of the calling user that run a program file; but for the caller itself,
+// not those that the kernel keeps even from the user whose they are (programs with rights by their
+// file, such that asked not to be dumped) or whose first thread has ended. A process belongs to an
 // application when its program lies in a bundle, or when the desktop says so: the environment that
 // a launcher gave it names a desktop entry and the process itself, or it leads a unit of the user's
 // service manager that is named after one. docs/applications.md tells each call's meaning here.

@@ -27,24 +27,25 @@ std::string processPath(std::uint32_t id, const char* name) {
     return "/proc/" + std::to_string(id) + name;
 }
 
-/// What is gone, and what the kernel keeps to itself, is nobody's process.
-Failure processFailure(int error) {
-    switch (error) {
-        case ENOENT:
-        case ESRCH:
-        case EACCES:
-        case EPERM:
-            return Failure(procNotFound);
-        default:
-            return Failure(statusFromErrno(error));
-    }
+/// For what a process has as long as one of its threads runs. The kernel looks a process up by its
+/// first thread, which may have ended.
+std::string livePath(std::uint32_t id, const char* name) {
+    return id == processID() ? std::string("/proc/thread-self") + name : processPath(id, name);
+}
+
+/// Whatever goes wrong with one process (it is gone, the kernel keeps it to itself), it is nobody's
+/// then. Only what the caller has run out of is no matter of the process.
+Failure processFailure(OSStatus status) {
+    return Failure(status == memFullErr || status == tmfoErr ? status : procNotFound);
+}
+Failure lastProcessError() {
+    return processFailure(statusFromErrno(errno));
 }
 
 /// One of a process's texts, no more than `limit` bytes of it. Their size is not known before.
-Result<std::string> readText(std::uint32_t id, const char* name, std::size_t limit) {
-    const std::string path = processPath(id, name);
+Result<std::string> readText(const std::string& path, std::size_t limit) {
     const UniqueFd descriptor(systemCall([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
-    if (!descriptor.valid()) return processFailure(errno);
+    if (!descriptor.valid()) return lastProcessError();
     std::string text;
     std::size_t length = 0;
     while (length < limit) {
@@ -53,7 +54,7 @@ Result<std::string> readText(std::uint32_t id, const char* name, std::size_t lim
         }
         const ssize_t count = systemCall(
             [&] { return read(descriptor.get(), text.data() + length, text.size() - length); });
-        if (count < 0) return processFailure(errno);
+        if (count < 0) return lastProcessError();
         if (count == 0) break;
         length += static_cast<std::size_t>(count);
     }
@@ -66,22 +67,24 @@ Result<std::string> readText(std::uint32_t id, const char* name, std::size_t lim
 Result<void> checkOwner(std::uint32_t id) {
     if (id == processID()) return {};
     const auto folder = status(processPath(id, ""), Follow::yes);
-    if (!folder.ok()) return Failure(folder.status() == fnfErr ? procNotFound : folder.status());
+    if (!folder.ok()) return processFailure(folder.status());
     if (folder->uid != geteuid()) return Failure(procNotFound);
     return {};
 }
 
+/// fnfErr when the process runs a program file, but at a path that is longer than the kernel tells.
 Result<std::string> programLink(std::uint32_t id) {
-    auto link = readLink(processPath(id, "/exe"));
+    auto link = readLink(livePath(id, "/exe"));
     if (link.ok()) return link;
-    const OSStatus failed = link.status();
-    return Failure(failed == fnfErr || failed == permErr ? procNotFound : failed);
+    if (link.status() == errFSNameTooLong) return Failure(fnfErr);
+    return processFailure(link.status());
 }
 
 Result<ProcessFacts> listedFacts(std::uint32_t id) {
     OSA_CHECK(checkOwner(id));
-    OSA_CHECK(programLink(id));
-    OSA_TRY(const std::string text, readText(id, "/stat", kMostOfText));
+    const auto program = programLink(id);
+    if (!program.ok() && program.status() != fnfErr) return Failure(program.status());
+    OSA_TRY(const std::string text, readText(processPath(id, "/stat"), kMostOfText));
     const auto facts = factsFromStat(text);
     if (!facts || facts->id != id) return Failure(procNotFound);
     return *facts;
@@ -94,7 +97,7 @@ Result<ProcessFacts> processFacts(std::uint32_t id) {
     const auto number = static_cast<pid_t>(id);
     if (number <= 0) return Failure(procNotFound);
     if (systemCall([&] { return tgkill(number, number, 0); }) != 0 && errno != EPERM) {
-        return processFailure(errno);
+        return lastProcessError();
     }
     return listedFacts(id);
 }
@@ -123,7 +126,7 @@ Result<std::vector<ProcessFacts>> processes() {
 
 Result<std::string> programOf(std::uint32_t id) {
     OSA_TRY(std::string path, programLink(id));
-    const auto running = status(processPath(id, "/exe"), Follow::yes);
+    const auto running = status(livePath(id, "/exe"), Follow::yes);
     const auto named = status(path, Follow::yes);
     if (!path.starts_with('/') || !running.ok() || !named.ok() || !named->isSameObject(*running)) {
         return Failure(fnfErr);
@@ -132,13 +135,13 @@ Result<std::string> programOf(std::uint32_t id) {
 }
 
 Result<std::string> startEnvironment(std::uint32_t id, std::string_view name) {
-    OSA_TRY(std::string text, readText(id, "/environ", kMostOfEnvironment));
+    OSA_TRY(std::string text, readText(livePath(id, "/environ"), kMostOfEnvironment));
     if (text.size() == kMostOfEnvironment) text.resize(text.rfind('\0') + 1);  // no half variable
     return variableIn(text, name);
 }
 
 Result<std::string> serviceUnit(std::uint32_t id) {
-    OSA_TRY(const std::string text, readText(id, "/cgroup", kMostOfText));
+    OSA_TRY(const std::string text, readText(livePath(id, "/cgroup"), kMostOfText));
     return unitFromControlGroups(text);
 }
 

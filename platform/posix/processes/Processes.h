@@ -19,13 +19,17 @@ struct ProcessFacts {
     std::uint64_t residentBytes = 0;
 };
 
-/// A process of another user, or one that runs no program file (kernel threads, zombies), is
-/// procNotFound.
+/// A process of another user, or one that runs no program file (kernel threads, zombies, programs
+/// whose first thread has ended, other than the caller), is procNotFound. So is, but for the
+/// caller, what the kernel keeps from the user himself: his processes that may not be dumped, such
+/// as set-id programs and agents that guard keys.
 Result<ProcessFacts> processFacts(std::uint32_t id);
-/// All of the user's processes that run a program file, in the order in which they were started.
+/// All of the processes that processFacts tells of, in the order in which they were started. Fails
+/// only when memory or descriptors have run out, or /proc cannot be read.
 Result<std::vector<ProcessFacts>> processes();
 /// The path of the program file; fnfErr when another file, or none, is at the path that the kernel
-/// tells (it was replaced, deleted, or is another container's).
+/// tells (it was replaced, deleted, or is another container's), or that path is too long to be
+/// told.
 Result<std::string> programOf(std::uint32_t id);
 /// The value of a variable in the environment that the process was started with; empty when there
 /// is none.

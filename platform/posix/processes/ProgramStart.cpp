@@ -1,8 +1,9 @@
 // Starting programs: two forks, so that the program is nobody's child here, and a pipe on which it
 // tells how it went.
 //
-// Between fork and exec only async-signal-safe calls are made, for another thread may have held any
-// lock when the process was copied: whatever needs memory is made before.
+// Between fork and exec only async-signal-safe calls are made, and no fork handler of the host's
+// runs, for another thread may have held any lock when the process was copied: whatever needs
+// memory is made before.
 #include "platform/posix/processes/ProgramStart.h"
 
 #include <CoreServices/MacErrors.h>
@@ -11,6 +12,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/auxv.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -192,6 +194,15 @@ void keepDescriptorsFromProgram(std::uint64_t limit) {
 
 // Back in the caller.
 
+/// The thread sanitizer has locks of its own, which only a fork that it sees leaves usable.
+pid_t copyOfCaller() {
+#ifdef __SANITIZE_THREAD__
+    return fork();
+#else
+    return _Fork();
+#endif
+}
+
 /// Keeps signals away, whose handlers must not run in the copies.
 class WithoutSignals {
   public:
@@ -237,8 +248,16 @@ OSStatus statusOfStart(int error, const std::string& program) {
 bool holdsPipe(std::uint32_t process, int descriptor, int answers) {
     const auto held =
         readLink("/proc/" + std::to_string(process) + "/fd/" + std::to_string(descriptor));
-    const auto own = readLink("/proc/self/fd/" + std::to_string(answers));
+    const auto own = readLink("/proc/thread-self/fd/" + std::to_string(answers));
     return held.ok() && own.ok() && *held == *own;
+}
+
+/// Leaves the child to be waited for. One that is unknown was waited for by somebody else here.
+bool hasEnded(pid_t child) {
+    siginfo_t information{};
+    return waitid(P_PID, static_cast<id_t>(child), &information, WEXITED | WNOHANG | WNOWAIT) !=
+               0 ||
+           information.si_pid != 0;
 }
 
 struct Reports {
@@ -246,46 +265,60 @@ struct Reports {
     int failure = 0;
 };
 
-/// Reads until nobody can report any more: the program runs then, or nothing of it is left. A copy
-/// of the caller that another thread made at the wrong moment may keep the pipe open for long, so
-/// in the end only the program's own process counts.
-Reports awaitReports(int answers, int descriptor) {
+/// Reads until a failure is reported or nobody can report any more: the program runs then, or
+/// nothing of it is left. A copy of the caller that another thread made at the wrong moment may
+/// keep the pipe open for long, so in the end only the processes of the start itself count: the one
+/// between until it has told the program's number, then the program's.
+Reports awaitReports(int answers, int descriptor, pid_t between) {
     constexpr int patience = 100;  // milliseconds
     Reports all;
-    for (bool isLast = false;;) {
+    for (bool isLast = false; all.failure == 0;) {
         struct pollfd waiting = {answers, POLLIN, 0};
         const int ready = poll(&waiting, 1, isLast ? 0 : patience);
-        if (ready == 0 && isLast) return all;
-        if (ready == 0) isLast = all.number != 0 && !holdsPipe(all.number, descriptor, answers);
+        if (ready == 0 && isLast) break;
+        if (ready == 0) {
+            isLast =
+                all.number == 0 ? hasEnded(between) : !holdsPipe(all.number, descriptor, answers);
+        }
         if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
         Report report{};
         const ssize_t count = read(answers, &report, sizeof report);
         if (count < 0 && errno == EINTR) continue;
-        if (count != sizeof report) return all;
-        if (report.kind == Report::Kind::failure) {
-            all.failure = report.value;
-        } else {
-            all.number = static_cast<std::uint32_t>(report.value);
-        }
+        if (count != sizeof report) break;
+        const bool isFailure = report.kind == Report::Kind::failure;
+        if (isFailure) all.failure = report.value;
+        if (!isFailure) all.number = static_cast<std::uint32_t>(report.value);
+        isLast = false;
     }
+    return all;
 }
 
 Result<std::uint32_t> run(Preparation preparation, UniqueFd answers, const std::string& program) {
     pid_t child = -1;
     {
         const WithoutSignals guard;
-        child = systemCall([] { return fork(); });
+        child = systemCall(copyOfCaller);
         if (child == 0) makeOrphan(preparation);
     }
     if (child < 0) return Failure(errno == ENOMEM ? memFullErr : kLSUnknownErr);
     const int descriptor = preparation.reports.get();
     preparation.reports = UniqueFd();
-    const Reports reports = awaitReports(answers.get(), descriptor);
+    const Reports reports = awaitReports(answers.get(), descriptor, child);
     // Somebody else here may have waited for it already.
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) continue;
     if (reports.failure != 0) return Failure(statusOfStart(reports.failure, program));
     if (reports.number == 0) return Failure(kLSUnknownErr);
     return reports.number;
+}
+
+Result<void> checkExecutable(const std::string& path) {
+    const auto found = status(path, Follow::yes);
+    if (found.status() == permErr) return Failure(kLSNoLaunchPermissionErr);
+    if (!found.ok() || !found->isRegular()) return Failure(kLSNoExecutableErr);
+    if (systemCall([&] { return faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS); }) != 0) {
+        return Failure(kLSNoLaunchPermissionErr);
+    }
+    return {};
 }
 
 std::uint64_t descriptorLimit() {
@@ -299,6 +332,7 @@ std::uint64_t descriptorLimit() {
 
 Result<std::uint32_t> startProgram(const ProgramStart& start) {
     if (!isUsable(start)) return Failure(paramErr);
+    if (getauxval(AT_SECURE) != 0) return Failure(kLSNoLaunchPermissionErr);
     Preparation preparation;
     prepareTexts(start, preparation);
     preparation.descriptorLimit = descriptorLimit();
@@ -316,12 +350,10 @@ Result<std::uint32_t> startProgram(const ProgramStart& start) {
 }
 
 Result<std::string> findExecutable(const std::string& name) {
-    const auto isExecutable = [](const std::string& path) {
-        const auto found = status(path, Follow::yes);
-        return found.ok() && found->isRegular() &&
-               systemCall([&] { return faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS); }) == 0;
-    };
-    if (name.starts_with('/') && isExecutable(name)) return name;
+    if (name.starts_with('/')) {
+        OSA_CHECK(checkExecutable(name));
+        return name;
+    }
     if (name.empty() || name.find('/') != std::string::npos) return Failure(kLSNoExecutableErr);
     std::string folders = environment("PATH");
     if (folders.empty()) folders = "/usr/local/bin:/usr/bin:/bin";
@@ -329,7 +361,7 @@ Result<std::string> findExecutable(const std::string& name) {
         const std::size_t end = std::min(folders.find(':', start), folders.size());
         const std::string path = folders.substr(start, end - start) + "/" + name;
         // Others than absolute ones would change with the current folder.
-        if (folders[start] == '/' && isExecutable(path)) return path;
+        if (folders[start] == '/' && checkExecutable(path).ok()) return path;
         start = end + 1;
     }
     return Failure(kLSNoExecutableErr);

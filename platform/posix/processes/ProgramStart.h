@@ -23,14 +23,19 @@ struct ProgramStart {
 
 /// Executes the program as it is, never through a shell, in a session of its own, its standard
 /// streams on /dev/null, signals as they are by default, nothing else of the caller's open. Answers
-/// the process's number once the program runs. It is nobody's child: no zombie stays behind. Safe
-/// in a program of many threads. kLSNoExecutableErr, kLSNoLaunchPermissionErr,
+/// the process's number once the program runs. It is not the caller's child: init collects it when
+/// it ends. Only a caller that takes orphans in (init of a container itself, or a process with
+/// PR_SET_CHILD_SUBREAPER) gets it as a child, and has to wait for it as for any orphan. Safe in a
+/// program of many threads; the host's fork handlers do not run. kLSNoExecutableErr,
+/// kLSNoLaunchPermissionErr (always when the caller has rights by its own program file, set-id or
+/// capabilities, with which nothing that an environment chose may run),
 /// kLSExecutableIncorrectFormat, paramErr for a string with a NUL inside, memFullErr, else
 /// kLSUnknownErr.
 Result<std::uint32_t> startProgram(const ProgramStart& start);
 
 /// The absolute path of an executable file: `name` itself when it is absolute, else the first in
-/// the folders of $PATH; a relative one with a slash is never found. kLSNoExecutableErr.
+/// the folders of $PATH; a relative one with a slash is never found. kLSNoExecutableErr, and
+/// kLSNoLaunchPermissionErr for an absolute path whose file may not be executed, or not be reached.
 Result<std::string> findExecutable(const std::string& name);
 
 }  // namespace osa::posix

@@ -32,6 +32,10 @@ bool isTrue(CFBundleRef bundle, CFStringRef key) {
     if (value == nullptr) return false;
     if (CFGetTypeID(value) == CFBooleanGetTypeID())
         return CFBooleanGetValue(static_cast<CFBooleanRef>(value)) != 0;
+    double number = 0;
+    if (CFGetTypeID(value) == CFNumberGetTypeID())
+        CFNumberGetValue(static_cast<CFNumberRef>(value), kCFNumberDoubleType, &number);
+    if (number != 0) return true;
     // The old text form of dictionaries has strings only.
     return isString(value, "1") || isString(value, "YES") || isString(value, "true");
 }

@@ -6,8 +6,8 @@
 #include "platform/files/special/UserFolders.h"
 #include "platform/posix/FileSystem.h"
 #include "platform/services/applications/Application.h"
+#include "platform/text/Collation.h"
 #include "platform/text/TextConverter.h"
-#include "platform/text/UnicodeForms.h"
 
 namespace osa {
 namespace {
@@ -90,16 +90,7 @@ bool isSameButForCase(std::string_view first, std::string_view second) {
     std::u16string one;
     std::u16string other;
     if (!utf16FromUTF8(first, one) || !utf16FromUTF8(second, other)) return false;
-    std::size_t i = 0;
-    std::size_t j = 0;
-    while (i < one.size() && j < other.size()) {
-        const Character a = characterAt(one, i);
-        const Character b = characterAt(other, j);
-        if (foldCase(a.value) != foldCase(b.value)) return false;
-        i += a.length;
-        j += b.length;
-    }
-    return i == one.size() && j == other.size();
+    return isSameCaselessText(one, other);
 }
 
 }  // namespace osa

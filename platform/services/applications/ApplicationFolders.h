@@ -12,9 +12,11 @@ inline constexpr std::string_view kEntryExtension = ".desktop";
 
 struct ApplicationFolder {
     std::string path;
-    /// For bundles and entries, two folders down; otherwise for entries alone, eight.
+    /// For bundles and entries, in the folder or in one directly below; otherwise for entries
+    /// alone, seven folders down.
     bool holdsBundles = false;
 
+    /// The folder itself counts.
     int depth() const { return holdsBundles ? 2 : 8; }
 };
 
@@ -27,7 +29,7 @@ std::string desktopEntryID(const std::string& path);
 
 /// The last component of a path.
 std::string leafOf(const std::string& path);
-/// Whether two texts are UTF-8 and the same but for case.
+/// Whether two texts are UTF-8 and the same but for case and the form of their accents.
 bool isSameButForCase(std::string_view first, std::string_view second);
 
 }  // namespace osa

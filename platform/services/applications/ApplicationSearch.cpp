@@ -17,7 +17,7 @@
 namespace osa {
 namespace {
 
-/// How many names a search looks at, all folders together.
+/// How many names a search looks at in one application folder and those below.
 constexpr std::size_t kMaxNames = 100'000;
 
 class ApplicationSearch {
@@ -25,6 +25,7 @@ class ApplicationSearch {
     explicit ApplicationSearch(const ApplicationCriteria& criteria) : criteria_(criteria) {}
 
     std::optional<Application> search(const ApplicationFolder& folder) {
+        namesLeft_ = kMaxNames;
         return walk(folder.path, "", folder.holdsBundles, folder.depth());
     }
 
@@ -34,7 +35,9 @@ class ApplicationSearch {
                                     bool holdsBundles, int depth);
     std::optional<Application> entry(const std::string& path, const std::string& leaf,
                                      std::string identifier);
-    std::optional<Application> bundle(CFBundleRef bundle, const std::string& path) const;
+    std::optional<Application> bundle(CFBundleRef bundle, const std::string& path,
+                                      const std::string& leaf) const;
+    std::optional<Application> linkedBundle(const std::string& link, const std::string& leaf) const;
     bool meets(const Application& application) const;
     bool isNamed(std::string_view leaf, std::string_view extension) const {
         return isSameButForCase(leaf, criteria_.name) ||
@@ -62,7 +65,8 @@ std::vector<std::string> ApplicationSearch::namesIn(const std::string& folder,
     return names;
 }
 
-/// Links to folders are not followed, but that an application folder itself may be one.
+/// No link to a folder is followed but to a bundle, and that an application folder itself may be
+/// one.
 std::optional<Application> ApplicationSearch::walk(const std::string& folder,
                                                    const std::string& prefix, bool holdsBundles,
                                                    int depth) {
@@ -73,12 +77,13 @@ std::optional<Application> ApplicationSearch::walk(const std::string& folder,
         if (leaf.ends_with(kEntryExtension)) {
             const std::string stem = leaf.substr(0, leaf.size() - kEntryExtension.size());
             found = entry(path, leaf, prefix + stem);
-        } else {
-            const auto status = posix::status(path, posix::Follow::no);
-            if (!status.ok() || !status->isFolder()) continue;
+        } else if (const auto status = posix::status(path, posix::Follow::no);
+                   holdsBundles && status.ok() && status->isSymbolicLink()) {
+            found = linkedBundle(path, leaf);
+        } else if (status.ok() && status->isFolder()) {
             const CFRef<CFBundleRef> package = holdsBundles ? bundleAt(path) : CFRef<CFBundleRef>();
             if (package) {
-                found = bundle(package.get(), path);
+                found = bundle(package.get(), path, leaf);
             } else if (depth > 1) {
                 found = walk(path, prefix + leaf + "-", holdsBundles, depth - 1);
             }
@@ -109,11 +114,19 @@ std::optional<Application> ApplicationSearch::entry(const std::string& path,
     return application;
 }
 
-std::optional<Application> ApplicationSearch::bundle(CFBundleRef bundle,
-                                                     const std::string& path) const {
-    if (!criteria_.name.empty() && !isNamed(leafOf(path), ".app")) return std::nullopt;
+/// The leaf is what the bundle is called in the application folder.
+std::optional<Application> ApplicationSearch::bundle(CFBundleRef bundle, const std::string& path,
+                                                     const std::string& leaf) const {
+    if (!criteria_.name.empty() && !isNamed(leaf, ".app")) return std::nullopt;
     auto application = applicationOfBundle(bundle, path);
     return application && meets(*application) ? application : std::nullopt;
+}
+
+std::optional<Application> ApplicationSearch::linkedBundle(const std::string& link,
+                                                           const std::string& leaf) const {
+    const auto path = posix::realPath(link);
+    const CFRef<CFBundleRef> package = path.ok() ? bundleAt(*path) : CFRef<CFBundleRef>();
+    return package ? bundle(package.get(), *path, leaf) : std::nullopt;
 }
 
 bool ApplicationSearch::meets(const Application& application) const {

@@ -32,7 +32,10 @@ Result<void> open(const LSLaunchFSRefSpec& spec, FSRef& launchedRef) {
         launchedRef = launched.application;
         return {};
     }
-    for (const std::string& document : documents) OSA_CHECK(openWithDesktop(document));
+    const bool mayComeToFront = (spec.launchFlags & kLSLaunchDontSwitch) == 0;
+    for (const std::string& document : documents) {
+        OSA_CHECK(openWithDesktop(document, mayComeToFront));
+    }
     launchedRef = {};  // the desktop does not tell
     return {};
 }

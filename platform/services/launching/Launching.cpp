@@ -8,14 +8,12 @@
 #include "platform/files/References.h"
 #include "platform/posix/processes/ProgramStart.h"
 #include "platform/services/applications/Application.h"
+#include "platform/services/launching/LaunchVariables.h"
 #include "platform/services/processes/ProcessApplication.h"
 #include "platform/services/processes/ProcessNumbers.h"
 
 namespace osa {
 namespace {
-
-constexpr char kEntryVariable[] = "GIO_LAUNCHED_DESKTOP_FILE";
-constexpr char kEntryProcessVariable[] = "GIO_LAUNCHED_DESKTOP_FILE_PID";
 
 struct Target {
     FSRef ref;
@@ -85,7 +83,7 @@ Result<std::uint32_t> start(const Application& application, const Command& comma
     }
     if ((flags & kLSLaunchDontSwitch) != 0) {
         start.withoutVariables.insert(start.withoutVariables.end(),
-                                      {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"});
+                                      {kStartupVariable, kActivationVariable});
     }
     return posix::startProgram(start);
 }

@@ -8,6 +8,7 @@
 
 #include "platform/bundles/BundleLayout.h"
 #include "platform/services/applications/ApplicationKinds.h"
+#include "platform/services/launching/LaunchVariables.h"
 
 namespace osa {
 namespace {
@@ -19,10 +20,11 @@ std::string unescaped(std::string_view text) {
     constexpr std::size_t length = 4;
     std::string plain;
     for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::string_view escape = text.substr(at, length);
+        const char* const end = escape.data() + escape.size();
         unsigned byte = 0;
-        const char* const digits = text.data() + at + 2;
-        if (text.substr(at, 2) == "\\x" && text.size() - at >= length &&
-            std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+        if (escape.size() == length && escape.starts_with("\\x") &&
+            std::from_chars(end - 2, end, byte, 16).ptr == end) {
             plain += static_cast<char>(byte);
             at += length - 1;
         } else {
@@ -58,9 +60,9 @@ std::optional<Application> desktopEntryAt(const std::string& path) {
 
 /// A launcher gives its environment on to all that its programs start, so it says whom it means.
 std::optional<Application> entryOfLauncher(std::uint32_t id) {
-    const auto meant = posix::startEnvironment(id, "GIO_LAUNCHED_DESKTOP_FILE_PID");
+    const auto meant = posix::startEnvironment(id, kEntryProcessVariable);
     if (!meant.ok() || *meant != std::to_string(id)) return std::nullopt;
-    const auto path = posix::startEnvironment(id, "GIO_LAUNCHED_DESKTOP_FILE");
+    const auto path = posix::startEnvironment(id, kEntryVariable);
     return path.ok() ? desktopEntryAt(*path) : std::nullopt;
 }
 

@@ -63,6 +63,7 @@ Result<Dictionary> copyDictionary(const ProcessSerialNumber& number) {
     const auto id = static_cast<SInt32>(process.id);
     set(dictionary, CFSTR("pid"),
         CFRef<CFNumberRef>::Adopt(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &id)));
+    OSA_CHECK(checkStillThere(process));
     return dictionary;
 }
 

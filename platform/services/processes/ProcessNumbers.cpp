@@ -24,4 +24,9 @@ Result<posix::ProcessFacts> findProcess(const ProcessSerialNumber& number) {
     return facts;
 }
 
+Result<void> checkStillThere(const posix::ProcessFacts& facts) {
+    OSA_CHECK(findProcess(serialNumberOf(facts)));
+    return {};
+}
+
 }  // namespace osa

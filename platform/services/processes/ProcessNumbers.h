@@ -21,6 +21,9 @@ inline bool isSame(const ProcessSerialNumber& first, const ProcessSerialNumber& 
 ProcessSerialNumber serialNumberOf(const posix::ProcessFacts& facts);
 /// Of one of the user's processes that runs a program file; procNotFound.
 Result<ProcessSerialNumber> serialNumberOf(std::uint32_t processID);
+/// procNotFound when the process is gone, even if another one has its number by now. To be asked
+/// after anything was read that goes by the number.
+Result<void> checkStillThere(const posix::ProcessFacts& facts);
 /// The process of a serial number, kCurrentProcess included; procNotFound when it is gone.
 Result<posix::ProcessFacts> findProcess(const ProcessSerialNumber& number);
 

@@ -27,9 +27,9 @@ Result<bool> areSame(ProcessSerialNumber first, ProcessSerialNumber second) {
     return isSame(first, second);
 }
 
-Result<void> describe(const ProcessSerialNumber& number, ProcessInfoRec& info) {
+Result<ProcessInfoRec> informationOf(const ProcessSerialNumber& number) {
     OSA_TRY(const posix::ProcessFacts process, findProcess(number));
-    info = {};
+    ProcessInfoRec info{};
     info.processInfoLength = sizeof info;
     info.processNumber = serialNumberOf(process);
     const auto application = applicationOf(process);
@@ -44,12 +44,14 @@ Result<void> describe(const ProcessSerialNumber& number, ProcessInfoRec& info) {
     info.processLauncher = launcher.ok() ? *launcher : ProcessSerialNumber{0, kNoProcess};
     info.processLaunchDate = ticks(process.started);
     info.processActiveTime = ticks(process.processorTime);
-    return {};
+    OSA_CHECK(checkStillThere(process));
+    return info;
 }
 
 Result<FSRef> locationOf(const ProcessSerialNumber& number) {
     OSA_TRY(const posix::ProcessFacts process, findProcess(number));
     OSA_TRY(const Application application, applicationOf(process));
+    OSA_CHECK(checkStillThere(process));
     return referenceToPath(application.path, nullptr);
 }
 
@@ -90,7 +92,8 @@ OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info
     if (psn == nullptr || info == nullptr || info->processInfoLength != sizeof *info ||
         info->processName != 0 || info->processAppSpec != 0)
         return paramErr;
-    return static_cast<OSErr>(osa::guarded([&] { return osa::describe(*psn, *info).status(); }));
+    return static_cast<OSErr>(
+        osa::guarded([&] { return osa::deliver(osa::informationOf(*psn), *info); }));
 }
 
 OSStatus GetProcessBundleLocation(const ProcessSerialNumber* psn, FSRef* location) {

@@ -82,7 +82,7 @@ TEST(Bundle, IsFoundAroundItsProgramsAlone) {
         {"b.app/p", "/b.app"},
         {"b.app/MacOS/p", "/b.app"},
         {"b.app/other/p", ""},
-        {"c/p", "/c"},
+        {"c/p", ""},
         {"d/Linux/p", ""},
     };
     for (const auto& [program, bundle] : rows) {

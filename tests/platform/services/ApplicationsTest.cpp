@@ -68,6 +68,10 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
     entry(data + "Broken", "X-OSA-Signature=brok\n");
     entry(data + "\xFF", "X-OSA-Signature=late\n");
     std::filesystem::create_directory_symlink(home_.path(data), home_.path(data + "circle"));
+    home_.write("opt/Set.app/Contents/PkgInfo", "APPLset ");
+    std::filesystem::create_directory_symlink("../opt", home_.path("Applications/opt"));
+    std::filesystem::create_directory_symlink("../opt/Set.app",
+                                              home_.path("Applications/S\xC3\xA8t.app"));
     std::filesystem::create_symlink("Loop.desktop", home_.path(data + "Loop.desktop"));
     OSASetApplicationFolders((home_.path("none") + ":relative:" + home_.path("first")).c_str());
     const struct {
@@ -83,6 +87,8 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
         {FourCC("quil"), CFSTR("org.example.Pen"), nullptr, ""},
         {FourCC("thre"), nullptr, nullptr, ""},  // too deep
         {FourCC("kit "), nullptr, nullptr, ""},
+        {FourCC("set "), nullptr, CFSTR("SE\xCC\x80T"), "opt/Set.app"},
+        {FourCC("set "), nullptr, CFSTR("Set"), ""},  // the link has the name
         {0, CFSTR("both"), nullptr, "first/Both.desktop"},
         {FourCC("\x8Ag  "), nullptr, nullptr, "first/Both.desktop"},
         {FourCC("late"), nullptr, nullptr, ""},  // hidden, or no text
@@ -130,9 +136,13 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
     home_.write("plain", "");
     home_.write("Link.desktop", "[Desktop Entry]\nType=Link\n");
     program("bin/tool");
+    home_.write("Pen.app/Contents/Info.plist",
+                "<plist><dict><key>LSBackgroundOnly</key><integer>1</integer></dict></plist>");
     const std::string tool = "Exec=" + home_.path("bin/tool") + " %F\n";
     home_.write("Draw.desktop",
                 "[Desktop Entry]\nType=Application\nName=Draw It\nPath=/usr\n" + tool);
+    home_.write("Locked.desktop",
+                "[Desktop Entry]\nType=Application\nName=L\nExec=" + home_.path("plain") + "\n");
     entry("Old", "Exec=no longer the first\nTryExec=/none/such\n");
     home_.write("Bad.desktop", "[Desktop Entry]\nType=Application\nExec=/bin/true; rm\n");
     const std::string document = home_.write("a b\n\"c\"", "");
@@ -152,6 +162,7 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
         {"none", fnfErr, 0, "", "", ""},
         {"bin/tool", noErr, noErr, "bin/tool", "tool", ""},
         {"Draw.desktop", noErr, noErr, "bin/tool", "Draw It", "/usr"},
+        {"Locked.desktop", noErr, kLSNoLaunchPermissionErr, "", "L", ""},
         {"Old.desktop", noErr, kLSNoExecutableErr, "", "Old", ""},
         {"Bad.desktop", noErr, kLSNoExecutableErr, "", "Bad", ""},
     };
@@ -161,6 +172,7 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
         ASSERT_EQ(application.status(), row.isApplication);
         if (!application.ok()) continue;
         EXPECT_EQ(application->name, row.name);
+        EXPECT_EQ(application->isBackgroundOnly, application->name == "Pen");
         const auto commands = commandsOf(*application, {document});
         ASSERT_EQ(commands.status(), row.starts);
         if (!commands.ok()) continue;

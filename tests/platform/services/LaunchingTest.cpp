@@ -191,6 +191,23 @@ TEST_F(Launching, ADesktopEntrysProcessIsTheEntrys) {
     EXPECT_EQ(informationOf(first).processSignature, FourCC("quil"));
     ASSERT_EQ(LaunchApplication(&block), noErr);
     EXPECT_EQ(block.launchProcessSN.lowLongOfPSN, first.lowLongOfPSN);
+
+    // Without application the desktop's opener is started, which must not pass for ours.
+    setenv("GIO_LAUNCHED_DESKTOP_FILE", entry.c_str(), 1);
+    fs::copy_file(std::getenv("OSA_LAUNCHED_PROGRAM"), home_.path("bin/xdg-open"));
+    const std::string path = getenv("PATH");
+    setenv("PATH", home_.path("bin").c_str(), 1);
+    for (const LSLaunchFlags flags : {LSLaunchFlags{}, LSLaunchFlags{kLSLaunchDontSwitch}}) {
+        const LSLaunchFSRefSpec opening{nullptr, 1, &ref, nullptr, flags, nullptr};
+        ASSERT_EQ(LSOpenFromRefSpec(&opening, nullptr), noErr);
+        const std::string report = reportOf("xdg-open");
+        EXPECT_TRUE(
+            report.starts_with("HOME/org.example.Quill.desktop|\n") &&
+            report.ends_with(flags == 0 ? "(none) 0\ntoken ours\n" : "(none) 0\ntoken (none)\n"))
+            << report;
+    }
+    setenv("PATH", path.c_str(), 1);
+    unsetenv("GIO_LAUNCHED_DESKTOP_FILE");
     fs::remove(entry);
     EXPECT_EQ(processesIn(home_.path("bin/quill")).size(), 1U) << "no entry: a bare program";
 }
