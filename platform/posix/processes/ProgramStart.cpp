@@ -1,17 +1,10 @@
 // Starting programs: two forks, so that the program is nobody's child here, and a pipe on which it
 // tells how it went.
-//
-// Between fork and exec only async-signal-safe calls are made, and no fork handler of the host's
-// runs, for another thread may have held any lock when the process was copied: whatever needs
-// memory is made before.
 #include "platform/posix/processes/ProgramStart.h"
 
 #include <CoreServices/MacErrors.h>
 #include <fcntl.h>
-#include <linux/close_range.h>
 #include <poll.h>
-#include <pthread.h>
-#include <signal.h>
 #include <sys/auxv.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -19,56 +12,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "platform/posix/FileSystem.h"
 #include "platform/posix/PosixSupport.h"
 #include "platform/posix/SystemCall.h"
-#include "platform/posix/UniqueFd.h"
+#include "platform/posix/processes/ProgramCopies.h"
+#include "platform/posix/processes/SignalsBlocked.h"
 
 namespace osa::posix {
 namespace {
-
-constexpr int kFirstFreeDescriptor = 3;
-constexpr std::size_t kNumberRoom = 20;
-
-/// What comes through the pipe, all at once: the program's number, or why there is none.
-struct Report {
-    enum class Kind { number, failure } kind;
-    int value;
-};
-
-/// A program's arguments or environment: texts, and pointers to them with a null behind.
-class TextList {
-  public:
-    void add(std::string text) { texts_.push_back(std::move(text)); }
-    char* last() { return texts_.back().data(); }
-    /// Nothing is added from now on.
-    char* const* pointers() {
-        pointers_.clear();
-        for (std::string& text : texts_) pointers_.push_back(text.data());
-        pointers_.push_back(nullptr);
-        return pointers_.data();
-    }
-
-  private:
-    std::vector<std::string> texts_;
-    std::vector<char*> pointers_;
-};
-
-/// All that the program is started with, made before the fork.
-struct Preparation {
-    TextList arguments;
-    TextList environment;
-    char* const* argumentPointers = nullptr;
-    char* const* environmentPointers = nullptr;
-    const char* program = nullptr;
-    const char* folder = nullptr;
-    char* ownNumber = nullptr;  ///< room for it in the environment, zeros
-    UniqueFd null;
-    UniqueFd reports;
-    std::uint64_t descriptorLimit = 0;
-};
 
 bool isName(const std::string& variable) {
     return !variable.empty() && isUsablePath(variable) && variable.find('=') == std::string::npos;
@@ -128,72 +80,6 @@ Result<UniqueFd> moved(UniqueFd descriptor) {
     return higher;
 }
 
-// What follows runs in the copies of the process.
-
-[[noreturn]] void reportAndEnd(int reports, Report::Kind kind, int value) {
-    const Report report{kind, value};
-    const ssize_t written = write(reports, &report, sizeof report);
-    _exit(written == sizeof report ? 0 : 1);
-}
-
-void writeNumber(char* target, unsigned number) {
-    char digits[kNumberRoom];
-    std::size_t count = 0;
-    do {
-        digits[count++] = static_cast<char>('0' + number % 10);
-        number /= 10;
-    } while (number != 0);
-    while (count > 0) *target++ = digits[--count];
-}
-
-/// A handler falls back to the default by itself when the program runs; being ignored does not.
-void resetSignals() {
-    struct sigaction byDefault {};
-    byDefault.sa_handler = SIG_DFL;
-    for (int number = 1; number < NSIG; ++number) sigaction(number, &byDefault, nullptr);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
-/// The report's descriptor is among those closed only when the program runs.
-void keepDescriptorsFromProgram(std::uint64_t limit) {
-    if (close_range(kFirstFreeDescriptor, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
-    for (int each = kFirstFreeDescriptor; static_cast<std::uint64_t>(each) < limit; ++each) {
-        fcntl(each, F_SETFD, FD_CLOEXEC);
-    }
-}
-
-[[noreturn]] void becomeProgram(const Preparation& preparation) {
-    setsid();
-    for (int stream = 0; stream < kFirstFreeDescriptor; ++stream) {
-        if (dup2(preparation.null.get(), stream) < 0) {
-            reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
-        }
-    }
-    keepDescriptorsFromProgram(preparation.descriptorLimit);
-    const bool isThere = preparation.folder[0] != '\0' && chdir(preparation.folder) == 0;
-    if (!isThere && chdir("/") != 0) {
-        reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
-    }
-    if (preparation.ownNumber != nullptr) {
-        writeNumber(preparation.ownNumber, static_cast<unsigned>(getpid()));
-    }
-    resetSignals();
-    execve(preparation.program, preparation.argumentPointers, preparation.environmentPointers);
-    reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
-}
-
-/// Makes the program's process and ends, which makes that one an orphan.
-[[noreturn]] void makeOrphan(const Preparation& preparation) {
-    const pid_t program = _Fork();
-    if (program == 0) becomeProgram(preparation);
-    if (program > 0) reportAndEnd(preparation.reports.get(), Report::Kind::number, program);
-    reportAndEnd(preparation.reports.get(), Report::Kind::failure, errno);
-}
-
-// Back in the caller.
-
 /// The thread sanitizer has locks of its own, which only a fork that it sees leaves usable.
 pid_t copyOfCaller() {
 #ifdef __SANITIZE_THREAD__
@@ -202,22 +88,6 @@ pid_t copyOfCaller() {
     return _Fork();
 #endif
 }
-
-/// Keeps signals away, whose handlers must not run in the copies.
-class WithoutSignals {
-  public:
-    WithoutSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    WithoutSignals(const WithoutSignals&) = delete;
-    WithoutSignals& operator=(const WithoutSignals&) = delete;
-    ~WithoutSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
-  private:
-    sigset_t before_;
-};
 
 OSStatus statusOfStart(int error, const std::string& program) {
     switch (error) {
@@ -296,7 +166,7 @@ Reports awaitReports(int answers, int descriptor, pid_t between) {
 Result<std::uint32_t> run(Preparation preparation, UniqueFd answers, const std::string& program) {
     pid_t child = -1;
     {
-        const WithoutSignals guard;
+        const SignalsBlocked forTheCopies;
         child = systemCall(copyOfCaller);
         if (child == 0) makeOrphan(preparation);
     }

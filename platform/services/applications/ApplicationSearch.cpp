@@ -166,9 +166,9 @@ OSStatus LSFindApplicationForInfo(OSType creator, CFStringRef bundleID, CFString
     if (creator == 0 && bundleID == nullptr && name == nullptr) return paramErr;
     try {
         const osa::ApplicationCriteria criteria{creator, osa::utf8Of(bundleID), osa::utf8Of(name)};
-        // Nothing has an empty name.
+        // Nothing has an empty name, nor the signature that stands for none.
         if ((bundleID != nullptr && criteria.identifier.empty()) ||
-            (name != nullptr && criteria.name.empty()))
+            (name != nullptr && criteria.name.empty()) || creator == osa::kUnknownSignature)
             return kLSApplicationNotFoundErr;
         return osa::findForInfo(criteria, ref, url);
     } catch (const std::bad_alloc&) {
