@@ -158,12 +158,8 @@ TEST_F(Alias, ComparesByTargetsAndElseByNames) {
                          static_cast<SInt32>(spec("again/b").GetNodeID());
     fs::remove(folder_.path("lost-a"));
     fs::remove(folder_.path("lost-c"));
-    struct Row {
-        const char* name;
-        const SAliasHandleBase& one;
-        const SAliasHandleBase& other;
-        bool isEqual, isLess, isGreater;
-    };
+    using Row =
+        std::tuple<const char*, const SAliasHandleBase&, const SAliasHandleBase&, bool, bool, bool>;
     const Row rows[] = {
         {"one target", b, sameB, true, false, false},
         {"one name", b, otherB, false, isFirst, !isFirst},
@@ -171,11 +167,11 @@ TEST_F(Alias, ComparesByTargetsAndElseByNames) {
         {"lost, itself", lostA, lostA, true, false, false},
         {"one lost", b, lostC, false, true, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.one == row.other, row.isEqual);
-        EXPECT_EQ(row.one < row.other, row.isLess);
-        EXPECT_EQ(row.other < row.one, row.isGreater);
+    for (const auto& [name, one, other, isEqual, isLess, isGreater] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(one == other, isEqual);
+        EXPECT_EQ(one < other, isLess);
+        EXPECT_EQ(other < one, isGreater);
     }
 }
 

@@ -96,10 +96,8 @@ std::string codesOf(const CAEDescReader& desc) {
 }
 
 TEST(Getters, BooleansAndCodesAreReadOrCoercedAsTheTableSays) {
-    const struct {
-        CAEDesc stored;
-        const char* expected;  // Boolean, enumeration, type, signature
-    } rows[] = {
+    // expected: Boolean, enumeration, type, signature
+    const std::tuple<CAEDesc, const char*> rows[] = {
         {descOf('true', ""), "yes true E-1700 E-1700"},
         {descOf('fals', ""), "no fals E-1700 E-1700"},
         {descOf('bool', "\x80"), "yes true E-1700 E-1700"},
@@ -112,8 +110,8 @@ TEST(Getters, BooleansAndCodesAreReadOrCoercedAsTheTableSays) {
         {descOf('TEXT', "msng"), "E-1700 msng msng msng missing"},
         {descOf('sign', OSType{'ToyS'}), "E-1700 ToyS ToyS ToyS"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(codesOf(row.stored), row.expected) << code(row.stored.GetType());
+    for (const auto& [stored, expected] : rows) {
+        EXPECT_EQ(codesOf(stored), expected) << code(stored.GetType());
     }
 }
 
@@ -319,23 +317,18 @@ TEST(Copiers, TakeTheUsualAttributesAndEveryField) {
 }
 
 TEST(Classification, AFileSpecifierNamesAFileAlone) {
-    const struct {
-        DescType wanted;
-        DescType form;
-        DescType keyType;
-        bool isContained;
-        bool isFile;
-    } rows[] = {{'file', 'name', 'TEXT', false, true},  {'alis', 'name', 'furl', false, true},
-                {'cwin', 'name', 'TEXT', false, false}, {'file', 'indx', 'TEXT', false, false},
-                {'file', 'name', 'long', false, false}, {'file', 'name', 'utxt', true, false}};
-    for (const auto& row : rows) {
-        CAEDesc container = row.isContained ? descOf('TEXT', "disk") : CAEDesc();
-        CAEDesc key = descOf(row.keyType, "abcd");
+    const std::tuple<DescType, DescType, DescType, bool, bool> rows[] = {
+        {'file', 'name', 'TEXT', false, true},  {'alis', 'name', 'furl', false, true},
+        {'cwin', 'name', 'TEXT', false, false}, {'file', 'indx', 'TEXT', false, false},
+        {'file', 'name', 'long', false, false}, {'file', 'name', 'utxt', true, false}};
+    for (const auto& [wanted, form, keyType, isContained, isFile] : rows) {
+        CAEDesc container = isContained ? descOf('TEXT', "disk") : CAEDesc();
+        CAEDesc key = descOf(keyType, "abcd");
         AEDesc made;
-        ASSERT_EQ(CreateObjSpecifier(row.wanted, const_cast<AEDesc*>(&container.GetDesc()),
-                                     row.form, const_cast<AEDesc*>(&key.GetDesc()), false, &made),
+        ASSERT_EQ(CreateObjSpecifier(wanted, const_cast<AEDesc*>(&container.GetDesc()), form,
+                                     const_cast<AEDesc*>(&key.GetDesc()), false, &made),
                   noErr);
-        EXPECT_EQ(CAEDescReader(made).IsFile(), row.isFile) << code(row.wanted) << code(row.form);
+        EXPECT_EQ(CAEDescReader(made).IsFile(), isFile) << code(wanted) << code(form);
         AEDisposeDesc(&made);
     }
     EXPECT_EQ(thrown([] { descOf('obj ', "no record").IsFile(); }), errAECoercionFail);

@@ -161,18 +161,16 @@ TEST(CAEDesc, AFileComesInTheFormThatIsAskedFor) {
     const std::string path = folder.write("Docs/a:b 50%.txt", "");
     const FSRef file = referenceTo(path);
     const FSRef docs = referenceTo(folder.path("Docs"));
-    const struct {
-        DescType asked;
-        DescType given;
-    } rows[] = {{'fsrf', 'fsrf'}, {'fss ', 'fss '}, {'alis', 'alis'}, {'TEXT', 'utxt'},
-                {'ctxt', 'utxt'}, {'utxt', 'utxt'}, {'utf8', 'utf8'}, {'itxt', 'itxt'},
-                {'STXT', 'STXT'}, {'furl', 'furl'}, {'abcd', 'furl'}};
+    const std::tuple<DescType, DescType> rows[] = {
+        {'fsrf', 'fsrf'}, {'fss ', 'fss '}, {'alis', 'alis'}, {'TEXT', 'utxt'},
+        {'ctxt', 'utxt'}, {'utxt', 'utxt'}, {'utf8', 'utf8'}, {'itxt', 'itxt'},
+        {'STXT', 'STXT'}, {'furl', 'furl'}, {'abcd', 'furl'}};
     CAEDesc desc;
-    for (const auto& row : rows) {
-        desc.SetFileSpec(&file, row.asked);
-        EXPECT_EQ(desc.GetType(), row.given) << row.asked;
+    for (const auto& [asked, given] : rows) {
+        desc.SetFileSpec(&file, asked);
+        EXPECT_EQ(desc.GetType(), given) << asked;
         FSRef back{};
-        if (row.given == 'furl' || !desc.IsText()) {
+        if (given == 'furl' || !desc.IsText()) {
             desc.GetFileSpec(&back);
         } else {
             std::string text;
@@ -180,7 +178,7 @@ TEST(CAEDesc, AFileComesInTheFormThatIsAskedFor) {
             EXPECT_TRUE(text.ends_with(":Docs:a/b 50%.txt")) << text;
             desc.GetFileSpec(&back);
         }
-        EXPECT_EQ(FSCompareFSRefs(&file, &back), noErr) << row.asked;
+        EXPECT_EQ(FSCompareFSRefs(&file, &back), noErr) << asked;
     }
     std::string text;
     desc.SetFileSpec(&docs, 'TEXT');

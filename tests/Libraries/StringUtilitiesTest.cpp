@@ -130,11 +130,7 @@ int sign(SInt32 order) {
 }
 
 TEST(FinderOrder, numbersCaseWidthAndForms) {
-    const struct {
-        const char* first;
-        const char* second;
-        int order;
-    } rows[] = {
+    const std::tuple<const char*, const char*, int> rows[] = {
         {"Item 9", "item 10", -1},
         {"file2", "file10", -1},
         {"file02", "file2", 0},
@@ -148,11 +144,11 @@ TEST(FinderOrder, numbersCaseWidthAndForms) {
         {"", "", 0},
         {"\u0627\u0661\u0660", "\u0627\u0669", 1},
     };
-    for (const auto& row : rows) {
-        const TCLString first = utf16(row.first);
-        const TCLString second = utf16(row.second);
-        EXPECT_EQ(sign(CompareLikeTheFinder(first, second)), row.order) << row.first << row.second;
-        EXPECT_EQ(sign(CompareLikeTheFinder(second, first)), -row.order) << row.first;
+    for (const auto& [one, other, order] : rows) {
+        const TCLString first = utf16(one);
+        const TCLString second = utf16(other);
+        EXPECT_EQ(sign(CompareLikeTheFinder(first, second)), order) << one << other;
+        EXPECT_EQ(sign(CompareLikeTheFinder(second, first)), -order) << one;
     }
     EXPECT_EQ(CompareLikeTheFinder(CFStringRef(nullptr), CFSTR("")), 0);
     EXPECT_LT(CompareLikeTheFinder(CFSTR("A2"), CFSTR("a11")), 0);

@@ -75,18 +75,13 @@ TEST_F(AliasRecords, LeadBackThroughEveryName) {
 }
 
 TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
-    struct Row {
-        const char* what;
-        std::function<void()> happens;
-        std::string found;
-    };
     const auto move = [this](const char* from, const char* to) { fs::rename(at(from), at(to)); };
     const auto lose = [this] {
         // Dates tell objects apart that were made in different ticks of the kernel's clock.
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         fs::remove(at("a/b/file"));
     };
-    const Row rows[] = {
+    const std::tuple<const char*, std::function<void()>, std::string> rows[] = {
         {"nothing", [] {}, "a/b/file"},
         {"replaced", [&] { put("a/b/new"), move("a/b/new", "a/b/file"); }, "a/b/file!"},
         {"renamed", [&] { move("a/b/file", "a/b/other"); }, "a/b/other!"},
@@ -110,13 +105,13 @@ TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
          [&] { move("a/b", "b2"), info(ref("b2"), kFSCatInfoVolume | kFSCatInfoNodeID); },
          "b2/file!"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [what, happens, found] : rows) {
+        SCOPED_TRACE(what);
         for (const auto& entry : fs::directory_iterator(root_)) fs::remove_all(entry);
         put("a/b/file");
         const AliasHandle alias = aliasOf("a/b/file");
-        row.happens();
-        EXPECT_EQ(resolved(alias), row.found);
+        happens();
+        EXPECT_EQ(resolved(alias), found);
     }
 }
 

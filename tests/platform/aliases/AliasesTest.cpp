@@ -141,14 +141,7 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     std::filesystem::create_symlink("nowhere", at("deadLink"));
     std::filesystem::create_symlink("selfLink", at("selfLink"));
     std::filesystem::create_symlink("alias", at("linkToAlias"));
-    struct Row {
-        const char* object;
-        OSErr status;
-        const char* target;
-        bool wasAlias;
-        bool isFolder;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, OSErr, const char*, bool, bool> rows[] = {
         {"file", noErr, "file", false, false},
         {"folder", noErr, "folder", false, true},
         {"unflagged", noErr, "unflagged", false, false},
@@ -171,18 +164,18 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         {"deadLink", fnfErr, "deadLink", false, false},
         {"selfLink", fnfErr, "selfLink", false, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.object);
-        FSRef object = child(row.object);
-        const FSRef wanted = child(row.target);
+    for (const auto& [name, status, target, wantedWasAlias, wantedIsFolder] : rows) {
+        SCOPED_TRACE(name);
+        FSRef object = child(name);
+        const FSRef wanted = child(target);
         Boolean isFolder = 9;
         Boolean wasAlias = 9;
         EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias,
                                                    kResolveAliasFileNoUI),
-                  row.status);
+                  status);
         EXPECT_EQ(FSCompareFSRefs(&object, &wanted), noErr);
-        EXPECT_EQ(wasAlias, row.wasAlias);
-        EXPECT_EQ(isFolder, row.isFolder);
+        EXPECT_EQ(wasAlias, wantedWasAlias);
+        EXPECT_EQ(isFolder, wantedIsFolder);
     }
     FSRef chain = child("chain");
     const FSRef alias = child("alias");

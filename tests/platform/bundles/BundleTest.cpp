@@ -37,12 +37,7 @@ std::string text(CFStringRef owned) {
 }
 
 TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
-    struct Row {
-        const char* file;
-        const char* bundle;
-        const char* resources;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"a/Contents/x", "a", "a/Contents/Resources"},
         {"a/Support Files/x", "a", "a/Support Files/Resources"},
         {"a/Info.plist", "a", "a"},
@@ -55,16 +50,15 @@ TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
         {"a.app", "a.app", nullptr},
         {"x", "missing.app", nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.file);
+    for (const auto& [file, wantedBundle, resources] : rows) {
+        SCOPED_TRACE(file);
         const TemporaryFolder folder;
-        folder.write(row.file, "");
-        const auto bundle = bundleAt(folder.path(row.bundle));
-        ASSERT_EQ(static_cast<bool>(bundle), row.resources != nullptr);
+        folder.write(file, "");
+        const auto bundle = bundleAt(folder.path(wantedBundle));
+        ASSERT_EQ(static_cast<bool>(bundle), resources != nullptr);
         if (!bundle) continue;
-        EXPECT_EQ(pathOf(CFBundleCopyResourcesDirectoryURL(bundle.get())),
-                  folder.path(row.resources));
-        EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(row.bundle));
+        EXPECT_EQ(pathOf(CFBundleCopyResourcesDirectoryURL(bundle.get())), folder.path(resources));
+        EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(wantedBundle));
     }
 }
 
@@ -93,33 +87,26 @@ TEST(Bundle, IsFoundAroundItsProgramsAlone) {
 }
 
 TEST(Bundle, TakesPackageInformationFromTheFirstPlaceThatHasIt) {
-    struct Row {
-        const char* name;
-        const char* packageInfo;
-        const char* information;
-        UInt32 type;
-        UInt32 creator;
-    };
     const char* const plist =
         "{ CFBundlePackageType = \"osas\"; CFBundleSignature = \"T\\U00f6yS\"; }";
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, const char*, UInt32, UInt32> rows[] = {
         {"a.app", "APPLaplt and more", plist, 'APPL', 'aplt'},
         {"a.app", "APPLapl", plist, 'osas', 0x549A7953},
         {"a.app", nullptr, "{ CFBundlePackageType = toolong; }", 'APPL', 0x3F3F3F3F},
         {"a.framework", nullptr, nullptr, 'FMWK', 0x3F3F3F3F},
         {"a.scptd", nullptr, "( not, a, dictionary )", 'BNDL', 0x3F3F3F3F},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, packageInfo, information, wantedType, wantedCreator] : rows) {
         const TemporaryFolder folder;
-        const std::string contents = std::string(row.name) + "/Contents/";
+        const std::string contents = std::string(name) + "/Contents/";
         folder.write(contents + "x", "");
-        if (row.packageInfo != nullptr) folder.write(contents + "PkgInfo", row.packageInfo);
-        if (row.information != nullptr) folder.write(contents + "Info.plist", row.information);
+        if (packageInfo != nullptr) folder.write(contents + "PkgInfo", packageInfo);
+        if (information != nullptr) folder.write(contents + "Info.plist", information);
         UInt32 type = 0;
         UInt32 creator = 0;
-        CFBundleGetPackageInfo(bundleAt(folder.path(row.name)).get(), &type, &creator);
-        EXPECT_EQ(type, row.type) << row.name;
-        EXPECT_EQ(creator, row.creator) << row.name;
+        CFBundleGetPackageInfo(bundleAt(folder.path(name)).get(), &type, &creator);
+        EXPECT_EQ(type, wantedType) << name;
+        EXPECT_EQ(creator, wantedCreator) << name;
     }
 }
 

@@ -146,14 +146,8 @@ struct BinaryBuilder {
     }
 };
 
-struct BinaryRow {
-    const char* name;
-    BinaryBuilder list;
-    const char* description;
-};
-
 TEST_F(CFPropertyListTest, ReadsBinary) {
-    const BinaryRow rows[] = {
+    const std::tuple<const char*, BinaryBuilder, const char*> rows[] = {
         {"dictionary",
          {{"\xD2\1\2\3\4", "Qa", "Qb", "\x10\xFF", "\xA1\1"}},
          "{a = 255; b = (a); }"},
@@ -190,11 +184,11 @@ TEST_F(CFPropertyListTest, ReadsBinary) {
         {"no offset size", {{"Qa"}, 0, 0, 0}, "(null)"},
         {"no reference size", {{"\xA1\1", "Qa"}, 0, 0, 1, 0}, "(null)"},
     };
-    for (const BinaryRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string bytes = row.list.build();
+    for (const auto& [name, list, wantedDescription] : rows) {
+        SCOPED_TRACE(name);
+        const std::string bytes = list.build();
         CFPropertyListFormat format = 0;
-        EXPECT_EQ(description(read(bytes, &format).get()), row.description);
+        EXPECT_EQ(description(read(bytes, &format).get()), wantedDescription);
         for (std::size_t cut = 0; cut < bytes.size(); ++cut) read(bytes.substr(0, cut));
     }
     EXPECT_FALSE(read("bplist15" + BinaryBuilder{{"Qa"}}.build().substr(8))) << "another form";

@@ -18,15 +18,9 @@ StringRef fromBytes(std::string_view bytes, CFStringEncoding encoding, bool exte
                                 static_cast<CFIndex>(bytes.size()), encoding, external));
 }
 
-struct BytesRow {
-    const char* name;
-    CFStringEncoding encoding;
-    std::string_view bytes;
-    const char* text;  ///< UTF-8, or "(null)"
-    bool keptAsBytes;
-};
-
-const BytesRow kBytesRows[] = {
+// text: UTF-8, or "(null)"
+using Row = std::tuple<const char*, CFStringEncoding, std::string_view, const char*, bool>;
+const Row kBytesRows[] = {
     {"Mac Roman takes every byte", kCFStringEncodingMacRoman, "caf\x8E\xDB", "caf\u00E9\u20AC",
      true},
     {"a mark in Mac Roman is text", kCFStringEncodingMacRoman, "\xFE\xFF", "\u02DB\u02C7", true},
@@ -51,12 +45,12 @@ const BytesRow kBytesRows[] = {
 };
 
 TEST_F(CFStringTest, DecodesExternalBytes) {
-    for (const BytesRow& row : kBytesRows) {
-        SCOPED_TRACE(row.name);
-        const StringRef string = fromBytes(row.bytes, row.encoding);
-        EXPECT_EQ(text(string), row.text);
+    for (const auto& [name, encoding, bytes, wantedText, wantedKeptAsBytes] : kBytesRows) {
+        SCOPED_TRACE(name);
+        const StringRef string = fromBytes(bytes, encoding);
+        EXPECT_EQ(text(string), wantedText);
         const bool keptAsBytes = string && CFStringGetCharactersPtr(string.get()) == nullptr;
-        EXPECT_EQ(keptAsBytes, row.keptAsBytes);
+        EXPECT_EQ(keptAsBytes, wantedKeptAsBytes);
     }
     EXPECT_EQ(CFStringGetLength(fromBytes("\xEF\xBB\xBF", kCFStringEncodingUTF8, false).get()), 1)
         << "a mark inside the program is text";
@@ -81,18 +75,11 @@ TEST_F(CFStringTest, StorageDoesNotShow) {
     EXPECT_EQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingUTF8), nullptr);
 }
 
-struct GetBytesRow {
-    const char* name;
-    CFStringEncoding encoding;
-    UInt8 lossByte;
-    CFIndex room;
-    CFIndex converted;
-    std::string_view bytes;
-};
-
 TEST_F(CFStringTest, GetBytesStopsAtWholeCharacters) {
     const StringRef string = makeString("a\u00E9\U0001F600z");
-    const GetBytesRow rows[] = {
+    using Row =
+        std::tuple<const char*, CFStringEncoding, UInt8, CFIndex, CFIndex, std::string_view>;
+    const Row rows[] = {
         {"all of it", kCFStringEncodingUTF8, 0, 8, 5, "a\xC3\xA9\xF0\x9F\x98\x80z"},
         {"room ends in a character", kCFStringEncodingUTF8, 0, 6, 2, "a\xC3\xA9"},
         {"room ends between two surrogates", kCFStringEncodingUTF16BE, 0, 6, 2, "\0a\0\xE9"sv},
@@ -100,15 +87,15 @@ TEST_F(CFStringTest, GetBytesStopsAtWholeCharacters) {
         {"converts nothing at all", kCFStringEncodingASCII, 0, 0, 0, ""},
         {"loss byte", kCFStringEncodingASCII, '?', 20, 5, "a??z"},
     };
-    for (const GetBytesRow& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, encoding, lossByte, room, converted, bytes] : rows) {
+        SCOPED_TRACE(name);
         UInt8 buffer[20];
         CFIndex used = -1;
-        EXPECT_EQ(CFStringGetBytes(string.get(), CFRangeMake(0, 5), row.encoding, row.lossByte,
-                                   false, buffer, row.room, &used),
-                  row.converted);
+        EXPECT_EQ(CFStringGetBytes(string.get(), CFRangeMake(0, 5), encoding, lossByte, false,
+                                   buffer, room, &used),
+                  converted);
         EXPECT_EQ(std::string_view(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(used)),
-                  row.bytes);
+                  bytes);
     }
     UInt8 marked[4];
     CFIndex used = 0;
@@ -179,15 +166,8 @@ TEST_F(CFStringTest, MutableStringsAreIndependentCopies) {
     EXPECT_EQ(text(original), "middle") << "immutable strings stay so";
 }
 
-struct CompareRow {
-    const char* first;
-    const char* second;
-    CFStringCompareFlags options;
-    int order;
-};
-
 TEST_F(CFStringTest, ComparesAndFinds) {
-    const CompareRow rows[] = {
+    const std::tuple<const char*, const char*, CFStringCompareFlags, int> rows[] = {
         {"a", "b", 0, -1},
         {"a", "a\u00E9", 0, -1},
         {"B", "a", 0, -1},
@@ -197,12 +177,12 @@ TEST_F(CFStringTest, ComparesAndFinds) {
         {"f10", "f9", kCFCompareNumerically, 1},
         {"f007", "f7", kCFCompareNumerically, 0},
     };
-    for (const CompareRow& row : rows) {
-        SCOPED_TRACE(std::string(row.first) + " and " + row.second);
-        const StringRef first = makeString(row.first);
-        const StringRef second = makeString(row.second);
-        EXPECT_EQ(CFStringCompare(first.get(), second.get(), row.options), row.order);
-        EXPECT_EQ(CFStringCompare(second.get(), first.get(), row.options), -row.order);
+    for (const auto& [one, other, options, order] : rows) {
+        SCOPED_TRACE(std::string(one) + " and " + other);
+        const StringRef first = makeString(one);
+        const StringRef second = makeString(other);
+        EXPECT_EQ(CFStringCompare(first.get(), second.get(), options), order);
+        EXPECT_EQ(CFStringCompare(second.get(), first.get(), options), -order);
     }
     const CFStringRef text = CFSTR("banana");
     EXPECT_EQ(CFStringFind(text, CFSTR("an"), 0).location, 1);

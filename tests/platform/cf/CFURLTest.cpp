@@ -55,13 +55,8 @@ TEST_F(CFURLTest, BytesAreEscapedInsteadOfRefused) {
     EXPECT_EQ(CFURLCreateWithBytes(nullptr, path, 2, kCFStringEncodingUTF16, nullptr), nullptr);
 }
 
-struct ResolveRow {
-    const char* reference;
-    const char* result;
-};
-
 TEST_F(CFURLTest, ResolvesReferences) {
-    const ResolveRow rows[] = {
+    const std::tuple<const char*, const char*> rows[] = {
         {"g", "http://a/b/c/g"},
         {"./g/", "http://a/b/c/g/"},
         {"/g", "http://a/g"},
@@ -78,9 +73,9 @@ TEST_F(CFURLTest, ResolvesReferences) {
         {"g;x=1/../y", "http://a/b/c/y"},
     };
     const URLRef base = makeURL("http://a/b/c/d;p?q");
-    for (const ResolveRow& row : rows) {
-        SCOPED_TRACE(row.reference);
-        EXPECT_EQ(absolute(makeURL(row.reference, base.get())), row.result);
+    for (const auto& [reference, result] : rows) {
+        SCOPED_TRACE(reference);
+        EXPECT_EQ(absolute(makeURL(reference, base.get())), result);
     }
     EXPECT_EQ(absolute(makeURL("x", makeURL("y/z", base.get()).get())), "http://a/b/c/y/x");
 }

@@ -127,11 +127,7 @@ TEST(Containers, AnswerWhatIsWrong) {
     SInt32 count;
     Desc out;
     char byte;
-    const struct {
-        const char* what;
-        OSErr status;
-        OSErr expected;
-    } cases[] = {
+    const std::tuple<const char*, OSErr, OSErr> cases[] = {
         {"count of a number", AECountItems(number, &count), errAEWrongDataType},
         {"index in a record put", AEPutDesc(record, 0, number), errAEWrongDataType},
         {"keyword in a list put", AEPutKeyDesc(list, 'key ', number), errAEWrongDataType},
@@ -144,7 +140,7 @@ TEST(Containers, AnswerWhatIsWrong) {
         {"negative size", AEGetNthPtr(record, 1, '****', 0, 0, &byte, -1, 0), paramErr},
         {"attribute of a record", AESizeOfAttribute(record, 'a   ', 0, 0), errAENotAppleEvent},
     };
-    for (const auto& each : cases) EXPECT_EQ(each.status, each.expected) << each.what;
+    for (const auto& [what, status, expected] : cases) EXPECT_EQ(status, expected) << what;
     OSAFailOperation(1, true);
     EXPECT_EQ(AEPutDesc(list, 0, record), memFullErr);
     EXPECT_EQ(AECreateList(nullptr, 0, false, out), memFullErr);

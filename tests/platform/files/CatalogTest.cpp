@@ -67,12 +67,7 @@ TEST_F(Catalog, FindsChildrenByExactNameOnly) {
     put("\xF0\x9F\x90\xA7");
     put(longName);
     std::filesystem::create_directory_symlink("plain", at("link"));
-    struct Row {
-        const char* name;
-        std::u16string given;
-        OSStatus status;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::u16string, OSStatus> rows[] = {
         {"plain", u"plain", noErr},
         {"zeros behind the name", std::u16string(u"plain\0\0\0", 8), noErr},
         {"a zero inside the name", std::u16string(u"pl\0in", 5), bdNamErr},
@@ -89,16 +84,16 @@ TEST_F(Catalog, FindsChildrenByExactNameOnly) {
         {"a link, not followed", u"link", noErr},
     };
     const FSRef folder = ref("");
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [wantedName, given, status] : rows) {
+        SCOPED_TRACE(wantedName);
         FSRef made{};
-        EXPECT_EQ(child(folder, row.given, &made), row.status);
-        if (row.status != noErr) continue;
+        EXPECT_EQ(child(folder, given, &made), status);
+        if (status != noErr) continue;
         HFSUniStr255 name;
         FSRef parent;
         ASSERT_EQ(FSGetCatalogInfo(&made, 0, nullptr, &name, nullptr, &parent), noErr);
         EXPECT_EQ(std::u16string(name.unicode, name.unicode + name.length),
-                  row.given.substr(0, row.given.find(u'\0')));
+                  given.substr(0, given.find(u'\0')));
         EXPECT_EQ(FSCompareFSRefs(&parent, &folder), noErr);
         EXPECT_EQ(FSCompareFSRefs(&made, &folder), errFSRefsDifferent);
     }
@@ -199,14 +194,9 @@ TEST_F(Catalog, AgreesWithTheSystemAboutEveryField) {
 TEST_F(Catalog, GoesFromUrlsToReferencesAndBack) {
     put("folder/with space");
     std::filesystem::create_symlink("folder/with space", at("link"));
-    struct Row {
-        const char* name;
-        std::string url;
-        const char* found;  // null: nothing
-        const char* back;
-    };
+    // found: null: nothing
     const std::string base = "file://" + root_;
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
         {"a file", base + "/folder/with%20space", "folder/with space", "/folder/with%20space"},
         {"a folder", base + "/folder", "folder", "/folder/"},
         {"a folder with a slash", base + "/folder/", "folder", "/folder/"},
@@ -215,21 +205,21 @@ TEST_F(Catalog, GoesFromUrlsToReferencesAndBack) {
         {"nothing there", base + "/none", nullptr, nullptr},
         {"another scheme", "http://localhost" + root_ + "/folder", nullptr, nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, given, found, wantedBack] : rows) {
+        SCOPED_TRACE(name);
         const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateWithBytes(
-            nullptr, reinterpret_cast<const UInt8*>(row.url.data()),
-            static_cast<CFIndex>(row.url.size()), kCFStringEncodingUTF8, nullptr));
+            nullptr, reinterpret_cast<const UInt8*>(given.data()),
+            static_cast<CFIndex>(given.size()), kCFStringEncodingUTF8, nullptr));
         FSRef object{};
-        ASSERT_EQ(CFURLGetFSRef(url.get(), &object), row.found != nullptr ? 1 : 0);
+        ASSERT_EQ(CFURLGetFSRef(url.get(), &object), found != nullptr ? 1 : 0);
         const auto back = CFRef<CFURLRef>::Adopt(CFURLCreateFromFSRef(nullptr, &object));
-        ASSERT_EQ(static_cast<bool>(back), row.found != nullptr);
-        if (row.found == nullptr) continue;
-        EXPECT_EQ(pathOf(object), at(row.found));
+        ASSERT_EQ(static_cast<bool>(back), found != nullptr);
+        if (found == nullptr) continue;
+        EXPECT_EQ(pathOf(object), at(found));
         char text[1024];
         ASSERT_TRUE(CFStringGetCString(CFURLGetString(back.get()), text, sizeof text,
                                        kCFStringEncodingUTF8));
-        EXPECT_EQ(text, base + row.back);
+        EXPECT_EQ(text, base + wantedBack);
     }
     EXPECT_FALSE(CFURLGetFSRef(nullptr, nullptr));
 }
@@ -310,11 +300,7 @@ TEST_F(Catalog, NamesObjectsTheOldWay) {
 
 TEST_F(Catalog, FindsSpecialFoldersBelowTheHostsRoot) {
     OSASetHostFolderRoot(root_.c_str());
-    struct Row {
-        OSType type;
-        const char* path;
-    };
-    const Row rows[] = {
+    const std::tuple<OSType, const char*> rows[] = {
         {kCurrentUserFolderType, ""},
         {kTemporaryFolderType, "/tmp"},
         {kUserSpecificTmpFolderType, "/tmp"},
@@ -324,14 +310,14 @@ TEST_F(Catalog, FindsSpecialFoldersBelowTheHostsRoot) {
         {kTrashFolderType, "/.local/share/Trash/files"},
     };
     const FSVolumeRefNum volume = info(ref(""), kFSCatInfoVolume).volume;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
+    for (const auto& [type, path] : rows) {
+        SCOPED_TRACE(path);
         FSRef found;
-        if (row.type == kTrashFolderType) {
-            EXPECT_EQ(FSFindFolder(volume, row.type, kDontCreateFolder, &found), fnfErr);
+        if (type == kTrashFolderType) {
+            EXPECT_EQ(FSFindFolder(volume, type, kDontCreateFolder, &found), fnfErr);
         }
-        ASSERT_EQ(FSFindFolder(volume, row.type, kCreateFolder, &found), noErr);
-        EXPECT_EQ(pathOf(found), root_ + row.path);
+        ASSERT_EQ(FSFindFolder(volume, type, kCreateFolder, &found), noErr);
+        EXPECT_EQ(pathOf(found), root_ + path);
     }
     std::filesystem::create_directory(at("Library"));
     FSRef found;

@@ -105,11 +105,7 @@ TEST_F(FinderInfoWriter, ChangesNothingButTheGivenHalfWhereItLies) {
 
 TEST_F(FinderInfoWriter, MakesRoomWhereThereIsNone) {
     const std::string none = AppleDoubleBuilder{.entries = {{2, "fork"}, {77, "?"}}}.build();
-    struct Row {
-        const char* name;
-        std::string before, fork, other;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
         {"no side file", "none", "", ""},
         {"an empty one", "", "", ""},
         {"blank information", appleDouble(kBlank, "fork"), "fork", ""},
@@ -121,17 +117,17 @@ TEST_F(FinderInfoWriter, MakesRoomWhereThereIsNone) {
         {"an entry far past the end", std::string(none).replace(30, 1, "\xFF"), "", "?"},
     };
     put("x");
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, before, fork, other] : rows) {
+        SCOPED_TRACE(name);
         std::filesystem::remove(at("._x"));
-        if (row.before != "none") put("._x", row.before);
+        if (before != "none") put("._x", before);
         EXPECT_EQ(set(ref("x"), kBoth), noErr);
         const auto file = AppleDouble::parse(*posix::openSource(at("._x")));
         ASSERT_TRUE(file.ok());
         EXPECT_EQ(textOf(*file->content(9)), kNewBytes);
-        EXPECT_EQ(textOf(*file->content(2)), row.fork);
-        EXPECT_EQ(textOf(*file->content(77)), row.other);
-        if (!row.before.starts_with('\0')) {
+        EXPECT_EQ(textOf(*file->content(2)), fork);
+        EXPECT_EQ(textOf(*file->content(77)), other);
+        if (!before.starts_with('\0')) {
             EXPECT_EQ(content("._x").substr(8, 30),
                       std::string("Mac OS X        \0\1\0\0\0\x9\0\0\0\x26\0\0\0\x20", 30));
         }

@@ -19,14 +19,7 @@ TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
     const FSRef folder = ref("d");
     const FSRef gone = ref("d/in");
     std::filesystem::remove(at("d/in"));
-    struct Row {
-        const char* name;
-        FSRef object;
-        std::u16string fork;
-        SInt8 permissions;
-        OSErr status;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, FSRef, std::u16string, SInt8, OSErr> rows[] = {
         {"a fork of another name", x, u"DATA", 1, errFSBadForkName},
         {"a folder", folder, u"", 1, notAFileErr},
         {"a missing file", gone, u"", 1, fnfErr},
@@ -35,10 +28,10 @@ TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
         {"an unknown permission", x, u"", 9, paramErr},
         {"a zeroed reference", FSRef{}, u"", 1, errFSBadFSRef},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, object, fork, permissions, status] : rows) {
+        SCOPED_TRACE(name);
         SInt16 number = 7;
-        EXPECT_EQ(open(row.object, row.fork, row.permissions, number), row.status);
+        EXPECT_EQ(open(object, fork, permissions, number), status);
         EXPECT_EQ(number, 0);
     }
     EXPECT_EQ(OSAOpenFileCount(), 0);
@@ -49,14 +42,7 @@ TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
     SInt16 number = 0;
     ASSERT_EQ(open(ref("x"), u"", fsCurPerm, number), noErr);
     ASSERT_GT(number, 0);
-    struct Row {
-        const char* name;
-        SInt16 mode;
-        SInt32 offset;
-        OSErr status;
-        SInt32 mark;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, SInt16, SInt32, OSErr, SInt32> rows[] = {
         {"from the start", fsFromStart, 4, noErr, 4},
         {"where it is", fsAtMark, 99, noErr, 4},
         {"on from the mark", fsFromMark, 3, noErr, 7},
@@ -68,12 +54,12 @@ TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
         {"far before the start", fsFromMark, INT32_MIN, posErr, 10},
         {"no such mode", 4, 0, errFSBadPosMode, 10},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, mode, offset, status, wantedMark] : rows) {
+        SCOPED_TRACE(name);
         SInt32 mark = -1;
-        EXPECT_EQ(SetFPos(number, row.mode, row.offset), row.status);
+        EXPECT_EQ(SetFPos(number, mode, offset), status);
         EXPECT_EQ(GetFPos(number, &mark), noErr);
-        EXPECT_EQ(mark, row.mark);
+        EXPECT_EQ(mark, wantedMark);
     }
     char buffer[16] = {};
     SInt32 count = 4;

@@ -65,16 +65,8 @@ TEST(ForkContainer, TellsWhatAFileIs) {
                                     .magic = 0x00051600};
     std::string crossed = resourceFork();
     crossed[6] = 0;  // the map would begin inside the header
-    struct Row {
-        const char* name;
-        std::string content;
-        Kind kind;
-        int generation;
-        std::string data;
-        std::string fork;
-    };
     const std::string plain(200, 'p');
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, Kind, int, std::string, std::string> rows[] = {
         {"nothing", "", Kind::plain, 0, "", ""},
         {"other bytes", plain, Kind::plain, 0, plain, ""},
         {"zeros", std::string(4096, '\0'), Kind::plain, 0, std::string(4096, '\0'), ""},
@@ -92,19 +84,19 @@ TEST(ForkContainer, TellsWhatAFileIs) {
         {"a bare resource fork", resourceFork(), Kind::resourceFork, 0, "", resourceFork()},
         {"a resource map inside the header", crossed, Kind::plain, 0, crossed, ""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto found = openForkContainer(source(row.content));
+    for (const auto& [name, content, kind, generation, data, fork] : rows) {
+        SCOPED_TRACE(name);
+        const auto found = openForkContainer(source(content));
         ASSERT_TRUE(found.ok());
-        EXPECT_EQ(found->kind, row.kind);
-        EXPECT_EQ(found->generation, row.generation);
-        EXPECT_EQ(text(*found->dataFork), row.data);
-        EXPECT_EQ(text(*found->resourceFork), row.fork);
-        if (row.kind == Kind::plain || row.kind == Kind::resourceFork) continue;
+        EXPECT_EQ(found->kind, kind);
+        EXPECT_EQ(found->generation, generation);
+        EXPECT_EQ(text(*found->dataFork), data);
+        EXPECT_EQ(text(*found->resourceFork), fork);
+        if (kind == Kind::plain || kind == Kind::resourceFork) continue;
         const FinderInfo read = basicFinderInfo(found->finderInfo, false);
         EXPECT_EQ(+read.fdType, FourCC("TEXT"));
-        EXPECT_EQ(read.fdFlags, row.generation == 0 ? 0 : row.generation == 1 ? 0x100 : 0x140);
-        EXPECT_EQ(found->name, row.kind == Kind::appleDouble ? "" : "Hi.txt");
+        EXPECT_EQ(read.fdFlags, generation == 0 ? 0 : generation == 1 ? 0x100 : 0x140);
+        EXPECT_EQ(found->name, kind == Kind::appleDouble ? "" : "Hi.txt");
     }
 }
 
@@ -147,12 +139,7 @@ TEST(AppleDouble, CountsDatesFromBothEpochs) {
     modern.u32(0).u32(0x80000000).u32(0xFFFFFFFF).u32(1);
     ByteWriter old;
     old.u32(2082844800).u32(0).u32(1).u32(0);
-    struct Row {
-        const char* name;
-        AppleDoubleBuilder file;
-        AppleDouble::Dates dates;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, AppleDoubleBuilder, AppleDouble::Dates> rows[] = {
         {"version 2", {.entries = {{8, modern.takeText()}}}, {946684800, {}, 946684799, 946684801}},
         {"version 1",
          {.entries = {{7, old.takeText()}}, .version = 0x10000},
@@ -160,16 +147,16 @@ TEST(AppleDouble, CountsDatesFromBothEpochs) {
         {"cut short", {.entries = {{8, std::string(6, '\0')}}}, {946684800, {}, {}, {}}},
         {"none", {.entries = {{2, "fork"}}}, {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto parsed = AppleDouble::parse(source(row.file.build()));
+    for (const auto& [name, file, wantedDates] : rows) {
+        SCOPED_TRACE(name);
+        const auto parsed = AppleDouble::parse(source(file.build()));
         ASSERT_TRUE(parsed.ok());
         const auto dates = parsed->dates();
         ASSERT_TRUE(dates.ok());
-        EXPECT_EQ(dates->created, row.dates.created);
-        EXPECT_EQ(dates->modified, row.dates.modified);
-        EXPECT_EQ(dates->backedUp, row.dates.backedUp);
-        EXPECT_EQ(dates->accessed, row.dates.accessed);
+        EXPECT_EQ(dates->created, wantedDates.created);
+        EXPECT_EQ(dates->modified, wantedDates.modified);
+        EXPECT_EQ(dates->backedUp, wantedDates.backedUp);
+        EXPECT_EQ(dates->accessed, wantedDates.accessed);
     }
 }
 

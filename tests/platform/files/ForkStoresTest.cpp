@@ -33,11 +33,8 @@ std::string afpInfo(bool isLittleEndian) {
 
 TEST_F(ForkStores, FindPartsInEveryPlace) {
     const std::string both = appleDouble(kInfo, kFork);
-    struct Row {
-        const char* name;
-        std::vector<std::pair<std::string, std::string>> files;
-        std::vector<std::pair<std::string, std::string>> attributes;
-    };
+    using Row = std::tuple<const char*, std::vector<std::pair<std::string, std::string>>,
+                           std::vector<std::pair<std::string, std::string>>>;
     const Row rows[] = {
         {"a side file", {{"d/._x", both}}, {}},
         {"a server's folder", {{"d/.AppleDouble/x", both}}, {}},
@@ -72,12 +69,12 @@ TEST_F(ForkStores, FindPartsInEveryPlace) {
                .build()}},
          {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [wantedName, files, attributes] : rows) {
+        SCOPED_TRACE(wantedName);
         put("d/x", "data");
-        for (const auto& [name, content] : row.files) put(name, content);
+        for (const auto& [name, content] : files) put(name, content);
         bool isKept = true;
-        for (const auto& [name, value] : row.attributes) {
+        for (const auto& [name, value] : attributes) {
             isKept = isKept && setAttribute("d/x", name, value);
         }
         if (!isKept) continue;
@@ -93,14 +90,8 @@ TEST_F(ForkStores, FindPartsInEveryPlace) {
 }
 
 TEST_F(ForkStores, AreNoMoreThanTheyHold) {
-    struct Row {
-        const char* name;
-        std::string sideFile;
-        FourCharCode type;
-        std::string fork;
-    };
     const std::string none = "status -1409";
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, FourCharCode, std::string> rows[] = {
         {"an empty side file", "", 0, none},
         {"a data file with such a name", std::string(200, 'x'), 0, none},
         {"a side file of the wrong version",
@@ -116,11 +107,11 @@ TEST_F(ForkStores, AreNoMoreThanTheyHold) {
          kFork},
     };
     put("x");
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        put("._x", row.sideFile);
-        EXPECT_EQ(+info(ref("x"), kFSCatInfoFinderInfo).finderInfo.fdType, row.type);
-        EXPECT_EQ(fork(ref("x"), ForkKind::resource), row.fork);
+    for (const auto& [name, sideFile, type, wantedFork] : rows) {
+        SCOPED_TRACE(name);
+        put("._x", sideFile);
+        EXPECT_EQ(+info(ref("x"), kFSCatInfoFinderInfo).finderInfo.fdType, type);
+        EXPECT_EQ(fork(ref("x"), ForkKind::resource), wantedFork);
     }
 }
 

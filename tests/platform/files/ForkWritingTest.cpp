@@ -88,28 +88,25 @@ TEST_F(ForkWriting, GoesOneWriterAtATime) {
     put("x", "data");
     put("._x", appleDouble("", "fork"));
     const FSRef x = ref("x");
-    struct Row {
-        SInt8 first, second;
-        OSErr status;
-    };
-    const Row rows[] = {{fsRdWrPerm, fsRdWrPerm, opWrErr}, {fsWrPerm, fsRdWrShPerm, opWrErr},
-                        {fsRdWrShPerm, fsWrPerm, opWrErr}, {fsRdWrShPerm, fsRdWrShPerm, noErr},
-                        {fsRdWrPerm, fsRdPerm, noErr},     {fsRdPerm, fsRdWrPerm, noErr},
-                        {fsCurPerm, fsRdWrPerm, opWrErr},  {fsRdWrPerm, fsCurPerm, noErr}};
+    const std::tuple<SInt8, SInt8, OSErr> rows[] = {
+        {fsRdWrPerm, fsRdWrPerm, opWrErr}, {fsWrPerm, fsRdWrShPerm, opWrErr},
+        {fsRdWrShPerm, fsWrPerm, opWrErr}, {fsRdWrShPerm, fsRdWrShPerm, noErr},
+        {fsRdWrPerm, fsRdPerm, noErr},     {fsRdPerm, fsRdWrPerm, noErr},
+        {fsCurPerm, fsRdWrPerm, opWrErr},  {fsRdWrPerm, fsCurPerm, noErr}};
     for (const auto& name : kNames) {
-        for (const Row& row : rows) {
-            SCOPED_TRACE(std::to_string(row.first) + ", " + std::to_string(row.second));
+        for (const auto& [one, other, status] : rows) {
+            SCOPED_TRACE(std::to_string(one) + ", " + std::to_string(other));
             SInt16 first = 0, second = 0;
-            ASSERT_EQ(open(x, name, row.first, first), noErr);
-            EXPECT_EQ(open(x, name, row.second, second), row.status);
-            if (row.second == fsCurPerm) {
+            ASSERT_EQ(open(x, name, one, first), noErr);
+            EXPECT_EQ(open(x, name, other, second), status);
+            if (other == fsCurPerm) {
                 EXPECT_EQ(write(second, "!"), wrPermErr);
             }
-            if (row.first == row.second && row.status == noErr) {
+            if (one == other && status == noErr) {
                 EXPECT_EQ(write(first, "!"), noErr);
                 EXPECT_EQ(all(second)[0], '!');
             }
-            if (row.second == fsRdPerm && name == kNames[1]) {
+            if (other == fsRdPerm && name == kNames[1]) {
                 EXPECT_EQ(SetEOF(first, 1), noErr);
                 EXPECT_EQ(all(second), "!ork") << "what was opened is read on";
                 EXPECT_EQ(SetEOF(second, 0), wrPermErr);
@@ -117,7 +114,7 @@ TEST_F(ForkWriting, GoesOneWriterAtATime) {
                 EXPECT_EQ(write(first, "!ork"), noErr);
             }
             EXPECT_EQ(FSClose(first), noErr);
-            EXPECT_EQ(FSClose(second), row.status == noErr ? noErr : rfNumErr);
+            EXPECT_EQ(FSClose(second), status == noErr ? noErr : rfNumErr);
         }
     }
     SInt16 number = 0;

@@ -75,11 +75,7 @@ class Foundation : public testing::Test {
 };
 
 TEST_F(Foundation, ReadsTextByItsMarkOrInTheSystemsEncoding) {
-    const struct {
-        const char* row;
-        std::string content;
-        const char* text;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"without a mark: Mac Roman", "caf\x8E\r", "café\r"},
         {"UTF-8 without a mark is not recognised", "caf\xC3\xA9", "caf√©"},
         {"UTF-8",
@@ -95,11 +91,11 @@ TEST_F(Foundation, ReadsTextByItsMarkOrInTheSystemsEncoding) {
         {"damaged UTF-8", "\xEF\xBB\xBF\xC3", "(null)"},
         {"nothing", "", ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        folder_.write("text", row.content);
-        EXPECT_EQ(utf8(text("text")), row.text);
-        EXPECT_EQ(utf8(document("text")), row.text) << "a document that is no rich text";
+    for (const auto& [row, content, wantedText] : rows) {
+        SCOPED_TRACE(row);
+        folder_.write("text", content);
+        EXPECT_EQ(utf8(text("text")), wantedText);
+        EXPECT_EQ(utf8(document("text")), wantedText) << "a document that is no rich text";
     }
     EXPECT_EQ(text("missing"), nullptr);
     EXPECT_EQ(NSString::stringWithContentsOfURL(nullptr), nullptr);

@@ -90,11 +90,7 @@ TEST_F(Unarchiver, KnowsThePropertyListClassesAndLeavesOutTheOthers) {
                group("[4C]", "abcd") +
                    group("{?=i[2{a=@#}]:*!}", "\x05" + string("x") + "\x85\x85\x85\x85\x85"));
     const std::string doubleThreeHalves("\x83\0\0\0\0\0\0\xF8\x3F", 9);
-    const struct {
-        const char* row;
-        std::string root;
-        const char* text;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"text", string("gr\xC3\xBC\xC3\x9F"), "<string>grüß</string>"},
         {"a class of its own below a known one",
          object({"NSCFString", "NSMutableString", "NSString"}, group("+", bytes("a"))),
@@ -138,9 +134,9 @@ TEST_F(Unarchiver, KnowsThePropertyListClassesAndLeavesOutTheOthers) {
          "<array><string>v</string></array>"},
         {"an unknown class as root", font, "(null)"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        EXPECT_EQ(unarchived(archive(row.root)), row.text);
+    for (const auto& [row, root, text] : rows) {
+        SCOPED_TRACE(row);
+        EXPECT_EQ(unarchived(archive(root)), text);
     }
 }
 
@@ -159,11 +155,7 @@ TEST_F(Unarchiver, RefusesDamage) {
     std::string nested = string("x");
     for (int i = 0; i < 3000; ++i) nested = object({"X"}, group("@", nested));
     const std::string good = archive(string("x"));
-    const struct {
-        const char* row;
-        std::string reason;
-        std::string bytes;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"nothing", "not an archive", ""},
         {"another kind of archive", "not an archive", "bplist00"},
         {"an older version", "archive of version 3", "\x03" + good.substr(1)},
@@ -194,10 +186,10 @@ TEST_F(Unarchiver, RefusesDamage) {
         {"a bomb", "objects are too large",
          archive(object({"NSArray"}, group("i", integer(10)) + levels))},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        const std::string result = unarchived(row.bytes);
-        EXPECT_EQ(result.substr(0, row.reason.size() + 2), "! " + row.reason);
+    for (const auto& [row, reason, bytes] : rows) {
+        SCOPED_TRACE(row);
+        const std::string result = unarchived(bytes);
+        EXPECT_EQ(result.substr(0, reason.size() + 2), "! " + reason);
     }
     EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(nullptr), nullptr);
 }

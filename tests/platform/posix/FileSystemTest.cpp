@@ -30,23 +30,18 @@ TEST_F(FileSystem, NeverWaitsForWhatIsNoFile) {
     std::filesystem::create_symlink("pipe", root_ + "link");
     std::filesystem::create_symlink("circle", root_ + "circle");
     ASSERT_TRUE(writeFile(root_ + "file", asBytes("12345")).ok());
-    struct Row {
-        const char* name;
-        Follow follow;
-        OSStatus status;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Follow, OSStatus> rows[] = {
         {"file", Follow::no, noErr},      {"pipe", Follow::yes, notAFileErr},
         {"", Follow::yes, notAFileErr},   {"link", Follow::no, notAFileErr},
         {"circle", Follow::yes, fnfErr},  {"none", Follow::yes, fnfErr},
         {"file/in", Follow::yes, fnfErr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        if (std::string(row.name) == "circle") {
-            EXPECT_EQ(status(root_ + row.name, Follow::yes).status(), row.status);
+    for (const auto& [name, follow, wantedStatus] : rows) {
+        SCOPED_TRACE(name);
+        if (std::string(name) == "circle") {
+            EXPECT_EQ(status(root_ + name, Follow::yes).status(), wantedStatus);
         } else {
-            EXPECT_EQ(openFile(root_ + row.name, row.follow).status(), row.status);
+            EXPECT_EQ(openFile(root_ + name, follow).status(), wantedStatus);
         }
     }
     EXPECT_EQ(status(root_ + std::string("file\0x", 6), Follow::no).status(), fnfErr);

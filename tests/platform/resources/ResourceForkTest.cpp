@@ -69,11 +69,7 @@ TEST(ResourceFork, RefusesWhatIsNoMap) {
         };
     };
     const std::size_t map = sample().mapStart();
-    const struct {
-        const char* row;
-        std::function<void(Bytes&)> spoil;
-        OSStatus status;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(Bytes&)>, OSStatus> rows[] = {
         {"no bytes are no fork", [](Bytes& b) { b.clear(); }, eofErr},
         {"zeros are no fork", [](Bytes& b) { b.assign(4096, std::byte{0}); }, eofErr},
         {"a few bytes are no map", [](Bytes& b) { b.resize(9); }, mapReadErr},
@@ -89,12 +85,12 @@ TEST(ResourceFork, RefusesWhatIsNoMap) {
         {"a map length of nothing is mended", patch(12, 0, 4), noErr},
         {"a map length that is too long is cut", patch(12, 0xFFFFFFFF, 4), noErr},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
+    for (const auto& [row, spoil, status] : rows) {
+        SCOPED_TRACE(row);
         Bytes bytes = sample().build();
-        row.spoil(bytes);
+        spoil(bytes);
         const auto fork = open(std::move(bytes));
-        ASSERT_EQ(fork.status(), row.status);
+        ASSERT_EQ(fork.status(), status);
         if (fork) {
             EXPECT_EQ(fork->references().size(), 4u);
         }

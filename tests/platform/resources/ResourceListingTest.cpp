@@ -29,11 +29,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
 
     const test::TemporaryFolder folder;
     folder.write("._side", samples::wrappedFork(fork));
-    const struct {
-        const char* row;
-        std::string path;
-        OSStatus status;
-    } rows[] = {
+    const std::tuple<const char*, std::string, OSStatus> rows[] = {
         {"a file with a side file", folder.write("side", "text"), noErr},
         {"the side file itself", folder.path("._side"), noErr},
         {"AppleSingle", folder.write("single", samples::wrappedFork(fork, 0x00051600)), noErr},
@@ -41,11 +37,11 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
         {"no resources", folder.write("a.txt", "just text"), eofErr},
         {"nothing", folder.path("none"), fnfErr},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
+    for (const auto& [row, path, status] : rows) {
+        SCOPED_TRACE(row);
         OSAResourceListRef list = nullptr;
-        ASSERT_EQ(OSAResourceListOpen(row.path.c_str(), &list), row.status);
-        ASSERT_EQ(list != nullptr, row.status == noErr);
+        ASSERT_EQ(OSAResourceListOpen(path.c_str(), &list), status);
+        ASSERT_EQ(list != nullptr, status == noErr);
         if (list == nullptr) continue;
         ASSERT_EQ(OSAResourceListGetCount(list), 2);
         OSAResourceInfo info;

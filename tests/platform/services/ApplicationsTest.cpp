@@ -136,14 +136,8 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
     entry("Old", "Exec=no longer the first\nTryExec=/none/such\n");
     home_.write("Bad.desktop", "[Desktop Entry]\nType=Application\nExec=/bin/true; rm\n");
     const std::string document = home_.write("a b\n\"c\"", "");
-    const struct {
-        const char* path;
-        OSStatus isApplication;
-        OSStatus starts;
-        const char* program;
-        const char* name;
-        const char* folder;
-    } rows[] = {
+    using Row = std::tuple<const char*, OSStatus, OSStatus, const char*, const char*, const char*>;
+    const Row rows[] = {
         {"Pen.app", noErr, noErr, "Pen.app/Contents/Linux/Pen", "Pen", ""},
         {"Empty.app/", noErr, kLSNoExecutableErr, "", "Empty", ""},
         {"bin", kLSNotAnApplicationErr, 0, "", "", ""},
@@ -155,20 +149,20 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
         {"Old.desktop", noErr, kLSNoExecutableErr, "", "Old", ""},
         {"Bad.desktop", noErr, kLSNoExecutableErr, "", "Bad", ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        const auto application = applicationAt(home_.path(row.path));
-        ASSERT_EQ(application.status(), row.isApplication);
+    for (const auto& [path, isApplication, starts, program, name, folder] : rows) {
+        SCOPED_TRACE(path);
+        const auto application = applicationAt(home_.path(path));
+        ASSERT_EQ(application.status(), isApplication);
         if (!application.ok()) continue;
-        EXPECT_EQ(application->name, row.name);
+        EXPECT_EQ(application->name, name);
         const auto commands = commandsOf(*application, {document});
-        ASSERT_EQ(commands.status(), row.starts);
+        ASSERT_EQ(commands.status(), starts);
         if (!commands.ok()) continue;
         ASSERT_EQ(commands->size(), 1U);
-        EXPECT_EQ(commands->front().program, home_.path(row.program));
+        EXPECT_EQ(commands->front().program, home_.path(program));
         EXPECT_EQ(commands->front().arguments.size(), 2U);
         EXPECT_EQ(commands->front().arguments.back(), document);
-        EXPECT_EQ(commands->front().folder, row.folder);
+        EXPECT_EQ(commands->front().folder, folder);
     }
     FSRef ref;
     OSASetApplicationFolders(home_.path().c_str());
@@ -219,11 +213,7 @@ std::string expand(std::string_view text, const std::vector<std::string>& docume
 
 TEST(ExecLine, FollowsTheRules) {
     const std::vector<std::string> two{"/a b", "/-$(x)%F\"\n"};
-    const struct {
-        const char* line;
-        const char* plain;
-        const char* withTwo;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"  p  -x ", "p|-x", "p|-x"},
         {"p %f", "p", "p|/a b || p|/-$(x)%F\"\n"},
         {"p --f=%u", "p|--f=", "p|--f=file:///a%20b || p|--f=file:///-$(x)%25F%22%0A"},
@@ -234,9 +224,9 @@ TEST(ExecLine, FollowsTheRules) {
         {R"("a p" "b\"\`\$\\c" "\d $e" "")", R"(a p|b"`$\c|\d $e|)", R"(a p|b"`$\c|\d $e|)"},
         {R"(p --a="x y"z "%f")", "p|--a=x yz|%f", "p|--a=x yz|%f"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(expand(row.line, {}), row.plain) << row.line;
-        EXPECT_EQ(expand(row.line, two), row.withTwo) << row.line;
+    for (const auto& [line, plain, withTwo] : rows) {
+        EXPECT_EQ(expand(line, {}), plain) << line;
+        EXPECT_EQ(expand(line, two), withTwo) << line;
     }
     for (const std::string& line : std::vector<std::string>{
              "", "%f", "%c x", "p%k", "\"\" x", "p %f %U", "p --all=%F", "p x%i", "p %x", "p %",
@@ -251,17 +241,14 @@ TEST(DesktopEntry, SpeaksTheUsersLanguageAndSurvivesDamage) {
         "Name[de]=de\nName[de_AT]=de_AT\nName[de@euro]=de@euro\nHidden=true \n"
         "[Action]\nExec=p\n[Desktop Entry]\nExec=p\n"));
     ASSERT_TRUE(entry);
-    const struct {
-        const char* locale;
-        const char* name;
-    } rows[] = {
+    const std::tuple<const char*, const char*> rows[] = {
         {"de_AT.UTF-8@euro", "de_AT"}, {"de_CH@euro", "de@euro"},
         {"de_CH.UTF-8", "de"},         {"de", "de"},
         {"fr_FR", " plain\t\\n\\;"},   {"C", " plain\t\\n\\;"},
         {"", " plain\t\\n\\;"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(entry->localText("Name", languagesOfLocale(row.locale)), row.name) << row.locale;
+    for (const auto& [locale, name] : rows)
+        EXPECT_EQ(entry->localText("Name", languagesOfLocale(locale)), name) << locale;
     EXPECT_TRUE(entry->isTrue("Hidden"));
     EXPECT_EQ(entry->text("Exec"), "") << "of another group";
     EXPECT_FALSE(DesktopEntry::parse(asBytes("[Desktop Entry\nName=x")));
@@ -271,15 +258,13 @@ TEST_F(Applications, FoldersOfTheUserLieWhereTheyAreSaidToBe) {
     home_.write(".config/user-dirs.dirs",
                 "# XDG_DESKTOP_DIR=\"/x\"\nXDG_DESKTOP_DIR=\"$HOME/Schreib\\\"tisch\"\n"
                 "XDG_DESKTOP_DIR=\"relative\"\nXDG_DOCUMENTS_DIR=\"$HOME/\"\n");
-    const struct {
-        OSType type;
-        const char* path;
-    } rows[] = {{kDesktopFolderType, "Schreib\"tisch"}, {kDocumentsFolderType, "Documents"}};
-    for (const auto& row : rows) {
+    const std::tuple<OSType, const char*> rows[] = {{kDesktopFolderType, "Schreib\"tisch"},
+                                                    {kDocumentsFolderType, "Documents"}};
+    for (const auto& [type, path] : rows) {
         FSRef ref;
-        EXPECT_EQ(FSFindFolder(kLocalDomain, row.type, kDontCreateFolder, &ref), fnfErr);
-        ASSERT_EQ(FSFindFolder(kUserDomain, row.type, kCreateFolder, &ref), noErr);
-        EXPECT_EQ(pathOf(ref), home_.path(row.path));
+        EXPECT_EQ(FSFindFolder(kLocalDomain, type, kDontCreateFolder, &ref), fnfErr);
+        ASSERT_EQ(FSFindFolder(kUserDomain, type, kCreateFolder, &ref), noErr);
+        EXPECT_EQ(pathOf(ref), home_.path(path));
     }
     OSASetHostFolderRoot(nullptr);
     entry("share/applications/a/Mine", "");

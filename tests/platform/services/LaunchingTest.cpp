@@ -203,10 +203,7 @@ TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
     fs::remove(home_.path("Hollow.app/Contents/Linux/it"));
     home_.write("text", "");
     makeBundle(".local/share/Trash/files/Old", "it");
-    const struct {
-        const char* name;
-        OSStatus status;
-    } rows[] = {
+    const std::tuple<const char*, OSStatus> rows[] = {
         {"Script.app", kLSExecutableIncorrectFormat},
         {"Foreign.app", kLSExecutableIncorrectFormat},
         {"Locked.app", kLSNoLaunchPermissionErr},
@@ -215,7 +212,7 @@ TEST_F(Launching, TellsWhyAnApplicationCannotBeStarted) {
         {".local", kLSNotAnApplicationErr},
         {".local/share/Trash/files/Old.app", kLSAppInTrashErr},
     };
-    for (const auto& row : rows) EXPECT_EQ(open(row.name, 0), row.status) << row.name;
+    for (const auto& [name, status] : rows) EXPECT_EQ(open(name, 0), status) << name;
     const FSRef lost = refOf(home_.write("lost", ""));
     fs::remove(home_.path("lost"));
     EXPECT_EQ(open("Script.app", 0, {lost}), fnfErr);
