@@ -3,9 +3,6 @@
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 
 #include <CoreFoundation/CFNumber.h>
-#include <CoreFoundation/CFRef.h>
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/Library.h"
 

@@ -19,14 +19,10 @@ const Json kScript = {{{"type", "scpt"}, {"id", 128}, {"hex", "00"}}};
 constexpr char kNotFoundLine[] = "OSAImporter: unexpected Mac OS error: -43";
 
 struct FileRow {
-    const char* name;
-    const char* type;
-    const char* creator;
-    Json data;
-    Json resources;
+    const char *name, *type, *creator;
+    Json data, resources;
     ScriptType kind;
-    bool imported;
-    bool logs;
+    bool imported, logs;
 };
 
 const FileRow kFiles[] = {

@@ -2,10 +2,6 @@
 // them.
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPlugIn.h>
-#include <CoreFoundation/CFRef.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "platform/bundles/BundleLayout.h"
 #include "platform/cf/StringObject.h"
@@ -14,14 +10,8 @@
 namespace osa::test {
 namespace {
 
-CFRef<CFURLRef> urlOf(const std::string& path) {
-    return CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
-        static_cast<CFIndex>(path.size()), true));
-}
-
 CFRef<CFBundleRef> bundleAt(const std::string& path) {
-    return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, urlOf(path).get()));
+    return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, urlOf(path, true).get()));
 }
 
 std::string pathOf(CFURLRef owned) {
@@ -102,8 +92,7 @@ TEST(Bundle, TakesPackageInformationFromTheFirstPlaceThatHasIt) {
         folder.write(contents + "x", "");
         if (packageInfo != nullptr) folder.write(contents + "PkgInfo", packageInfo);
         if (information != nullptr) folder.write(contents + "Info.plist", information);
-        UInt32 type = 0;
-        UInt32 creator = 0;
+        UInt32 type = 0, creator = 0;
         CFBundleGetPackageInfo(bundleAt(folder.path(name)).get(), &type, &creator);
         EXPECT_EQ(type, wantedType) << name;
         EXPECT_EQ(creator, wantedCreator) << name;
@@ -156,10 +145,10 @@ TEST(PlugIn, RegistersItsFactoriesForAsLongAsItLives) {
                  "CFPlugInTypes = { \"00000000-0000-0000-0000-00000000000A\" ="
                  "( \"00000000-0000-0000-0000-000000000001\", nonsense ); }; }");
     folder.write("plain.bundle/Contents/Info.plist", "{}");
-    EXPECT_EQ(CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("plain.bundle")).get()),
+    EXPECT_EQ(CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("plain.bundle"), true).get()),
               nullptr);
     const auto plugIn = CFRef<CFPlugInRef>::Adopt(
-        CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("p.bundle")).get()));
+        CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("p.bundle"), true).get()));
     ASSERT_TRUE(plugIn);
     const auto type = CFRef<CFUUIDRef>::Adopt(
         CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("00000000-0000-0000-0000-00000000000a")));

@@ -1,8 +1,7 @@
 // CFString through its published interface: both ways of storage behind every function.
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFNumber.h>
-
-#include <thread>
+#include <CoreFoundation/CFUUID.h>
 
 #include "tests/platform/cf/CFTestSupport.h"
 
@@ -29,14 +28,8 @@ const Row kBytesRows[] = {
     {"malformed UTF-8", kCFStringEncodingUTF8, "a\xC3", "(null)", false},
     {"high byte in ASCII", kCFStringEncodingASCII, "\xE9", "(null)", false},
     {"UTF-16 obeys a big-endian mark", kCFStringEncodingUTF16, "\xFE\xFF\0A"sv, "A", false},
-    {"UTF-16 obeys a little-endian mark", kCFStringEncodingUTF16,
-     "\xFF\xFE"
-     "A\0"sv,
-     "A", false},
-    {"the mark overrules the named order", kCFStringEncodingUTF16BE,
-     "\xFF\xFE"
-     "A\0"sv,
-     "A", false},
+    {"UTF-16 obeys a little-endian mark", kCFStringEncodingUTF16, "\377\376A\0"sv, "A", false},
+    {"the mark overrules the named order", kCFStringEncodingUTF16BE, "\377\376A\0"sv, "A", false},
     {"UTF-16 without mark is the host's", kCFStringEncodingUTF16, "A\0"sv, "A", false},
     {"UTF-32 little-endian mark", kCFStringEncodingUTF32, "\xFF\xFE\0\0A\0\0\0"sv, "A", false},
     {"odd size in UTF-16", kCFStringEncodingUTF16, "A\0B"sv, "(null)", false},
@@ -57,10 +50,7 @@ TEST_F(CFStringTest, DecodesExternalBytes) {
 }
 
 TEST_F(CFStringTest, StorageDoesNotShow) {
-    const StringRef narrow = fromBytes(
-        "\x8E"
-        "a",
-        kCFStringEncodingMacRoman);
+    const StringRef narrow = fromBytes("\216a", kCFStringEncodingMacRoman);
     const StringRef wide = makeString("\u00E9a");
     EXPECT_TRUE(CFEqual(narrow.get(), wide.get()));
     EXPECT_EQ(CFHash(narrow.get()), CFHash(wide.get()));
@@ -69,9 +59,7 @@ TEST_F(CFStringTest, StorageDoesNotShow) {
     EXPECT_EQ(units[0], 0xE9);
     EXPECT_EQ(units[1], 42) << "written behind the range";
     EXPECT_EQ(CFStringGetCharactersPtr(wide.get())[0], 0xE9);
-    EXPECT_STREQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingMacRoman),
-                 "\x8E"
-                 "a");
+    EXPECT_STREQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingMacRoman), "\216a");
     EXPECT_EQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingUTF8), nullptr);
 }
 
@@ -118,9 +106,7 @@ TEST_F(CFStringTest, PascalAndCStringsFitWholeOrNotAtAll) {
         EXPECT_EQ(CFStringGetCString(string.get(), c, 256, kCFStringEncodingUTF8), length <= 255);
         EXPECT_EQ(std::string_view(c).size(), length <= 255 ? static_cast<std::size_t>(length) : 0);
     }
-    const unsigned char bytes[] =
-        "\x03"
-        "ab\x8E";
+    const unsigned char bytes[] = "\3ab\x8E";
     const auto back =
         StringRef::Adopt(CFStringCreateWithPascalString(nullptr, bytes, kCFStringEncodingMacRoman));
     EXPECT_EQ(text(back), "ab\u00E9");
@@ -179,8 +165,7 @@ TEST_F(CFStringTest, ComparesAndFinds) {
     };
     for (const auto& [one, other, options, order] : rows) {
         SCOPED_TRACE(std::string(one) + " and " + other);
-        const StringRef first = makeString(one);
-        const StringRef second = makeString(other);
+        const StringRef first = makeString(one), second = makeString(other);
         EXPECT_EQ(CFStringCompare(first.get(), second.get(), options), order);
         EXPECT_EQ(CFStringCompare(second.get(), first.get(), options), -order);
     }
@@ -214,21 +199,25 @@ TEST_F(CFStringTest, SystemEncodingIsChosenOnce) {
     EXPECT_EQ(CFStringGetSystemEncoding(), UInt32{kCFStringEncodingMacRoman});
 }
 
-TEST_F(CFStringTest, CountsAreSafeAmongThreads) {
+TEST_F(CFStringTest, CountsAndConstantsAreSafeAmongThreads) {
     const StringRef shared = makeString("shared \u00E9");
+    const CFStringRef constant = OSAConstantString("made by many");
+    CFUUIDRef uuids[4] = {};
     std::thread threads[4];
-    for (std::thread& thread : threads) {
-        thread = std::thread([&] {
-            for (int i = 0; i < 5000; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        threads[i] = std::thread([&, i] {
+            for (int n = 0; n < 5000; ++n) {
                 const StringRef copy = shared;
-                const StringRef own = makeString("own");
-                EXPECT_FALSE(CFEqual(copy.get(), own.get()));
-                EXPECT_EQ(CFSTR("one for all"), OSAConstantString("one for all"));
+                EXPECT_FALSE(CFEqual(copy.get(), makeString("own").get()));
+                EXPECT_EQ(OSAConstantString("made by many"), constant);
+                uuids[i] = CFUUIDGetConstantUUIDWithBytes(nullptr, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1,
+                                                          2, 3, 4, 5, 6);
             }
         });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(CFGetRetainCount(shared.get()), 1);
+    for (const CFUUIDRef uuid : uuids) EXPECT_EQ(uuid, uuids[0]);
 }
 
 }  // namespace

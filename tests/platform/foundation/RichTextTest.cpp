@@ -1,9 +1,8 @@
 // Rich text to plain text, rule by rule, with the dialect that the Mac writes.
 #include "platform/foundation/RichText.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/text/TextConverter.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {

@@ -1,13 +1,9 @@
 // Archives: every class that becomes something, what is left out, and what is refused.
 #include <CoreFoundation/CFPropertyList.h>
-#include <CoreFoundation/CFRef.h>
 #include <Foundation/Foundation.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
-
-#include <functional>
 
 #include "tests/support/ArchiveBuilder.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {
@@ -17,8 +13,7 @@ using namespace test::archive;
 /// The root as a property list without its XML frame; what is no property list shows as "(null)",
 /// what was refused as "!" and the reason.
 std::string unarchived(const std::string& bytes) {
-    const auto data = CFRef<CFDataRef>::Adopt(CFDataCreate(
-        nullptr, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
+    const auto data = test::dataOf(bytes);
     CFTypeRef root = nullptr;
     try {
         root = NSUnarchiver::unarchiveObjectWithData(data.get());
@@ -29,8 +24,7 @@ std::string unarchived(const std::string& bytes) {
     if (root == nullptr) return "(null)";
     const auto xml = CFRef<CFDataRef>::Adopt(CFPropertyListCreateXMLData(nullptr, root));
     if (!xml) return "(no property list)";
-    std::string text(reinterpret_cast<const char*>(CFDataGetBytePtr(xml.get())),
-                     static_cast<std::size_t>(CFDataGetLength(xml.get())));
+    std::string text = test::bytesOf(xml.get());
     const std::size_t start = text.find('>', text.find("<plist")) + 1;
     text = text.substr(start, text.rfind("</plist>") - start);
     std::erase_if(text, [](char c) { return c == '\n' || c == '\t'; });
@@ -46,18 +40,13 @@ std::string fromHex(std::string_view hex) {
 
 class Unarchiver : public testing::Test {
   protected:
-    void SetUp() override {
-        live_ = OSALiveObjectCount();
-        pool_ = NSAutoreleasePool::create();
-    }
-    void TearDown() override {
+    ~Unarchiver() override {
         pool_->release();
         EXPECT_EQ(OSALiveObjectCount(), live_);
     }
 
-  private:
-    CFIndex live_ = 0;
-    NSAutoreleasePool* pool_ = nullptr;
+    const CFIndex live_ = OSALiveObjectCount();
+    NSAutoreleasePool* const pool_ = NSAutoreleasePool::create();
 };
 
 /// {"meta-data" = {"kMDItemDescription" = "hi"; "n" = 3}} as the Mac's own archiver writes it,

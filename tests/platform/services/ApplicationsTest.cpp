@@ -1,13 +1,7 @@
 // Finding applications, what they are, and the commands that start them.
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/Folders.h>
 #include <CoreServices/LaunchServices.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/Diagnostics.h>
 #include <OSA/HostFolders.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "platform/cf/StringObject.h"
 #include "platform/services/applications/Application.h"
@@ -17,6 +11,11 @@
 
 namespace osa::test {
 namespace {
+
+CFRef<CFStringRef> text(const char* utf8) {
+    return CFRef<CFStringRef>::Adopt(utf8 == nullptr ? nullptr
+                                                     : createString(std::string_view(utf8)));
+}
 
 class Applications : public testing::Test {
   protected:
@@ -31,16 +30,8 @@ class Applications : public testing::Test {
                            "[Desktop Entry]\nType=Application\nExec=/bin/true %F\n" + lines);
     }
     std::string program(const std::string& name) const {
-        std::filesystem::permissions(home_.write(name, "#!/bin/sh\n"),
-                                     std::filesystem::perms::owner_all);
+        fs::permissions(home_.write(name, "#!/bin/sh\n"), fs::perms::owner_all);
         return home_.path(name);
-    }
-
-    /// Empty when the reference leads nowhere.
-    static std::string pathOf(const FSRef& ref) {
-        UInt8 path[4096];
-        const OSStatus status = FSRefMakePath(&ref, path, sizeof path);
-        return status == noErr ? reinterpret_cast<const char*>(path) : "";
     }
 
     const TemporaryFolder home_;
@@ -67,53 +58,46 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
     home_.write("first/Broken.desktop", "nothing");
     entry(data + "Broken", "X-OSA-Signature=brok\n");
     entry(data + "\xFF", "X-OSA-Signature=late\n");
-    std::filesystem::create_directory_symlink(home_.path(data), home_.path(data + "circle"));
-    std::filesystem::create_symlink("Loop.desktop", home_.path(data + "Loop.desktop"));
+    fs::create_directory_symlink(home_.path(data), home_.path(data + "circle"));
+    fs::create_symlink("Loop.desktop", home_.path(data + "Loop.desktop"));
     OSASetApplicationFolders((home_.path("none") + ":relative:" + home_.path("first")).c_str());
-    const struct {
-        OSType creator;
-        CFStringRef bundleID;
-        CFStringRef name;
-        std::string path;  // empty: not found
-    } rows[] = {
-        {FourCC("quil"), nullptr, nullptr, "Applications/Old/Quill.app"},
-        {0, CFSTR("ORG.example.pen"), nullptr, "Applications/Pen.app"},
-        {0, nullptr, CFSTR("Pen"), "Applications/Pen.app"},
-        {0, nullptr, CFSTR("quill.APP"), "Applications/Old/Quill.app"},
-        {FourCC("quil"), CFSTR("org.example.Pen"), nullptr, ""},
-        {FourCC("thre"), nullptr, nullptr, ""},  // too deep
-        {FourCC("kit "), nullptr, nullptr, ""},
-        {0, CFSTR("both"), nullptr, "first/Both.desktop"},
-        {FourCC("\x8Ag  "), nullptr, nullptr, "first/Both.desktop"},
-        {FourCC("late"), nullptr, nullptr, ""},  // hidden, or no text
-        {0, nullptr, CFSTR("Own"), ""},
-        {0, CFSTR("Gone"), nullptr, ""},
-        {FourCC("gone"), nullptr, nullptr, ""},
-        {FourCC("menu"), nullptr, nullptr, data + "Menuless.desktop"},
-        {0, CFSTR("Kit-Draw-tool"), nullptr, data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("tool.desktop"), data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("the host's"), "first/Both.desktop"},
-        {FourCC("miss"), nullptr, nullptr, ""},
-        {FourCC("five"), nullptr, nullptr, ""},
-        {FourCC("link"), nullptr, nullptr, ""},
-        {0, CFSTR("Broken"), nullptr, data + "Broken.desktop"},
-        {0, CFSTR("circle-Five"), nullptr, ""},
-        {0, CFSTR("../Applications/Both"), nullptr, ""},
-        {0, CFSTR(""), nullptr, ""},
+    // Creator, identifier, name; found where: empty when nowhere.
+    const std::tuple<OSType, const char*, const char*, std::string> rows[] = {
+        {'quil', nullptr, nullptr, "Applications/Old/Quill.app"},
+        {0, "ORG.example.pen", nullptr, "Applications/Pen.app"},
+        {0, nullptr, "Pen", "Applications/Pen.app"},
+        {0, nullptr, "quill.APP", "Applications/Old/Quill.app"},
+        {'quil', "org.example.Pen", nullptr, ""},
+        {'thre', nullptr, nullptr, ""},  // too deep
+        {'kit ', nullptr, nullptr, ""},
+        {0, "both", nullptr, "first/Both.desktop"},
+        {0x8A672020, nullptr, nullptr, "first/Both.desktop"},
+        {'late', nullptr, nullptr, ""},  // hidden, or no text
+        {0, nullptr, "Own", ""},
+        {0, "Gone", nullptr, ""},
+        {'gone', nullptr, nullptr, ""},
+        {'menu', nullptr, nullptr, data + "Menuless.desktop"},
+        {0, "Kit-Draw-tool", nullptr, data + "kit/draw/Tool.desktop"},
+        {0, nullptr, "tool.desktop", data + "kit/draw/Tool.desktop"},
+        {0, nullptr, "the host's", "first/Both.desktop"},
+        {'miss', nullptr, nullptr, ""},
+        {'five', nullptr, nullptr, ""},
+        {'link', nullptr, nullptr, ""},
+        {0, "Broken", nullptr, data + "Broken.desktop"},
+        {0, "circle-Five", nullptr, ""},
+        {0, "../Applications/Both", nullptr, ""},
+        {0, "", nullptr, ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        const CFIndex before = OSALiveObjectCount();
+    for (const auto& [creator, identifier, name, path] : rows) {
+        SCOPED_TRACE(std::to_string(creator) + " " + path);
+        const NoLeaks leaks;
         FSRef ref{};
-        {
-            CFRef<CFURLRef> url;
-            EXPECT_EQ(
-                LSFindApplicationForInfo(row.creator, row.bundleID, row.name, &ref, url.out()),
-                row.path.empty() ? kLSApplicationNotFoundErr : noErr);
-            EXPECT_EQ(static_cast<bool>(url), !row.path.empty());
-        }
-        EXPECT_EQ(pathOf(ref), row.path.empty() ? "" : home_.path(row.path));
-        EXPECT_EQ(OSALiveObjectCount(), before);
+        CFRef<CFURLRef> url;
+        EXPECT_EQ(LSFindApplicationForInfo(creator, text(identifier).get(), text(name).get(), &ref,
+                                           url.out()),
+                  path.empty() ? kLSApplicationNotFoundErr : noErr);
+        EXPECT_EQ(static_cast<bool>(url), !path.empty());
+        EXPECT_EQ(pathOf(ref), path.empty() ? "status -1401" : home_.path(path));
     }
     EXPECT_EQ(LSFindApplicationForInfo(0, nullptr, nullptr, nullptr, nullptr), paramErr);
     EXPECT_EQ(desktopEntryPath("Gone"), home_.path("first/Gone.desktop"));

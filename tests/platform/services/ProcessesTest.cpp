@@ -1,14 +1,10 @@
 // The process list, and the kernel's texts that it is read from.
-#include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/Processes.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "platform/posix/processes/ProcessTexts.h"
 #include "platform/services/processes/ProcessApplication.h"
+#include "tests/support/Test.h"
 
 namespace osa::test {
 namespace {
@@ -44,9 +40,7 @@ TEST(Processes, TheWalkMeetsTheCallerOnceAndEnds) {
 
     FSRef place;
     ASSERT_EQ(GetProcessBundleLocation(&own, &place), noErr);
-    UInt8 path[4096];
-    ASSERT_EQ(FSRefMakePath(&place, path, sizeof path), noErr);
-    EXPECT_TRUE(std::filesystem::equivalent(reinterpret_cast<const char*>(path), "/proc/self/exe"));
+    EXPECT_TRUE(fs::equivalent(pathOf(place), "/proc/self/exe"));
     const auto dictionary = CFRef<CFDictionaryRef>::Adopt(
         ProcessInformationCopyDictionary(&own, kProcessDictionaryIncludeAllInformationMask));
     ASSERT_TRUE(dictionary);
