@@ -6,16 +6,11 @@
 #include <CoreServices/Folders.h>
 #include <OSA/HostFolders.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
-
-#include <set>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Applications/Applications.h"
 #include "Libraries/MacToolboxLib/TBUtilities/FileVisitor.h"
 #include "tests/support/Library.h"
 #include "tests/support/TemporaryFolder.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -170,12 +165,10 @@ TEST_F(ApplicationLocations, earlierOnesOverrideLaterOnes) {
         fs::create_directories(at[location] + "/Sets/" + folder);
         return at[location] + "/" + folder;
     };
-    const std::string two = make(3, "Two.plug");
-    const std::string one = make(2, "One.plug");
+    const std::string two = make(3, "Two.plug"), one = make(2, "One.plug");
     make(3, "One.plug");
     EXPECT_EQ(paths(FindInSupportFolderOfType(utf16(".plug"))), (std::vector{one, two}));
-    const std::string own = make(0, "Two.plug");
-    const std::string beside = make(1, "Three.plug");
+    const std::string own = make(0, "Two.plug"), beside = make(1, "Three.plug");
     make(2, "Three.plug");
     EXPECT_EQ(paths(FindInSupportFolderOfType(utf16(".plug"))), (std::vector{one, beside, own}));
     EXPECT_EQ(paths(FindInSupportFolderOfType(utf16(".plug"), utf16("Sets"))),
