@@ -160,7 +160,7 @@ TEST_F(Applications, KeysRequiredParametersAndHelp) {
         std::string url;
         comesTrue([&] { return std::getline(std::ifstream(home_.path("shown")), url).good(); });
         fs::remove(home_.path("shown"));
-        return url.substr(url.rfind("Resources/") + 10);
+        return url.substr(std::min(url.size(), url.rfind("Resources/") + 10));
     };
     GotoHelpPage(utf16("pages/b c.html"), utf16("part"));
     EXPECT_EQ(shown(), "Example%20Help/pages/b%20c.html#part");
