@@ -127,11 +127,13 @@ CFTypeID CFBundleGetTypeID(void) {
     return osa::typeIDOf(__CFBundle::kClass);
 }
 
-CFBundleRef CFBundleCreate(CFAllocatorRef /*allocator*/, CFURLRef url) {
+CFBundleRef CFBundleCreate(CFAllocatorRef /*allocator*/, CFURLRef url) try {
     std::string path;
     if (url == nullptr || !osa::filePathOf(url, true, path)) return nullptr;
     auto layout = osa::findBundleLayout(path);
     return layout ? osa::makeObject<__CFBundle>(std::move(*layout)) : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle) {

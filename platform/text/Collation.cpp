@@ -55,7 +55,7 @@ const UCollator* collatorFor(const CollationRules& rules) {
     return kept.back().collator.get();
 }
 
-/// The unit in ordinary width, which may take two; none when it is in that.
+/// The unit in ordinary width; none when it is in that.
 std::u16string_view ordinaryWidth(char16_t unit, std::span<UChar, 8> room) {
     const bool isWidthForm = (unit >= 0xFF01 && unit <= 0xFFEE) || unit == 0x3000;
     if (!isWidthForm) return {};

@@ -1,12 +1,6 @@
 // Alias holders and copied forks: what is found, compared and left behind.
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
 #include <OSA/HostFolders.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <functional>
 
 #include "Libraries/MacToolboxLib/TBUtilities/CopyFork.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
@@ -18,8 +12,6 @@
 namespace osa::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 HFSUniStr255 nameOf(const std::string& text) {
     HFSUniStr255 name{};
     name.length = static_cast<UInt16>(text.size());
@@ -29,10 +21,6 @@ HFSUniStr255 nameOf(const std::string& text) {
 
 class Alias : public testing::Test {
   protected:
-    ~Alias() override {
-        EXPECT_EQ(OSALiveBlockCount(), blocks_);
-        EXPECT_EQ(OSAOpenFileCount(), 0);
-    }
     CFileSpec spec(const std::string& name) const {
         return specOf(name.empty() ? folder_.path() : folder_.path(name));
     }
@@ -59,7 +47,7 @@ class Alias : public testing::Test {
                       samples::appleDouble(samples::finderInfoBytes('TEXT', 'ttxt', 0), resources));
     }
 
-    CFIndex blocks_ = OSALiveBlockCount();
+    const NoLeaks leaks_;
     TemporaryFolder folder_;
 };
 
@@ -92,8 +80,7 @@ TEST_F(Alias, NamesItsTargetWhereverThatIs) {
 
 TEST_F(Alias, WritesNothingWhenItLeadsNowhere) {
     folder_.write("here", "");
-    SAliasHandle none;
-    SAliasHandle gone;
+    SAliasHandle none, gone;
     folder_.write("gone", "");
     gone.Make(spec("here"), spec("gone"));
     fs::remove(folder_.path("gone"));
@@ -144,11 +131,7 @@ TEST_F(Alias, TakesAnyBytes) {
 
 TEST_F(Alias, ComparesByTargetsAndElseByNames) {
     for (const char* const name : {"b", "lost-a", "lost-c", "again/b"}) folder_.write(name, "");
-    SAliasHandle b;
-    SAliasHandle sameB;
-    SAliasHandle otherB;
-    SAliasHandle lostA;
-    SAliasHandle lostC;
+    SAliasHandle b, sameB, otherB, lostA, lostC;
     b.Make(spec("b"));
     sameB.Make(spec(""), spec("b"));
     otherB.Make(spec("again/b"));
@@ -158,12 +141,8 @@ TEST_F(Alias, ComparesByTargetsAndElseByNames) {
                          static_cast<SInt32>(spec("again/b").GetNodeID());
     fs::remove(folder_.path("lost-a"));
     fs::remove(folder_.path("lost-c"));
-    struct Row {
-        const char* name;
-        const SAliasHandleBase& one;
-        const SAliasHandleBase& other;
-        bool isEqual, isLess, isGreater;
-    };
+    using Row =
+        std::tuple<const char*, const SAliasHandleBase&, const SAliasHandleBase&, bool, bool, bool>;
     const Row rows[] = {
         {"one target", b, sameB, true, false, false},
         {"one name", b, otherB, false, isFirst, !isFirst},
@@ -171,11 +150,11 @@ TEST_F(Alias, ComparesByTargetsAndElseByNames) {
         {"lost, itself", lostA, lostA, true, false, false},
         {"one lost", b, lostC, false, true, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.one == row.other, row.isEqual);
-        EXPECT_EQ(row.one < row.other, row.isLess);
-        EXPECT_EQ(row.other < row.one, row.isGreater);
+    for (const auto& [name, one, other, isEqual, isLess, isGreater] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(one == other, isEqual);
+        EXPECT_EQ(one < other, isLess);
+        EXPECT_EQ(other < one, isGreater);
     }
 }
 
@@ -218,12 +197,10 @@ TEST_F(Alias, CopyingThatFailsAnywhereLeavesTheOldForkAndNothingElse) {
             fs::create_directory(folder_.path("dest"));
             if (exists) fs::copy(folder_.path("old"), folder_.path("dest"));
             const CFileSpec dest = spec("dest");
-            OSAFailOperation(nth, false);
-            const OSStatus status = thrown([&] { copy(source, dest, nameOf("file")); });
-            failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
-            EXPECT_EQ(OSAOpenFileCount(), 0);
-            EXPECT_EQ(OSALiveBlockCount(), blocks_);
+            const NoLeaks leaks;
+            OSStatus status = noErr;
+            failed = failing(nth, false,
+                             [&] { status = thrown([&] { copy(source, dest, nameOf("file")); }); });
             EXPECT_TRUE(failed > 0 || status == noErr) << status;
             EXPECT_FALSE(fs::exists(folder_.path("home/tmp")) &&
                          !fs::is_empty(folder_.path("home/tmp")));

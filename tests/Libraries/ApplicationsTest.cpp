@@ -4,11 +4,7 @@
 
 #include <OSA/HostEvents.h>
 #include <OSA/HostFolders.h>
-#include <gtest/gtest.h>
 #include <signal.h>
-
-#include <chrono>
-#include <thread>
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SCoreFoundation.h"
@@ -17,15 +13,6 @@
 
 namespace osa::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-template <typename Condition>
-bool comesTrue(Condition condition) {
-    for (int left = 1000; left > 0 && !condition(); --left)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return condition();
-}
 
 class Applications : public testing::Test {
   protected:
@@ -54,8 +41,7 @@ class Applications : public testing::Test {
         const std::string report = home_.path("report." + program);
         if (!comesTrue([&] { return fs::exists(report); })) return "(none)";
         std::ifstream in(report);
-        std::string line;
-        std::string last;
+        std::string line, last;
         while (std::getline(in, line)) last = line;
         fs::remove(report);
         return last;
@@ -72,8 +58,7 @@ TEST_F(Applications, AreFoundLaunchedMetAndGone) {
     const struct {
         CFStringRef bundleID;
         UInt32 signature;
-        std::string path;
-        std::string program;
+        std::string path, program;
     } rows[] = {
         {CFSTR("org.example.osa.pen"), 'OsAp', home_.path("Applications/Pen.app"), "pen"},
         {CFSTR("org.example.osa.quill"), 'OsAq',
@@ -175,7 +160,7 @@ TEST_F(Applications, KeysRequiredParametersAndHelp) {
         std::string url;
         comesTrue([&] { return std::getline(std::ifstream(home_.path("shown")), url).good(); });
         fs::remove(home_.path("shown"));
-        return url.substr(url.rfind("Resources/") + 10);
+        return url.substr(std::min(url.size(), url.rfind("Resources/") + 10));
     };
     GotoHelpPage(utf16("pages/b c.html"), utf16("part"));
     EXPECT_EQ(shown(), "Example%20Help/pages/b%20c.html#part");

@@ -1,16 +1,11 @@
 // Every getter on every stored type at its extremes; the order of fallbacks; classification.
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDescReader.h"
 
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/AEObjects.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cstdio>
-#include <vector>
 
 #include "tests/support/Descriptors.h"
 
@@ -29,25 +24,23 @@ std::string code(OSType value) {
 }
 
 std::string numbersOf(const CAEDescReader& desc) {
-    const auto text = [](auto value) { return std::to_string(value); };
-    return outcome([&] { return text(desc.GetShort()); }) + " " +
-           outcome([&] { return text(desc.GetUShort()); }) + " " +
-           outcome([&] { return text(desc.GetLong()); }) + " " +
-           outcome([&] { return text(desc.GetULong()); }) + " " +
-           outcome([&] { return text(desc.GetLongLong()); }) + " " +
-           outcome([&] { return text(desc.GetFixed()); }) + " " +
-           outcome([&] { return number(desc.GetDouble()); }) + " " +
-           outcome([&] { return number(static_cast<double>(desc.GetFloat())); });
+    std::string all;
+    const auto add = [&](auto... getters) {
+        const auto one = [&](auto get) { return [&, get] { return number((desc.*get)()); }; };
+        ((all += (all.empty() ? "" : " ") + outcome(one(getters))), ...);
+    };
+    using R = CAEDescReader;
+    add(&R::GetShort, &R::GetUShort, &R::GetLong, &R::GetULong, &R::GetLongLong, &R::GetFixed,
+        &R::GetDouble, &R::GetFloat);
+    return all;
 }
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST(Getters, NumbersAreReadOrCoercedAsTheTableSays) {
     constexpr char none[] = "E-1700 E-1700 E-1700 E-1700 E-1700 E-1700 E-1700 E-1700";
-    const struct {
-        CAEDesc stored;
-        const char* expected;  // short ushort long ulong longlong fixed double float
-    } rows[] = {
+    // short, unsigned short, long, unsigned long, long long, fixed, double, float
+    const std::tuple<CAEDesc, const char*> rows[] = {
         {descOf('shor', SInt16{-1}), "-1 65535 -1 4294967295 -1 -1 -1 -1"},
         {descOf('shor', SInt16{-32768}),
          "-32768 32768 -32768 4294934528 -32768 -32768 -32768 -32768"},
@@ -81,10 +74,8 @@ TEST(Getters, NumbersAreReadOrCoercedAsTheTableSays) {
         {descOf('enum', OSType{'yes '}), none},
         {descOf('long', "ab"), "E-1702 E-1702 E-1702 E-1702 E-1702 E-1702 E-1702 E-1702"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(code(row.stored.GetType()) + " row " + std::to_string(&row - rows));
-        EXPECT_EQ(numbersOf(row.stored), row.expected);
-    }
+    for (const auto& [stored, expected] : rows)
+        EXPECT_EQ(numbersOf(stored), expected) << code(stored.GetType()) << " " << dataOf(stored);
 }
 
 std::string codesOf(const CAEDescReader& desc) {
@@ -96,10 +87,8 @@ std::string codesOf(const CAEDescReader& desc) {
 }
 
 TEST(Getters, BooleansAndCodesAreReadOrCoercedAsTheTableSays) {
-    const struct {
-        CAEDesc stored;
-        const char* expected;  // Boolean, enumeration, type, signature
-    } rows[] = {
+    // expected: Boolean, enumeration, type, signature
+    const std::tuple<CAEDesc, const char*> rows[] = {
         {descOf('true', ""), "yes true E-1700 E-1700"},
         {descOf('fals', ""), "no fals E-1700 E-1700"},
         {descOf('bool', "\x80"), "yes true E-1700 E-1700"},
@@ -112,8 +101,8 @@ TEST(Getters, BooleansAndCodesAreReadOrCoercedAsTheTableSays) {
         {descOf('TEXT', "msng"), "E-1700 msng msng msng missing"},
         {descOf('sign', OSType{'ToyS'}), "E-1700 ToyS ToyS ToyS"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(codesOf(row.stored), row.expected) << code(row.stored.GetType());
+    for (const auto& [stored, expected] : rows) {
+        EXPECT_EQ(codesOf(stored), expected) << code(stored.GetType());
     }
 }
 
@@ -173,20 +162,18 @@ TEST(Getters, FallBackInOrderAndOnlyOnTheStatusesTheyMay) {
     const auto handler = reinterpret_cast<AECoercionHandlerUPP>(&Script::coerce);
     ASSERT_EQ(AEInstallCoercionHandler('try ', typeWildCard, handler, 0, false, false), noErr);
     const CAEDesc tried = descOf('try ', "x");
-    const CFIndex blocks = OSALiveBlockCount();
+    using R = CAEDescReader;
     const auto number = [&](auto getter) {
         return [&tried, getter] { return std::to_string((tried.*getter)()); };
     };
-    const auto string = [&] {
-        std::string text;
-        tried.GetString(text);
-        return text;
+    const auto into = [&](auto text) {
+        return [&tried, text]() mutable {
+            tried.GetString(text);
+            return std::string(text.begin(), text.end());
+        };
     };
-    const auto units = [&] {
-        TCLString text;
-        tried.GetString(text);
-        return std::string(text.begin(), text.end());
-    };
+    const auto string = into(std::string());
+    const auto units = into(TCLString());
     const auto data = [&] {
         std::string text;
         tried.GetStringData(text);
@@ -198,32 +185,23 @@ TEST(Getters, FallBackInOrderAndOnlyOnTheStatusesTheyMay) {
         return std::string(reinterpret_cast<char*>(text) + 1, text[0]);
     };
     constexpr OSErr no = errAECoercionFail;
-    const struct {
-        std::function<std::string()> get;
-        std::vector<OSErr> statuses;
-        const char* asked;
-        const char* expected;
-    } rows[] = {
-        {number(&CAEDescReader::GetUShort), {no, no, noErr}, "magn long shor ", "1"},
-        {number(&CAEDescReader::GetUShort), {no, no, no}, "magn long shor ", "E-1700"},
-        {number(&CAEDescReader::GetULong), {no, noErr}, "magn long ", "1"},
-        {number(&CAEDescReader::GetULong), {paramErr}, "magn ", "E-50"},
-        {number(&CAEDescReader::GetULong), {no, fnfErr}, "magn long ", "E-43"},
-        {number(&CAEDescReader::GetFixed),
-         {no, no, no, no, noErr},
-         "fixd doub sing long shor ",
-         "1"},
-        {number(&CAEDescReader::GetFixed), {noErr}, "fixd ", "65536"},
-        {number(&CAEDescReader::GetDouble),
-         {no, no, no, no},
-         "doub sing fixd long shor ",
-         "E-1700"},
-        {number(&CAEDescReader::GetFloat), {no, no, noErr}, "sing doub fixd ", "1.000000"},
-        {number(&CAEDescReader::GetLongLong), {no}, "long ", "E-1700"},
-        {number(&CAEDescReader::GetShort), {no}, "shor ", "E-1700"},
-        {number(&CAEDescReader::GetTypeType), {fnfErr}, "type ", "E-43"},
-        {number(&CAEDescReader::GetSignature), {no, no}, "sign fsrf ", "E-1700"},
-        {number(&CAEDescReader::GetSignature), {paramErr}, "sign ", "E-50"},
+    using Row =
+        std::tuple<std::function<std::string()>, std::vector<OSErr>, std::string, std::string>;
+    const Row rows[] = {
+        {number(&R::GetUShort), {no, no, noErr}, "magn long shor ", "1"},
+        {number(&R::GetUShort), {no, no, no}, "magn long shor ", "E-1700"},
+        {number(&R::GetULong), {no, noErr}, "magn long ", "1"},
+        {number(&R::GetULong), {paramErr}, "magn ", "E-50"},
+        {number(&R::GetULong), {no, fnfErr}, "magn long ", "E-43"},
+        {number(&R::GetFixed), {no, no, no, no, noErr}, "fixd doub sing long shor ", "1"},
+        {number(&R::GetFixed), {noErr}, "fixd ", "65536"},
+        {number(&R::GetDouble), {no, no, no, no}, "doub sing fixd long shor ", "E-1700"},
+        {number(&R::GetFloat), {no, no, noErr}, "sing doub fixd ", "1.000000"},
+        {number(&R::GetLongLong), {no}, "long ", "E-1700"},
+        {number(&R::GetShort), {no}, "shor ", "E-1700"},
+        {number(&R::GetTypeType), {fnfErr}, "type ", "E-43"},
+        {number(&R::GetSignature), {no, no}, "sign fsrf ", "E-1700"},
+        {number(&R::GetSignature), {paramErr}, "sign ", "E-50"},
         {units, {paramErr, noErr}, "utxt STXT ", "text"},
         {units, {no, noErr}, "utxt STXT ", "text"},
         {units, {no, paramErr}, "utxt STXT ", "E-50"},
@@ -234,13 +212,12 @@ TEST(Getters, FallBackInOrderAndOnlyOnTheStatusesTheyMay) {
         {pascal, {no}, "TEXT ", "E-1700"},
         {data, {paramErr}, "utf8 ", "E-50"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        Script script{row.statuses, ""};
+    for (const auto& [get, statuses, asked, expected] : rows) {
+        const NoLeaks leaks;
+        Script script{statuses, ""};
         Script::current = &script;
-        EXPECT_EQ(outcome(row.get), row.expected);
-        EXPECT_EQ(script.asked, row.asked);
-        EXPECT_EQ(OSALiveBlockCount(), blocks);
+        EXPECT_EQ(outcome(get), expected) << asked;
+        EXPECT_EQ(script.asked, asked);
     }
     EXPECT_EQ(AERemoveCoercionHandler('try ', typeWildCard, handler, false), noErr);
 }
@@ -280,17 +257,21 @@ TEST(Getters, StringsComeInEveryFormAndAreCutWhereTheyMustBe) {
 }
 
 TEST(Copiers, TakeTheUsualAttributesAndEveryField) {
-    CAEDesc event;
-    AEDesc made;
-    ASSERT_EQ(AECreateAppleEvent('aevt', 'odoc', nullptr, 77, 0, &made), noErr);
-    event.Copy(&made);
-    AEDisposeDesc(&made);
+    const auto makeEvent = [](AEReturnID returnID) {
+        AEDesc made;
+        FailOSErr(AECreateAppleEvent('aevt', 'odoc', nullptr, returnID, 0, &made));
+        CAEDesc event(CAEDescReader{made});
+        AEDisposeDesc(&made);
+        return event;
+    };
+    CAEDesc event = makeEvent(77);
     event.SetProperty('----', descOf('TEXT', "x"));
     event.SetAttribute(keyTimeoutAttr, descOf('long', 60));
     event.SetAttribute(keySubjectAttr, CAEDesc());
     event.SetAttribute('othr', descOf('long', 1));
     EXPECT_EQ(event.GetReturnID(), 77);
 
+    AEDesc made;
     ASSERT_EQ(AECreateList(nullptr, 0, true, &made), noErr);
     CAEDesc record(CAEDescReader{made});
     AEDisposeDesc(&made);
@@ -298,10 +279,7 @@ TEST(Copiers, TakeTheUsualAttributesAndEveryField) {
     std::string keys;
     for (SInt32 i = 1; i <= record.CountItems(); ++i) keys += code(record.GetPropertyKeyword(i));
     EXPECT_EQ(keys, "subjtimomiss");
-    CAEDesc other;
-    ASSERT_EQ(AECreateAppleEvent('misc', 'dosc', nullptr, -1, 0, &made), noErr);
-    other.Copy(&made);
-    AEDisposeDesc(&made);
+    CAEDesc other = makeEvent(-1);
     record.CopyAttributes(other);
     CAEDesc value;
     other.GetAttribute(keyTimeoutAttr, value, 'TEXT');
@@ -319,23 +297,18 @@ TEST(Copiers, TakeTheUsualAttributesAndEveryField) {
 }
 
 TEST(Classification, AFileSpecifierNamesAFileAlone) {
-    const struct {
-        DescType wanted;
-        DescType form;
-        DescType keyType;
-        bool isContained;
-        bool isFile;
-    } rows[] = {{'file', 'name', 'TEXT', false, true},  {'alis', 'name', 'furl', false, true},
-                {'cwin', 'name', 'TEXT', false, false}, {'file', 'indx', 'TEXT', false, false},
-                {'file', 'name', 'long', false, false}, {'file', 'name', 'utxt', true, false}};
-    for (const auto& row : rows) {
-        CAEDesc container = row.isContained ? descOf('TEXT', "disk") : CAEDesc();
-        CAEDesc key = descOf(row.keyType, "abcd");
+    const std::tuple<DescType, DescType, DescType, bool, bool> rows[] = {
+        {'file', 'name', 'TEXT', false, true},  {'alis', 'name', 'furl', false, true},
+        {'cwin', 'name', 'TEXT', false, false}, {'file', 'indx', 'TEXT', false, false},
+        {'file', 'name', 'long', false, false}, {'file', 'name', 'utxt', true, false}};
+    for (const auto& [wanted, form, keyType, isContained, isFile] : rows) {
+        CAEDesc container = isContained ? descOf('TEXT', "disk") : CAEDesc();
+        CAEDesc key = descOf(keyType, "abcd");
         AEDesc made;
-        ASSERT_EQ(CreateObjSpecifier(row.wanted, const_cast<AEDesc*>(&container.GetDesc()),
-                                     row.form, const_cast<AEDesc*>(&key.GetDesc()), false, &made),
+        ASSERT_EQ(CreateObjSpecifier(wanted, const_cast<AEDesc*>(&container.GetDesc()), form,
+                                     const_cast<AEDesc*>(&key.GetDesc()), false, &made),
                   noErr);
-        EXPECT_EQ(CAEDescReader(made).IsFile(), row.isFile) << code(row.wanted) << code(row.form);
+        EXPECT_EQ(CAEDescReader(made).IsFile(), isFile) << code(wanted) << code(form);
         AEDisposeDesc(&made);
     }
     EXPECT_EQ(thrown([] { descOf('obj ', "no record").IsFile(); }), errAECoercionFail);

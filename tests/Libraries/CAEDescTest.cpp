@@ -1,12 +1,8 @@
 // The owning descriptor against a simple model, and the forms in which it names files.
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 
-#include <CoreFoundation/CFRef.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <CoreServices/Processes.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
 #include <array>
 #include <optional>
@@ -94,16 +90,14 @@ class Pairs {
 };
 
 TEST(CAEDesc, RandomOperationsKeepWhatTheModelKeepsAndLeakNothing) {
+    const NoLeaks leaks;
     const CFIndex before = OSALiveBlockCount();
-    {
-        std::mt19937 random(20261121);
-        Pairs pairs;
-        for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
-            pairs.step(random);
-            pairs.check(before);
-        }
+    std::mt19937 random(20261121);
+    Pairs pairs;
+    for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
+        pairs.step(random);
+        pairs.check(before);
     }
-    EXPECT_EQ(OSALiveBlockCount(), before);
 }
 
 TEST(CAEDesc, IsMadeOfWhatItIsGiven) {
@@ -134,8 +128,8 @@ TEST(CAEDesc, IsMadeOfWhatItIsGiven) {
 
 TEST(CAEDesc, FailuresOfMemoryLeaveItEmptyAndItsHandleUnlocked) {
     const Handle handle = NewHandleClear(10);
-    const CFIndex before = OSALiveBlockCount();
     {
+        const NoLeaks leaks;
         CAEDesc desc = descOf('TEXT', "old");
         OSAFailOperation(1, true);
         EXPECT_EQ(thrown([&] { desc.Set('data', handle); }), memFullErr);
@@ -146,41 +140,29 @@ TEST(CAEDesc, FailuresOfMemoryLeaveItEmptyAndItsHandleUnlocked) {
         EXPECT_TRUE(desc.Empty());
         EXPECT_EQ(HGetState(handle), 0);
     }
-    EXPECT_EQ(OSALiveBlockCount(), before);
     DisposeHandle(handle);
-}
-
-FSRef referenceTo(const std::string& path) {
-    FSRef ref{};
-    EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
-    return ref;
 }
 
 TEST(CAEDesc, AFileComesInTheFormThatIsAskedFor) {
     const TemporaryFolder folder;
     const std::string path = folder.write("Docs/a:b 50%.txt", "");
-    const FSRef file = referenceTo(path);
-    const FSRef docs = referenceTo(folder.path("Docs"));
-    const struct {
-        DescType asked;
-        DescType given;
-    } rows[] = {{'fsrf', 'fsrf'}, {'fss ', 'fss '}, {'alis', 'alis'}, {'TEXT', 'utxt'},
-                {'ctxt', 'utxt'}, {'utxt', 'utxt'}, {'utf8', 'utf8'}, {'itxt', 'itxt'},
-                {'STXT', 'STXT'}, {'furl', 'furl'}, {'abcd', 'furl'}};
+    const FSRef file = refOf(path), docs = refOf(folder.path("Docs"));
+    const std::tuple<DescType, DescType> rows[] = {
+        {'fsrf', 'fsrf'}, {'fss ', 'fss '}, {'alis', 'alis'}, {'TEXT', 'utxt'},
+        {'ctxt', 'utxt'}, {'utxt', 'utxt'}, {'utf8', 'utf8'}, {'itxt', 'itxt'},
+        {'STXT', 'STXT'}, {'furl', 'furl'}, {'abcd', 'furl'}};
     CAEDesc desc;
-    for (const auto& row : rows) {
-        desc.SetFileSpec(&file, row.asked);
-        EXPECT_EQ(desc.GetType(), row.given) << row.asked;
+    for (const auto& [asked, given] : rows) {
+        desc.SetFileSpec(&file, asked);
+        EXPECT_EQ(desc.GetType(), given) << asked;
         FSRef back{};
-        if (row.given == 'furl' || !desc.IsText()) {
-            desc.GetFileSpec(&back);
-        } else {
+        if (given != 'furl' && desc.IsText()) {
             std::string text;
             desc.GetStringData(text);
             EXPECT_TRUE(text.ends_with(":Docs:a/b 50%.txt")) << text;
-            desc.GetFileSpec(&back);
         }
-        EXPECT_EQ(FSCompareFSRefs(&file, &back), noErr) << row.asked;
+        desc.GetFileSpec(&back);
+        EXPECT_EQ(FSCompareFSRefs(&file, &back), noErr) << asked;
     }
     std::string text;
     desc.SetFileSpec(&docs, 'TEXT');
@@ -215,8 +197,7 @@ TEST(CAEDesc, AFileComesInTheFormThatIsAskedFor) {
 TEST(CAEDesc, ProcessesAndApplicationsAreLookedUp) {
     ProcessSerialNumber own;
     ASSERT_EQ(GetCurrentProcess(&own), noErr);
-    FSRef place;
-    FSRef found;
+    FSRef place, found;
     ASSERT_EQ(GetProcessBundleLocation(&own, &place), noErr);
     CAEDesc(&own).GetFileSpec(&found);
     EXPECT_EQ(FSCompareFSRefs(&place, &found), noErr);

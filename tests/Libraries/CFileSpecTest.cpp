@@ -1,16 +1,10 @@
 // CFileSpec: references that name nothing or something gone, children, bundles, trash, order.
 #include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
 
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/Folders.h>
-#include <CoreServices/MacErrors.h>
 #include <OSA/HostFolders.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <filesystem>
-#include <functional>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "tests/support/Library.h"
@@ -18,8 +12,6 @@
 
 namespace osa::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::function<void(const CFileSpec&)> kQueries[] = {
     [](const CFileSpec& spec) { spec.GetParent(); },
@@ -40,21 +32,16 @@ TEST(CFileSpec, OfNothingAndOfSomethingGoneThrowsItsStatusInEveryQuery) {
     const TemporaryFolder folder;
     const CFileSpec gone = specOf(folder.write("gone", "x"));
     fs::rename(folder.write("other", "another file"), folder.path("gone"));
-    struct Row {
-        const char* name;
-        CFileSpec spec;
-        OSStatus status;
-    };
-    for (const Row& row : {Row{"zeroed", CFileSpec(), errFSBadFSRef}, Row{"gone", gone, fnfErr}}) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [spec, status] :
+         {std::pair(CFileSpec(), OSStatus{errFSBadFSRef}), std::pair(gone, OSStatus{fnfErr})}) {
+        SCOPED_TRACE(status);
         for (const auto& query : kQueries) {
-            EXPECT_EQ(thrown([&] { query(row.spec); }), row.status) << &query - kQueries;
+            EXPECT_EQ(thrown([&, &spec = spec] { query(spec); }), status) << &query - kQueries;
         }
-        EXPECT_FALSE(row.spec.IsFolder());
-        EXPECT_FALSE(row.spec.Exists());
-        EXPECT_EQ(row.spec.GetURL().Get(), nullptr);
-        EXPECT_TRUE(row.spec.GetBundleID().empty());
-        EXPECT_EQ(thrown([&] { row.spec.GetBundle(); }), memFullErr);
+        EXPECT_FALSE(spec.IsFolder() || spec.Exists());
+        EXPECT_EQ(spec.GetURL().Get(), nullptr);
+        EXPECT_TRUE(spec.GetBundleID().empty());
+        EXPECT_EQ(thrown([&spec = spec] { spec.GetBundle(); }), memFullErr);
     }
     EXPECT_FALSE(CFileSpec().IsInTrash());
     EXPECT_EQ(thrown([&] { gone.IsInTrash(); }), fnfErr);
@@ -88,28 +75,21 @@ TEST(CFileSpec, TellsBundlesFromFoldersByTheirLayout) {
     folder.write("Bare/Contents/Resources/x", "");
     folder.write("Doc.rtfd/TXT.rtf", "{\\rtf1}");
     folder.write("Plain/file", "");
-    struct Row {
-        const char* name;
-        OSType type;
-        OSType creator;
-        bool isBundle;
-        bool isApplication;
-    };
-    for (const Row& row : {Row{"Tool.app", 'APPL', 'tool', true, true},
-                           Row{"Script.scptd", 'osas', 'ToyS', true, false},
-                           Row{"Bare", 'BNDL', 0x3F3F3F3F, true, false},
-                           Row{"Doc.rtfd", 0, 0, true, false}, Row{"Plain", 0, 0, false, false}}) {
-        SCOPED_TRACE(row.name);
-        const CFileSpec spec = specOf(folder.path(row.name));
-        OSType type = 0;
-        OSType creator = 0;
-        const OSStatus status =
-            thrown([&] { GetFileTypeAndCreator(&spec.GetFSRef(), &type, &creator); });
-        EXPECT_EQ(status, row.type == 0 ? fnfErr : noErr);
-        EXPECT_EQ(type, row.type);
-        EXPECT_EQ(creator, row.creator);
-        EXPECT_EQ(spec.IsBundle(), row.isBundle);
-        EXPECT_EQ(spec.IsApplication(), row.isApplication);
+    using Row = std::tuple<const char*, OSType, OSType, bool, bool>;
+    for (const auto& [name, itsType, itsCreator, isBundle, isApplication] :
+         {Row{"Tool.app", 'APPL', 'tool', true, true},
+          Row{"Script.scptd", 'osas', 'ToyS', true, false},
+          Row{"Bare", 'BNDL', 0x3F3F3F3F, true, false}, Row{"Doc.rtfd", 0, 0, true, false},
+          Row{"Plain", 0, 0, false, false}}) {
+        SCOPED_TRACE(name);
+        const CFileSpec spec = specOf(folder.path(name));
+        OSType type = 0, creator = 0;
+        EXPECT_EQ(thrown([&] { GetFileTypeAndCreator(&spec.GetFSRef(), &type, &creator); }),
+                  itsType == 0 ? fnfErr : noErr);
+        EXPECT_EQ(type, itsType);
+        EXPECT_EQ(creator, itsCreator);
+        EXPECT_EQ(spec.IsBundle(), isBundle);
+        EXPECT_EQ(spec.IsApplication(), isApplication);
     }
     EXPECT_EQ(specOf(folder.path("Script.scptd")).GetBundleID(), utf16("a.b"));
     EXPECT_EQ(specOf(folder.path("Tool.app")).GetDisplayName(), utf16("Tool"));

@@ -2,15 +2,9 @@
 // back.
 #include "Libraries/TCLClasses/CResFile.h"
 
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
-#include <filesystem>
-#include <functional>
-
-#include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "tests/support/Library.h"
 #include "tests/support/ResourceLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
@@ -18,21 +12,6 @@
 
 namespace osa::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-OSStatus thrown(const std::function<void()>& work) {
-    try {
-        work();
-        return noErr;
-    } catch (OSStatus status) {
-        return status;
-    }
-}
-
-TCLString utf16(const std::string& utf8) {
-    return ToTCLString(utf8.data(), static_cast<UInt32>(utf8.size()), kCFStringEncodingUTF8);
-}
 
 std::string fork() {
     return samples::ResourceForkBuilder()
@@ -51,10 +30,7 @@ class ResFile : public testing::Test {
                       samples::appleDouble(samples::finderInfoBytes(type, 'ToyS', flags), fork()));
     }
     void specify(CFile& file, const std::string& name) {
-        FSRef ref;
-        FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path(name).c_str()), &ref,
-                                nullptr));
-        file.Specify(CFileSpec(ref), true);
+        file.Specify(specOf(folder_.path(name)), true);
     }
 
     TemporaryFolder folder_;
@@ -67,43 +43,29 @@ TEST_F(ResFile, OpensAForkThenAMapInTheDataForkThenABundlesMapElseNothing) {
     folder_.write("Tool.app/Contents/Resources/Tool.rsrc", fork());
     folder_.write("plain", "no resources anywhere");
     folder_.write("Bare.app/Contents/PkgInfo", "APPL????");
-    struct Row {
-        const char* name;
-        OSStatus status;
-        bool isBundle;
-        bool hasFork;
-    };
-    for (const Row& row : {Row{"fork", noErr, false, true}, Row{"map", noErr, false, false},
-                           Row{"Tool.app", noErr, true, true}, Row{"plain", fnfErr, false, false},
-                           Row{"Bare.app", fnfErr, false, false}}) {
-        SCOPED_TRACE(row.name);
-        const CFIndex openBefore = OSAOpenFileCount();
-        {
-            CResFile file;
-            specify(file, row.name);
-            EXPECT_EQ(file.HasResFork(), row.hasFork);
-            EXPECT_EQ(thrown([&] { file.Open(fsRdPerm); }), row.status);
-            EXPECT_EQ(file.IsOpen(), row.status == noErr);
-            EXPECT_EQ(file.IsBundleResourceFile(), row.isBundle);
-            if (file.IsOpen()) {
-                EXPECT_TRUE(file.ResourceExists('plst', SInt16{0}));
-                EXPECT_TRUE(file.HasResFork());
-            }
-        }
-        EXPECT_EQ(OSAOpenFileCount(), openBefore) << "the destructor closes";
-    }
-}
-
-TEST_F(ResFile, TakesTheForkBeforeTheMapWhateverPermissionIsAsked) {
+    // Its fork goes before its map, whatever permission is asked.
     folder_.write("both", samples::ResourceForkBuilder().add('DATA', 1, "map").text());
-    folder_.write("._both",
-                  samples::appleDouble(samples::finderInfoBytes('osas', 'ToyS', 0), fork()));
-    for (const SInt8 permission : {fsCurPerm, fsRdPerm, fsWrPerm, fsRdWrPerm}) {
+    folder_.write("._both", samples::appleDouble(samples::finderInfoBytes('osas', 0, 0), fork()));
+    using Row = std::tuple<const char*, SInt8, OSStatus, bool, bool>;
+    for (const auto& [name, permission, status, isBundle, hasFork] :
+         {Row{"fork", fsRdPerm, noErr, false, true}, Row{"map", fsRdPerm, noErr, false, false},
+          Row{"Tool.app", fsRdPerm, noErr, true, true},
+          Row{"plain", fsRdPerm, fnfErr, false, false},
+          Row{"Bare.app", fsRdPerm, fnfErr, false, false},
+          Row{"both", fsCurPerm, noErr, false, true}, Row{"both", fsRdPerm, noErr, false, true},
+          Row{"both", fsWrPerm, noErr, false, true}, Row{"both", fsRdWrPerm, noErr, false, true}}) {
+        SCOPED_TRACE(name);
+        const NoLeaks closed;
         CResFile file;
-        specify(file, "both");
-        file.Open(permission);
+        specify(file, name);
+        EXPECT_EQ(file.HasResFork(), hasFork);
+        EXPECT_EQ(thrown([&, permission = permission] { file.Open(permission); }), status);
+        EXPECT_EQ(file.IsOpen(), status == noErr);
+        EXPECT_EQ(file.IsBundleResourceFile(), isBundle);
+        if (!file.IsOpen()) continue;
         EXPECT_TRUE(file.ResourceExists('plst', SInt16{0}));
         EXPECT_FALSE(file.ResourceExists('DATA', SInt16{1}));
+        EXPECT_TRUE(file.HasResFork());
     }
 }
 
@@ -186,12 +148,9 @@ TEST_F(ResFile, FollowsAliasesOnceForAnIdentity) {
     fs::create_symlink("script", folder_.path("link"));
     fs::create_symlink("nowhere", folder_.path("broken"));
     fs::create_directory(folder_.path("folder"));
-    FSRef parent;
-    FailOSErr(
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
-    const CFileSpec parentSpec(parent);
+    const CFileSpec parent = specOf(folder_.path());
     CResFile file;
-    file.Specify(parentSpec.Make("link"), true);
+    file.Specify(parent.Make("link"), true);
     file.ResolveFileAlias();
     TCLString name;
     file.GetName(name);
@@ -200,21 +159,18 @@ TEST_F(ResFile, FollowsAliasesOnceForAnIdentity) {
     EXPECT_FALSE(file.ExistsOnDisk()) << "the reference is to a name in a folder";
     fs::rename(folder_.path("moved"), folder_.path("script"));
     CFile other;
-    other.Specify(parentSpec.Make("folder"), true);
+    other.Specify(parent.Make("folder"), true);
     EXPECT_EQ(thrown([&] { other.ResolveFileAlias(false); }), paramErr);
-    other.Specify(parentSpec.Make("broken"), true);
+    other.Specify(parent.Make("broken"), true);
     EXPECT_EQ(thrown([&] { other.ResolveFileAlias(false); }), fnfErr);
 }
 
 TEST_F(ResFile, NamesFilesThatDoNotExistYetByFolderAndName) {
-    FSRef parent;
-    FailOSErr(
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
     for (const std::string leaf :
          {"new file", "50% of #1?", "slash/colon", "\xE6\x97\xA5\xF0\x9F\x98\x80"}) {
         SCOPED_TRACE(leaf);
         CFile file;
-        file.Specify(CFileSpec(parent), utf16(leaf), false);
+        file.Specify(specOf(folder_.path()), utf16(leaf), false);
         EXPECT_FALSE(file.ExistsOnDisk());
         EXPECT_FALSE(file.IsFileInTrash());
         TCLString name;
@@ -264,15 +220,15 @@ const Writing kWritings[] = {
          const ResFileRefNum current = CurResFile();
          file.MakeCurrent();
          const Handle handle = Get1Resource('TEXT', 129);
-         OSErr status = ResError();
+         const OSErr status = ResError();
          UseResFile(current);
          FailOSErr(status);
          SetHandleSize(handle, 2);
          FailOSErr(MemError());
          BlockMoveData("ab", *handle, 2);
          ChangedResource(handle);
-         status = ResError();
-         FailOSErr(status);
+         const OSErr changed = ResError();
+         FailOSErr(changed);
          file.Update();
      },
      {kOld[0], "TEXT 129 0 ab", kOld[2]}},
@@ -327,15 +283,12 @@ TEST_F(ResFile, StoresReplacesAndDeletesWhicheverOperationFails) {
 }
 
 TEST_F(ResFile, GivesFilesMapsInEitherForkOnceAndMakesThoseThatAreMissing) {
-    FSRef parent;
-    FailOSErr(
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(folder_.path().c_str()), &parent, nullptr));
     for (const auto& [isDataFork, exists] : {std::pair(false, true), std::pair(true, true),
                                              std::pair(false, false), std::pair(true, false)}) {
         SCOPED_TRACE(std::to_string(isDataFork) + std::to_string(exists));
         if (exists) folder_.write("made", "");
         CResFile file;
-        file.Specify(CFileSpec(parent), utf16("made"), false);
+        file.Specify(specOf(folder_.path()), utf16("made"), false);
         const auto create = [&] {
             isDataFork ? file.CreateNewDataFork('ToyS', 'osas') : file.CreateNew('ToyS', 'osas');
         };

@@ -3,9 +3,6 @@
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 
 #include <CoreFoundation/CFNumber.h>
-#include <CoreFoundation/CFRef.h>
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/Library.h"
 
@@ -26,11 +23,7 @@ TCLString units(const char16_t* text) {
 
 TEST(SniffTextEncoding, LooksAtMarksThenAtZeroBytesInItsOrder) {
     const UInt32 system = CFStringGetSystemEncoding();
-    struct Row {
-        std::string bytes;
-        UInt32 encoding;
-    };
-    const Row rows[] = {
+    const std::tuple<std::string, UInt32> rows[] = {
         {"\xEF\xBB\xBF\x41", kCFStringEncodingUTF8},
         {"\xEF\xBB", system},
         {{"\xFF\xFE\x41\x00", 4}, kCFStringEncodingUTF16LE},
@@ -44,7 +37,8 @@ TEST(SniffTextEncoding, LooksAtMarksThenAtZeroBytesInItsOrder) {
         {"A", system},
         {"", system},
     };
-    for (const Row& row : rows) EXPECT_EQ(SniffTextEncoding(row.bytes), row.encoding) << row.bytes;
+    for (const auto& [bytes, encoding] : rows)
+        EXPECT_EQ(SniffTextEncoding(bytes), encoding) << bytes;
     EXPECT_EQ(SniffTextEncoding(nullptr, 9), system);
     EXPECT_EQ(SniffTextEncoding(SHandle()), system);
     const UniChar letter = 'A';

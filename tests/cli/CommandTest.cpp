@@ -1,12 +1,9 @@
 // The program as scripts use it: output, error lines and exit statuses.
 #include <CoreServices/Aliases.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/ResourceLines.h"
@@ -220,7 +217,7 @@ TEST_F(Command, ChangesResourcesInTheOrderGivenAllOrNone) {
     folder_.write("plain", "text");
     folder_.write("wrapped", samples::wrappedFork(fork));
     EXPECT_EQ(edit("--set T:1=data --delete T:2 plain").exitStatus, 1);
-    EXPECT_FALSE(std::filesystem::exists(folder_.path("._plain"))) << "no fork was made for it";
+    EXPECT_FALSE(fs::exists(folder_.path("._plain"))) << "no fork was made for it";
     EXPECT_EQ(edit("--set T:1=data wrapped").exitStatus, 1) << "a container";
     EXPECT_EQ(edit("--set T:1=data plain").exitStatus, 0);
     EXPECT_EQ(resourceLines(folder_.path("plain")), (Lines{"T    1 0 new data"}));
@@ -242,9 +239,8 @@ TEST_F(Command, DescribesFlattenedDescriptors) {
 
 TEST_F(Command, ExplainsAliasesAndWhereTheyLead) {
     const std::string target = folder_.write("deep/target", "");
-    FSRef ref;
+    const FSRef ref = refOf(target);
     AliasHandle record = nullptr;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(target.c_str()), &ref, nullptr), noErr);
     ASSERT_EQ(FSNewAlias(nullptr, &ref, &record), noErr);
     const auto handle = reinterpret_cast<Handle>(record);
     const std::string bytes(*handle, static_cast<std::size_t>(GetHandleSize(handle)));
@@ -254,7 +250,7 @@ TEST_F(Command, ExplainsAliasesAndWhereTheyLead) {
     folder_.write("._alias", samples::appleDouble(
                                  samples::finderInfoBytes('alis', 'MACS', 0x8000),
                                  samples::ResourceForkBuilder().add('alis', 0, bytes).text()));
-    std::filesystem::create_symlink("deep/target", folder_.path("link"));
+    fs::create_symlink("deep/target", folder_.path("link"));
     const auto lead = [&](const char* name) {
         const Outcome outcome = run("alias --json " + quoted(folder_.path(name)), "2>/dev/null");
         const Json json = Json::parse(outcome.output);
@@ -265,15 +261,15 @@ TEST_F(Command, ExplainsAliasesAndWhereTheyLead) {
     EXPECT_EQ(lead("raw"), "alias record: path");
     EXPECT_EQ(lead("alias"), "alias file: path");
     EXPECT_EQ(lead("link"), "symbolic link: link");
-    std::filesystem::rename(target, folder_.path("deep/renamed"));
+    fs::rename(target, folder_.path("deep/renamed"));
     EXPECT_EQ(lead("raw"), "alias record: number");
     EXPECT_EQ(lead("link"), "symbolic link: nowhere");
-    std::filesystem::rename(folder_.path("deep/renamed"), folder_.path("moved"));
+    fs::rename(folder_.path("deep/renamed"), folder_.path("moved"));
     EXPECT_EQ(lead("alias"), "alias file: search");
     const Outcome text = run("alias " + quoted(folder_.path("alias")));
     EXPECT_NE(text.output.find("    target           target\n"), std::string::npos) << text.output;
     EXPECT_NE(text.output.find("/moved\n"), std::string::npos) << text.output;
-    std::filesystem::remove(folder_.path("moved"));
+    fs::remove(folder_.path("moved"));
     EXPECT_EQ(lead("alias"), "alias file: nowhere");
     EXPECT_NE(run("alias " + quoted(folder_.write("plain", "x"))).output.find("is no alias"),
               std::string::npos);

@@ -1,10 +1,7 @@
 // Alias records of the corpus: what systems of 1991 and later wrote, read by eye and here.
 #include <CoreServices/Aliases.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <OSA/ResourceListing.h>
-
-#include <set>
 
 #include "tests/corpus/Corpus.h"
 
@@ -35,8 +32,7 @@ TEST_F(OldAliases, AreReadAsTheirNamesSay) {
     for (const fs::path& file : files("rsrc")) {
         const AliasHandle alias = onlyAlias(file);
         if (alias == nullptr) continue;
-        HFSUniStr255 name{};
-        HFSUniStr255 volume{};
+        HFSUniStr255 name{}, volume{};
         FSAliasInfo info{};
         FSRef target;
         EXPECT_EQ(FSCopyAliasInfo(alias, &name, &volume, nullptr, nullptr, &info), noErr);

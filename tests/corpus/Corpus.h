@@ -6,20 +6,11 @@
 #pragma once
 
 #include <CoreFoundation/CFData.h>
-#include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "tests/support/ImportFixture.h"
 
 namespace osa::test {
-
-namespace fs = std::filesystem;
 
 class Corpus : public testing::Test {
   protected:
@@ -42,14 +33,6 @@ class Corpus : public testing::Test {
 
     fs::path root_;
 };
-
-inline CFRef<CFDataRef> dataOf(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(in), {});
-    return CFRef<CFDataRef>::Adopt(CFDataCreate(kCFAllocatorDefault,
-                                                reinterpret_cast<const UInt8*>(bytes.data()),
-                                                static_cast<CFIndex>(bytes.size())));
-}
 
 /// A text read by eye and by another reader, told by its length and the FNV-1a of its UTF-16.
 struct KnownText {

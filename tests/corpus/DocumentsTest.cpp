@@ -1,11 +1,7 @@
 // Archives, property lists and rich text of the corpus through the functions that read them.
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFPropertyList.h>
-#include <CoreFoundation/CFURL.h>
 #include <Foundation/Foundation.h>
-
-#include <map>
-#include <memory>
 
 #include "tests/corpus/Corpus.h"
 
@@ -26,7 +22,8 @@ TEST_F(Documents, ArchivesAreReadOrRefusedWithAReason) {
         const auto pool = makePool();
         const bool isIndex = file.extension() == ".helpindex";
         try {
-            const CFTypeRef root = NSUnarchiver::unarchiveObjectWithData(dataOf(file).get());
+            const CFTypeRef root =
+                NSUnarchiver::unarchiveObjectWithData(dataOf(contentOf(file)).get());
             ++outcomes[root == nullptr ? "of classes that lists do not have" : "read"];
             EXPECT_TRUE(!isIndex || (root && CFGetTypeID(root) == CFDictionaryGetTypeID()));
         } catch (const NSException& refused) {
@@ -64,7 +61,7 @@ TEST_F(Documents, PropertyListsAreReadAndSurviveWriting) {
     for (const fs::path& file : files("")) {
         if (!isList(file)) continue;
         SCOPED_TRACE(file);
-        const CFRef<CFTypeRef> list = listOf(dataOf(file));
+        const CFRef<CFTypeRef> list = listOf(dataOf(contentOf(file)));
         if (maySpoil(file)) {
             spoiltRead += list ? 1 : 0;
             continue;
@@ -99,11 +96,7 @@ const KnownText kTexts[] = {
 };
 
 CFStringRef textOf(const fs::path& file) {
-    const std::string path = file;
-    const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()),
-        false));
-    return NSAttributedString::initWithURL(url.get(), nullptr).string();
+    return NSAttributedString::initWithURL(urlOf(file).get(), nullptr).string();
 }
 
 TEST_F(Documents, RichTextGivesTheCharactersThatWereWritten) {

@@ -1,6 +1,4 @@
 // Every file and folder of the corpus through the plug-in.
-#include <map>
-
 #include "cli/RecordFormat.h"
 #include "tests/corpus/Corpus.h"
 

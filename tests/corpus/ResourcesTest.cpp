@@ -1,13 +1,8 @@
 // Every resource of the corpus through the listing, and every fork written anew: what was not
 // changed stays as it was.
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <CoreServices/Resources.h>
 #include <OSA/ResourceListing.h>
-
-#include <cstring>
-#include <map>
-#include <memory>
 
 #include "tests/corpus/Corpus.h"
 #include "tests/support/ResourceLines.h"
@@ -68,8 +63,7 @@ TEST_F(ListedResources, ExpandToWhatTheyWereBeforeTheyWereCompressed) {
         const std::size_t place = twin.find(mark);
         if (place == twin.npos) continue;
         SCOPED_TRACE(file);
-        ResourceList compressed;
-        ResourceList plain;
+        ResourceList compressed, plain;
         ASSERT_EQ(openList(file, compressed), noErr);
         ASSERT_EQ(openList(twin.replace(place, mark.size(), "__uncompressed__"), plain), noErr);
         std::map<std::pair<ResType, SInt16>, CFRef<CFDataRef>> expected;
@@ -92,8 +86,7 @@ TEST_F(ListedResources, ExpandToWhatTheyWereBeforeTheyWereCompressed) {
 }
 
 ResFileRefNum openForWriting(const std::string& path) {
-    FSRef ref{};
-    FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
+    const FSRef ref = refOf(path);
     ResFileRefNum number = FSOpenResFile(&ref, fsRdWrPerm);
     if (number <= 0) FSOpenResourceFile(&ref, 0, nullptr, fsRdWrPerm, &number);
     return number;
@@ -117,12 +110,10 @@ using WrittenResources = Corpus;
 TEST_F(WrittenResources, StayAsTheyWereButForTheOneThatIsChanged) {
     const TemporaryFolder folder;
     const Resources before;
-    int dataForks = 0;
-    int sideFiles = 0;
+    int dataForks = 0, sideFiles = 0;
     for (const fs::path& file : files("")) {
         SCOPED_TRACE(file);
-        std::ifstream in(file, std::ios::binary);
-        const std::string bytes(std::istreambuf_iterator<char>(in), {});
+        const std::string bytes = contentOf(file);
         const bool isSideFile = bytes.starts_with(std::string("\0\5\x16\7", 4));
         const std::string path = folder.write("copy", isSideFile ? "" : bytes);
         for (int* const count : {&dataForks, &sideFiles}) {

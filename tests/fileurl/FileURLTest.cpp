@@ -1,13 +1,9 @@
 // File URL descriptors: to and from everything else that names a file.
 #include "fileurl/FileURL.h"
 
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/AEObjects.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/Resources.h>
-#include <OSA/Diagnostics.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -48,12 +44,6 @@ struct Desc {
 
 using URL = CFRef<CFURLRef>;
 
-URL urlOf(const std::string& path) {
-    return URL::Adopt(CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()),
-        path.ends_with('/')));
-}
-
 Desc makeFURL(const URL& url) {
     Desc made;
     made.status = FURLCreateDescFromCFURL(url.get(), &made.desc);
@@ -62,14 +52,11 @@ Desc makeFURL(const URL& url) {
 
 class FileURL : public testing::Test {
   protected:
-    ~FileURL() override {
-        EXPECT_EQ(OSALiveBlockCount(), blocks_);
-        EXPECT_EQ(OSALiveObjectCount(), objects_);
+    Desc furlOf(const std::string& name) const {
+        return makeFURL(urlOf(folder_.path(name), name.ends_with('/')));
     }
-    Desc furlOf(const std::string& name) const { return makeFURL(urlOf(folder_.path(name))); }
+    const NoLeaks leaks_;
     TemporaryFolder folder_;
-    CFIndex blocks_ = OSALiveBlockCount();
-    CFIndex objects_ = OSALiveObjectCount();
 };
 
 TEST_F(FileURL, GoesToEveryFormAndBack) {
@@ -196,7 +183,7 @@ TEST_F(FileURL, MakesFiles) {
         return function(urlOf(folder_.path(name)).get(), 0, nullptr, &made);
     };
     EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), noErr);
-    EXPECT_TRUE(std::filesystem::exists(folder_.path("a:b ü")));
+    EXPECT_TRUE(fs::exists(folder_.path("a:b ü")));
     EXPECT_EQ(create("a:b ü", FURLCreateFileWithCFURL), dupFNErr);
     EXPECT_EQ(create("no/where", FURLCreateFileWithCFURL), fnfErr);
     EXPECT_EQ(create("res", FURLCreateResFileWithCFURL), noErr);

@@ -1,10 +1,7 @@
 // The extension routines on a real folder.
 #include "fsextensions/FSExtensions.h"
 
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
 #include "Libraries/TCLClasses/CFile.h"
 #include "tests/support/TemporaryFolder.h"
@@ -12,15 +9,9 @@
 namespace osa::test {
 namespace {
 
-FSRef RefTo(const std::string& path) {
-    FSRef ref{};
-    EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
-    return ref;
-}
-
 TEST(FSExtensions, ReadBackWhatTheyWrite) {
     const TemporaryFolder folder;
-    const FSRef refs[] = {RefTo(folder.write("sub/file", "data")), RefTo(folder.path("sub"))};
+    const FSRef refs[] = {refOf(folder.write("sub/file", "data")), refOf(folder.path("sub"))};
     for (const FSRef& ref : refs) {
         FInfo info{'TEXT', 'ttxt', kHasBundle, {}, 0};
         FXInfo extended{4, {}, 0, 0, 0, 7};
@@ -51,10 +42,10 @@ TEST(FSExtensions, ReadBackWhatTheyWrite) {
 TEST(FSExtensions, KnowParentsAndLocks) {
     const TemporaryFolder folder;
     const std::string path = folder.write("file", "");
-    FSRef ref = RefTo(path), root = RefTo("/");
-    const FSRef parent = RefTo(folder.path()), none{};
+    FSRef ref = refOf(path), root = refOf("/");
+    const FSRef parent = refOf(folder.path()), none{};
     EXPECT_EQ(FSCheckLock(&ref), noErr);
-    std::filesystem::permissions(path, std::filesystem::perms(0444));
+    fs::permissions(path, fs::perms(0444));
     EXPECT_EQ(FSCheckLock(&ref), fLckdErr);
     EXPECT_EQ(FSGetParentRef(&ref, &ref), noErr) << "in its own place";
     EXPECT_EQ(FSCompareFSRefs(&ref, &parent), noErr);
@@ -64,7 +55,7 @@ TEST(FSExtensions, KnowParentsAndLocks) {
 }
 
 SInt16 open(const std::string& path, const char16_t* fork, SInt8 permission) {
-    const FSRef ref = RefTo(path);
+    const FSRef ref = refOf(path);
     const auto length = std::char_traits<char16_t>::length(fork);
     SInt16 number = 0;
     EXPECT_EQ(FSOpenFork(&ref, length, reinterpret_cast<const UniChar*>(fork), permission, &number),

@@ -1,7 +1,6 @@
 // The plug-in's object model, called through the published plug-in calls and a plain table of
 // functions.
 #include <CoreFoundation/CFPlugIn.h>
-#include <CoreFoundation/CFRef.h>
 #include <Metadata/MDImporter.h>
 #include <dlfcn.h>
 
@@ -13,10 +12,7 @@ namespace {
 class PluginObject : public testing::Test {
   protected:
     void SetUp() override {
-        const std::string path = std::getenv("OSA_IMPORTER");
-        const auto url = CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
-            kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
-            static_cast<CFIndex>(path.size()), true));
+        const auto url = urlOf(std::getenv("OSA_IMPORTER"), true);
         plugIn_ = CFRef<CFPlugInRef>::Adopt(CFPlugInCreate(kCFAllocatorDefault, url.get()));
         ASSERT_TRUE(plugIn_);
         factory_ = CFRef<CFUUIDRef>::Adopt(CFUUIDCreateFromString(

@@ -1,31 +1,17 @@
 // Every example script through the loaded plug-in: kind, result, attributes and log lines are those
 // that its description expects; nothing leaks, whatever fails on the way.
-#include <fstream>
-#include <set>
-#include <vector>
-
 #include "cli/RecordFormat.h"
 #include "tests/support/ImportFixture.h"
 
 namespace osa::test {
 namespace {
 
-namespace fs = std::filesystem;
 using samples::Json;
-
-std::vector<fs::path> descriptions() {
-    std::vector<fs::path> files;
-    for (const auto& entry :
-         fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
-        if (entry.path().extension() == ".json") files.push_back(entry.path());
-    }
-    return files;
-}
 
 TEST(Samples, AreImportedAsTheyExpect) {
     const auto host = loadImporter();
     std::set<int> kinds;
-    for (const fs::path& file : descriptions()) {
+    for (const fs::path& file : exampleFiles()) {
         SCOPED_TRACE(file.filename());
         const TemporaryFolder folder;
         const Json sample = samples::readSample(file);
@@ -44,7 +30,7 @@ TEST(Samples, LeaveNothingBehindInTenThousandCalls) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
     std::vector<std::string> items;
-    for (const fs::path& file : descriptions()) {
+    for (const fs::path& file : exampleFiles()) {
         items.push_back(samples::writeSample(samples::readSample(file), folder.path()));
     }
     testing::internal::CaptureStderr();
@@ -63,7 +49,7 @@ TEST(Samples, LeaveNothingBehindInTenThousandCalls) {
 TEST(Samples, AreRightOrRefusedWhenAnyOperationFailsAndLeakNothing) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
-    for (const fs::path& file : descriptions()) {
+    for (const fs::path& file : exampleFiles()) {
         SCOPED_TRACE(file.filename());
         const Json sample = samples::readSample(file);
         const std::string item = samples::writeSample(sample, folder.path());
@@ -72,14 +58,14 @@ TEST(Samples, AreRightOrRefusedWhenAnyOperationFailsAndLeakNothing) {
             for (UInt32 nth = 1;; ++nth) {
                 testing::internal::CaptureStderr();
                 const Resources before;
-                OSAFailOperation(nth, fromThenOn);
-                const bool imported =
-                    host->callImporter(item, service::ImporterHost::makeAttributes().get());
-                const bool metFault = OSAFailedOperations() > 0;
-                OSAFailOperation(0, false);
+                bool imported = false;
+                const UInt32 failed = failing(nth, fromThenOn, [&] {
+                    imported =
+                        host->callImporter(item, service::ImporterHost::makeAttributes().get());
+                });
                 EXPECT_EQ(Resources(), before) << "operation " << nth;
                 testing::internal::GetCapturedStderr();
-                if (!metFault) {
+                if (failed == 0) {
                     EXPECT_EQ(imported, expected);
                     break;
                 }

@@ -19,14 +19,10 @@ const Json kScript = {{{"type", "scpt"}, {"id", 128}, {"hex", "00"}}};
 constexpr char kNotFoundLine[] = "OSAImporter: unexpected Mac OS error: -43";
 
 struct FileRow {
-    const char* name;
-    const char* type;
-    const char* creator;
-    Json data;
-    Json resources;
+    const char *name, *type, *creator;
+    Json data, resources;
     ScriptType kind;
-    bool imported;
-    bool logs;
+    bool imported, logs;
 };
 
 const FileRow kFiles[] = {
@@ -72,15 +68,7 @@ TEST(ScriptType, OfFilesFollowsTypeThenContent) {
     }
 }
 
-struct BundleRow {
-    const char* name;
-    const char* item;
-    const char* packageInfo;
-    bool hasScript;
-    ScriptType kind;
-};
-
-const BundleRow kBundles[] = {
+const std::tuple<const char*, const char*, const char*, bool, ScriptType> kBundles[] = {
     {"script bundle by its type", "a.scptd", "osasToyS", true, 4},
     {"script bundle as a plain bundle", "a.scptd", "BNDL????", true, 4},
     {"script bundle by layout alone", "a", nullptr, true, 4},
@@ -96,20 +84,20 @@ const BundleRow kBundles[] = {
 
 TEST(ScriptType, OfBundlesFollowsPackageTypeThenLayout) {
     const auto host = loadImporter();
-    for (const BundleRow& row : kBundles) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, place, packageInfo, hasScript, kind] : kBundles) {
+        SCOPED_TRACE(name);
         const TemporaryFolder folder;
-        const std::string item = folder.path(row.item);
-        folder.write(std::string(row.item) + "/Contents/Resources/x", "");
-        if (row.hasScript)
-            folder.write(std::string(row.item) + "/Contents/Resources/Scripts/main.scpt", "");
-        if (row.packageInfo != nullptr) {
-            folder.write(std::string(row.item) + "/Contents/PkgInfo", row.packageInfo);
+        const std::string item = folder.path(place);
+        folder.write(std::string(place) + "/Contents/Resources/x", "");
+        if (hasScript)
+            folder.write(std::string(place) + "/Contents/Resources/Scripts/main.scpt", "");
+        if (packageInfo != nullptr) {
+            folder.write(std::string(place) + "/Contents/PkgInfo", packageInfo);
         }
         const auto record = host->import(item);
-        EXPECT_EQ(record.kind.value_or(0), row.kind);
+        EXPECT_EQ(record.kind.value_or(0), kind);
         EXPECT_EQ(record.imported,
-                  row.kind == kScriptTypeBundleScript || row.kind == kScriptTypeBundleApplet);
+                  kind == kScriptTypeBundleScript || kind == kScriptTypeBundleApplet);
     }
 }
 

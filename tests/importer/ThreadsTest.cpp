@@ -1,13 +1,9 @@
 // Eight threads importing different files give what one gives.
-#include <thread>
-
 #include "cli/RecordFormat.h"
 #include "tests/support/ImportFixture.h"
 
 namespace osa::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string importedJson(const service::ImporterHost& host, const std::string& path) {
     service::ImportRecord record;
@@ -24,10 +20,8 @@ TEST(Threads, ImportDifferentFilesAtOnceAsOneThreadDoes) {
     const auto host = loadImporter();
     const TemporaryFolder folder;
     std::vector<std::vector<std::string>> items(kThreads);
-    for (const auto& entry :
-         fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
-        if (entry.path().extension() != ".json") continue;
-        samples::Json sample = samples::readSample(entry.path());
+    for (const fs::path& file : exampleFiles()) {
+        samples::Json sample = samples::readSample(file);
         const std::string name = sample.at("name");
         for (int thread = 0; thread < kThreads; ++thread) {
             sample["name"] = std::to_string(thread) + " " + name;

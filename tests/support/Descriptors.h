@@ -1,10 +1,6 @@
 // Descriptors for tests: made in one expression, their content and statuses compared as text.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <string_view>
-
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 #include "tests/support/Library.h"
 

@@ -1,13 +1,5 @@
-// The loaded plug-in, and counts of what must not leak.
+// The loaded plug-in.
 #pragma once
-
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <string>
 
 #include "service/ImporterHost.h"
 #include "tests/support/TemporaryFolder.h"
@@ -23,18 +15,14 @@ inline std::unique_ptr<service::ImporterHost> loadImporter() {
     return host;
 }
 
-/// Live objects, blocks, open files and descriptors of the process.
-struct Resources {
-    CFIndex objects = OSALiveObjectCount();
-    CFIndex blocks = OSALiveBlockCount();
-    CFIndex openFiles = OSAOpenFileCount();
-    long descriptors = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-
-    bool operator==(const Resources&) const = default;
-    friend std::ostream& operator<<(std::ostream& out, const Resources& counts) {
-        return out << counts.objects << " objects, " << counts.blocks << " blocks, "
-                   << counts.openFiles << " open files, " << counts.descriptors << " descriptors";
+/// The descriptions of the example scripts.
+inline std::vector<fs::path> exampleFiles() {
+    std::vector<fs::path> files;
+    for (const auto& entry :
+         fs::directory_iterator(fs::path(std::getenv("OSA_SOURCE_DIR")) / "examples")) {
+        if (entry.path().extension() == ".json") files.push_back(entry.path());
     }
-};
+    return files;
+}
 
 }  // namespace osa::test

@@ -1,13 +1,9 @@
 // What tests of the support library share: statuses that are thrown, names, references.
 #pragma once
 
-#include <CoreServices/MacErrors.h>
-
-#include <functional>
-#include <string>
-
 #include "Libraries/MacToolboxLib/TBUtilities/CFileSpec.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "tests/support/Test.h"
 
 namespace osa::test {
 
@@ -26,9 +22,7 @@ inline TCLString utf16(const std::string& utf8) {
 }
 
 inline CFileSpec specOf(const std::string& path) {
-    FSRef ref{};
-    FailOSErr(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr));
-    return CFileSpec(ref);
+    return CFileSpec(refOf(path));
 }
 
 }  // namespace osa::test

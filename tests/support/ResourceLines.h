@@ -1,12 +1,9 @@
 // The resources of a file as lines of text, to be compared.
 #pragma once
 
-#include <CoreServices/MacErrors.h>
 #include <OSA/ResourceListing.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include "tests/support/Test.h"
 
 namespace osa::test {
 
@@ -29,8 +26,7 @@ inline Lines resourceLines(const std::string& path) {
         const std::string name(info.name + 1, info.name + 1 + info.name[0]);
         lines.push_back(line + (info.hasName ? " '" + name + "' " : " "));
         if (data == nullptr) continue;
-        lines.back().append(reinterpret_cast<const char*>(CFDataGetBytePtr(data)),
-                            static_cast<std::size_t>(CFDataGetLength(data)));
+        lines.back() += bytesOf(data);
         CFRelease(data);
     }
     OSAResourceListClose(list);

@@ -1,25 +1,21 @@
 // A folder for one test, gone with all that is in it when the test ends.
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <string_view>
+#include "tests/support/Test.h"
 
 namespace osa::test {
 
 class TemporaryFolder {
   public:
     TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "osa-test-XXXXXX").string();
+        std::string pattern = (fs::temp_directory_path() / "osa-test-XXXXXX").string();
         const char* const made = ::mkdtemp(pattern.data());
         if (made == nullptr) std::abort();
         path_ = made;
     }
     ~TemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        fs::remove_all(path_, ignored);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -29,8 +25,8 @@ class TemporaryFolder {
 
     /// Writes a file, with the folders it lies in, and answers its path.
     std::string write(const std::string& name, std::string_view content) const {
-        const std::filesystem::path file = path(name);
-        std::filesystem::create_directories(file.parent_path());
+        const fs::path file = path(name);
+        fs::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << content;
         return file.string();
     }

@@ -46,9 +46,10 @@ std::vector<std::string> splitPaths(std::string_view list) {
     return paths;
 }
 
-/// Whether a path stays in the folder, or is it.
+/// Whether a path names the folder or something in it, links aside.
 bool isBelow(const std::string& path, const std::string& folder) {
-    return (path + "/").starts_with(folder + "/") && path.find("/..") == path.npos;
+    const std::string closed = path + "/";
+    return closed.starts_with(folder + "/") && closed.find("/../", folder.size()) == closed.npos;
 }
 
 }  // namespace
@@ -94,6 +95,7 @@ std::vector<std::string> hostApplicationFolders() {
 
 OSStatus OSASetHostFolderRoot(const char* path) try {
     std::string root = path == nullptr ? "" : path;
+    while (root.size() > 1 && root.ends_with('/')) root.pop_back();
     osa::HostFolders& host = osa::hostFolders();
     const std::unique_lock guard(host.lock);
     host.root = std::move(root);

@@ -117,7 +117,7 @@ Result<FolderStores> FolderSurroundings::stores() {
     ScannedFolder& known = place(folder_);
     const bool isCurrent = known.path == folder_ && current.isUnchangedSince(known.status) &&
                            posix::isSettled(current.changed, known.observed);
-    ++known.questions;
+    if (!known.isScannedWhole && known.questions < kLongestScan) ++known.questions;
     if (!isCurrent || known.needsLongerScan()) {
         const int length =
             isCurrent ? std::min(known.scanLength * kScanGrowth, kLongestScan) : kFirstScan;

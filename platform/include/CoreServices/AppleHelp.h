@@ -3,7 +3,7 @@
 // Pages are shown by whatever the desktop opens HTML with. The answer is given once its opener has
 // started: what becomes of the page is not known. Statuses of every call that shows one:
 //   kAHInternalErr  no such book is registered, or it has no such page
-//   kAHConfigErr    the desktop has no opener (xdg-open)
+//   kAHConfigErr    the desktop has no opener (xdg-open), or it may not be started
 //   paramErr        a null argument where one is needed
 #pragma once
 
@@ -16,8 +16,9 @@ extern "C" {
 
 /// Makes the help book of the bundle at `appBundleRef` known to the process: "CFBundleHelpBookName"
 /// of its information dictionary is the book's name, "CFBundleHelpBookFolder" its folder among the
-/// resources, localised or not. Registering again replaces it. kAHInternalErr: no bundle, no names,
-/// or no such folder.
+/// resources, localised or not. Registering again replaces it. Of a book its first 10,000 pages of
+/// up to 4 MiB are looked at, and 64 MiB of these. kAHInternalErr: no bundle, no names, or no such
+/// folder inside the bundle, wherever links lead.
 OSA_PLATFORM_EXPORT OSStatus AHRegisterHelpBook(const FSRef* appBundleRef);
 /// Shows `path`, relative to the book's folder, which it cannot leave, or the book's title page
 /// when it is null or empty, at `anchor` (may be null). Without book, `path` is a full URL of

@@ -48,16 +48,16 @@ OSA_PLATFORM_EXPORT OSStatus LSCopyDisplayNameForRef(const FSRef* ref, CFStringR
 
 /// Searches, in this order, the folders that the host added (OSA/HostFolders.h), ~/Applications,
 /// /Applications, and the desktop's entries in $XDG_DATA_HOME and $XDG_DATA_DIRS, for an
-/// application that meets every criterion given: its creator (0: any), its bundle identifier (any
-/// case; null: any), its file name with or without ".app" or ".desktop" (any case; null: any).
-/// Composed and decomposed accents are the same. In the host's folders and the two of applications,
-/// bundles and entries are looked for in the folder and in those directly below; in the desktop's,
-/// entries down to seven folders below. A link that leads to a bundle counts as that bundle under
-/// the link's name; links to other folders are not followed. Of each of the folders, with those
-/// below, the first 100,000 names count. An entry of an ID that an earlier folder has does not
-/// count; nor does one that is hidden or whose TryExec program is missing. The caller releases the
-/// URL; `ref` and `url` may be null. kLSApplicationNotFoundErr when there is none, paramErr when no
-/// criterion is given.
+/// application that meets every criterion given: its creator (0: any; nothing has '????'), its
+/// bundle identifier (any case; null: any), its file name with or without ".app" or ".desktop" (any
+/// case; null: any). Composed and decomposed accents are the same. In the host's folders and the
+/// two of applications, bundles and entries are looked for in the folder and in those directly
+/// below; in the desktop's, entries down to seven folders below. A link that leads to a bundle
+/// counts as that bundle under the link's name; links to other folders are not followed. Of each of
+/// the folders, with those below, the first 100,000 names count. An entry of an ID that an earlier
+/// folder has does not count; nor does one that is hidden or whose TryExec program is missing. The
+/// caller releases the URL; `ref` and `url` may be null. kLSApplicationNotFoundErr when there is
+/// none, paramErr when no criterion is given.
 OSA_PLATFORM_EXPORT OSStatus LSFindApplicationForInfo(OSType creator, CFStringRef bundleID,
                                                       CFStringRef name, FSRef* ref, CFURLRef* url);
 
@@ -86,7 +86,8 @@ typedef struct LSLaunchFSRefSpec {
 /// Starts the application: a bundle's program with the documents' paths as arguments, a desktop
 /// entry's command with its field codes filled in. No shell sees any of it. The program has its own
 /// session, its standard streams lead nowhere, and it outlives the caller. A bundle or entry that
-/// runs already and is given no documents is brought to the front instead, as far as the desktop
+/// runs already, as far as its processes are known (CoreServices/Processes.h), and is given no
+/// documents is brought to the front instead, as far as the desktop
 /// can, unless the flags say otherwise. `launchedRef`, which may be null, becomes the
 /// application's, and all zeros when the desktop chose it.
 ///   kLSNotAnApplicationErr        neither a bundle of type 'APPL', nor a desktop entry of type

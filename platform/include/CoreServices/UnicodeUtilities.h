@@ -25,8 +25,8 @@ enum {
 /// With case and width both insensitive, hiragana and katakana, small kana and ligatures are equal
 /// to their like, too. Control characters say nothing; malformed UTF-16 has a place in the order.
 /// Numbers count up to 254 digits. Meant for names and lines: text of combining marks alone takes
-/// the square of its length in time. paramErr: null text with a length, over 2^29 units, or options
-/// that are not above; memFullErr: no collator.
+/// the square of its length in time. paramErr: null text with a length, 2^29 units or more, or
+/// options that are not above; memFullErr: no collator.
 OSA_PLATFORM_EXPORT OSStatus UCCompareTextDefault(UCCollateOptions options, const UniChar* text1Ptr,
                                                   UniCharCount text1Length, const UniChar* text2Ptr,
                                                   UniCharCount text2Length, Boolean* equivalent,

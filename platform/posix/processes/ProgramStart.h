@@ -27,8 +27,8 @@ struct ProgramStart {
 /// it ends. Only a caller that takes orphans in (init of a container itself, or a process with
 /// PR_SET_CHILD_SUBREAPER) gets it as a child, and has to wait for it as for any orphan. Safe in a
 /// program of many threads; the host's fork handlers do not run. kLSNoExecutableErr,
-/// kLSNoLaunchPermissionErr (always when the caller has rights by its own program file, set-id or
-/// capabilities, with which nothing that an environment chose may run),
+/// kLSNoLaunchPermissionErr (always when the kernel runs the caller in secure mode: it has rights
+/// by its own program file, with which nothing that an environment chose may run),
 /// kLSExecutableIncorrectFormat, paramErr for a string with a NUL inside, memFullErr, else
 /// kLSUnknownErr.
 Result<std::uint32_t> startProgram(const ProgramStart& start);

@@ -65,9 +65,11 @@ std::vector<std::string> pagesOf(const HelpBook& book) {
     return BookWalk().pagesBelow(book.folder);
 }
 
-/// So that no character is cut in two.
+/// So that no character is cut in two, of two bytes or of more.
 void endAtTag(std::vector<std::byte>& bytes) {
+    const std::size_t length = bytes.size();
     while (!bytes.empty() && bytes.back() != std::byte{'>'}) bytes.pop_back();
+    if (bytes.size() % 2 != 0 && bytes.size() < length) bytes.push_back(std::byte{0});
 }
 
 /// Reads pages of one question, until they are too much.

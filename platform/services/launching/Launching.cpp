@@ -52,9 +52,8 @@ Result<ProcessSerialNumber> runningProcess(const FSRef& application) {
         const auto found = applicationOf(process);
         if (!found.ok()) continue;
         const auto place = referenceToPath(found->path, nullptr);
-        if (place.ok() && FSCompareFSRefs(&*place, &application) == noErr) {
-            return serialNumberOf(process);
-        }
+        const bool isIt = place.ok() && FSCompareFSRefs(&*place, &application) == noErr;
+        if (isIt && checkStillThere(process).ok()) return serialNumberOf(process);
     }
     return ProcessSerialNumber{0, kNoProcess};
 }

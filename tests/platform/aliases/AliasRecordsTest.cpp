@@ -1,10 +1,6 @@
 // Alias records made of objects and of paths, and resolved after what happens to files.
 #include <CoreServices/Aliases.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
-
-#include <functional>
-#include <thread>
 
 #include "platform/aliases/AliasRecord.h"
 #include "platform/files/Volumes.h"
@@ -13,13 +9,10 @@
 namespace osa::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class AliasRecords : public FileFixture {
   protected:
     // Records tell of the boot volume, too.
     AliasRecords() : FileFixture(Where::disk) {}
-    ~AliasRecords() override { EXPECT_EQ(OSALiveBlockCount(), blocks_) << "leaked handles"; }
 
     AliasHandle aliasOf(const std::string& name, const FSRef* from = nullptr) const {
         const FSRef target = ref(name);
@@ -49,22 +42,20 @@ class AliasRecords : public FileFixture {
         }
         DisposeHandle(reinterpret_cast<Handle>(alias));
         if (status != noErr) return std::to_string(status);
-        UInt8 path[4096] = {};
-        EXPECT_EQ(FSRefMakePath(&target, path, sizeof path), noErr);
-        std::string text = reinterpret_cast<char*>(path);
+        std::string text = pathOf(target);
         if (text.starts_with(root_ + "/")) text.erase(0, root_.size() + 1);
         return text + (wasChanged != 0 ? "!" : "");
     }
 
-    CFIndex blocks_ = OSALiveBlockCount();
+    const NoLeaks leaks_;
 };
 
 TEST_F(AliasRecords, LeadBackThroughEveryName) {
     std::string longName = ".scpt";
     for (int i = 0; i < 30; ++i) longName = "äöü" + longName;
     for (const std::string& name :
-         {std::string("100% #1"), std::string("e\u0301 Ünï"), std::string("a:b"), longName,
-          std::string("\xFF\xFE bytes"), std::string("dot."), std::string(255, 'x')}) {
+         std::initializer_list<std::string>{"100% #1", "e\u0301 Ünï", "a:b", longName,
+                                            "\xFF\xFE bytes", "dot.", std::string(255, 'x')}) {
         SCOPED_TRACE(name);
         put("über:fold er/" + name);
         const AliasHandle alias = aliasOf("über:fold er/" + name);
@@ -75,18 +66,13 @@ TEST_F(AliasRecords, LeadBackThroughEveryName) {
 }
 
 TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
-    struct Row {
-        const char* what;
-        std::function<void()> happens;
-        std::string found;
-    };
     const auto move = [this](const char* from, const char* to) { fs::rename(at(from), at(to)); };
     const auto lose = [this] {
         // Dates tell objects apart that were made in different ticks of the kernel's clock.
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         fs::remove(at("a/b/file"));
     };
-    const Row rows[] = {
+    const std::tuple<const char*, std::function<void()>, std::string> rows[] = {
         {"nothing", [] {}, "a/b/file"},
         {"replaced", [&] { put("a/b/new"), move("a/b/new", "a/b/file"); }, "a/b/file!"},
         {"renamed", [&] { move("a/b/file", "a/b/other"); }, "a/b/other!"},
@@ -110,13 +96,13 @@ TEST_F(AliasRecords, FollowWhatHappensToTheTarget) {
          [&] { move("a/b", "b2"), info(ref("b2"), kFSCatInfoVolume | kFSCatInfoNodeID); },
          "b2/file!"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [what, happens, found] : rows) {
+        SCOPED_TRACE(what);
         for (const auto& entry : fs::directory_iterator(root_)) fs::remove_all(entry);
         put("a/b/file");
         const AliasHandle alias = aliasOf("a/b/file");
-        row.happens();
-        EXPECT_EQ(resolved(alias), row.found);
+        happens();
+        EXPECT_EQ(resolved(alias), found);
     }
 }
 
@@ -207,10 +193,8 @@ std::string matches(const FSRef* from, UInt32 rules, AliasHandle alias,
     if (status != noErr) return count == 0 ? std::to_string(status) : "count";
     std::string text = needsUpdate != 0 ? "!" : "";
     for (SInt16 i = 0; i < count; ++i) {
-        UInt8 path[4096] = {};
-        FSRefMakePath(&found[i], path, sizeof path);
-        text += " " + fs::path(reinterpret_cast<char*>(path)).parent_path().filename().string() +
-                "/" + fs::path(reinterpret_cast<char*>(path)).filename().string();
+        const fs::path path = pathOf(found[i]);
+        text += " " + (path.parent_path().filename() / path.filename()).string();
     }
     return text;
 }

@@ -4,6 +4,7 @@
 
 #include "platform/aliases/AliasRecord.h"
 #include "tests/platform/files/FileFixture.h"
+#include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa::test {
 namespace {
@@ -41,15 +42,6 @@ struct AliasRecordBuilder {
     }
 };
 
-/// A fork with nothing but resource 'alis' 0.
-std::string aliasFork(const std::string& record) {
-    const auto length = static_cast<std::uint32_t>(record.size()) + 4;
-    ByteWriter fork;
-    fork.u32(256).u32(256 + length).u32(length).u32(50).fill(240).u32(length - 4).text(record);
-    fork.fill(24).u16(28).u16(50).u16(0).fourCC(FourCC("alis")).u16(0).u16(10);
-    return fork.u16(0).u16(0xFFFF).u32(0).u32(0).takeText();
-}
-
 /// An alias file's data fork, little-endian.
 std::string bookmark(const std::vector<std::string>& components, const std::string& volumePath) {
     const auto words = [](std::initializer_list<std::uint32_t> values) {
@@ -78,29 +70,18 @@ std::string bookmark(const std::vector<std::string>& components, const std::stri
     return file + body;
 }
 
+std::string aliasInfo(UInt16 flags = kIsAlias) {
+    return ByteWriter().text("alisMACS").u16(flags).fill(22).takeText();
+}
+
 class Aliases : public FileFixture {
   protected:
     Aliases() : FileFixture(Where::disk) {}
     void putAlias(const std::string& name, const std::string& record,
                   UInt16 flags = kIsAlias) const {
         put(name, "");
-        const std::string info = ByteWriter()
-                                     .fourCC(FourCC("alis"))
-                                     .fourCC(FourCC("MACS"))
-                                     .u16(flags)
-                                     .fill(22)
-                                     .takeText();
-        put("._" + name, appleDouble(info, aliasFork(record)));
-    }
-    /// The reference of a child, a link itself and not its target.
-    FSRef child(const std::string& name) const {
-        const FSRef folder = ref("");
-        const std::u16string units(name.begin(), name.end());
-        FSRef made{};
-        EXPECT_EQ(FSMakeFSRefUnicode(&folder, units.size(),
-                                     reinterpret_cast<const UniChar*>(units.data()), 0, &made),
-                  noErr);
-        return made;
+        put("._" + name, appleDouble(aliasInfo(flags),
+                                     samples::ResourceForkBuilder().add('alis', 0, record).text()));
     }
 };
 
@@ -124,7 +105,7 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
     putAlias("unflagged", AliasRecordBuilder{.path = "file", .mountPoint = root_}.build(), 0);
     const std::string inRoot = root_.substr(root_.rfind('/') + 1);
     const std::string aboveRoot = root_.substr(0, root_.rfind('/'));
-    const std::filesystem::path folder(below + "/folder");
+    const fs::path folder(below + "/folder");
     const std::vector<std::string> way(folder.begin(), folder.end());
     for (const auto& [name, content] :
          {std::pair("bookmark", bookmark({inRoot, "file"}, aboveRoot)),
@@ -133,22 +114,14 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
           std::pair("outOfBookmark", bookmark({"folder", "..", "file"}, root_)),
           std::pair("cutBookmark", bookmark({"file"}, root_).substr(0, 80))}) {
         put(name, content);
-        const std::string info = finderInfo('alis', 'MACS').replace(8, 2, "\x80");
-        put("._" + std::string(name), appleDouble(info, {}));
+        put("._" + std::string(name), appleDouble(aliasInfo(), {}));
     }
     put("unflaggedBookmark", bookmark({"file"}, root_));
-    std::filesystem::create_symlink("file", at("link"));
-    std::filesystem::create_symlink("nowhere", at("deadLink"));
-    std::filesystem::create_symlink("selfLink", at("selfLink"));
-    std::filesystem::create_symlink("alias", at("linkToAlias"));
-    struct Row {
-        const char* object;
-        OSErr status;
-        const char* target;
-        bool wasAlias;
-        bool isFolder;
-    };
-    const Row rows[] = {
+    fs::create_symlink("file", at("link"));
+    fs::create_symlink("nowhere", at("deadLink"));
+    fs::create_symlink("selfLink", at("selfLink"));
+    fs::create_symlink("alias", at("linkToAlias"));
+    const std::tuple<const char*, OSErr, const char*, bool, bool> rows[] = {
         {"file", noErr, "file", false, false},
         {"folder", noErr, "folder", false, true},
         {"unflagged", noErr, "unflagged", false, false},
@@ -171,23 +144,21 @@ TEST_F(Aliases, ResolveToWhatIsThere) {
         {"deadLink", fnfErr, "deadLink", false, false},
         {"selfLink", fnfErr, "selfLink", false, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.object);
-        FSRef object = child(row.object);
-        const FSRef wanted = child(row.target);
-        Boolean isFolder = 9;
-        Boolean wasAlias = 9;
+    for (const auto& [name, status, target, wantedWasAlias, wantedIsFolder] : rows) {
+        SCOPED_TRACE(name);
+        FSRef object = unfollowed(name);
+        const FSRef wanted = unfollowed(target);
+        Boolean isFolder = 9, wasAlias = 9;
         EXPECT_EQ(FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias,
                                                    kResolveAliasFileNoUI),
-                  row.status);
+                  status);
         EXPECT_EQ(FSCompareFSRefs(&object, &wanted), noErr);
-        EXPECT_EQ(wasAlias, row.wasAlias);
-        EXPECT_EQ(isFolder, row.isFolder);
+        EXPECT_EQ(wasAlias, wantedWasAlias);
+        EXPECT_EQ(isFolder, wantedIsFolder);
     }
-    FSRef chain = child("chain");
-    const FSRef alias = child("alias");
-    Boolean isFolder = 0;
-    Boolean wasAlias = 0;
+    FSRef chain = unfollowed("chain");
+    const FSRef alias = unfollowed("alias");
+    Boolean isFolder = 0, wasAlias = 0;
     EXPECT_EQ(FSResolveAliasFile(&chain, 0, &isFolder, &wasAlias), noErr);
     EXPECT_EQ(FSCompareFSRefs(&chain, &alias), noErr) << "one step only";
     EXPECT_EQ(FSIsAliasFile(&alias, &wasAlias, &isFolder), noErr);
@@ -205,11 +176,10 @@ TEST_F(Aliases, WalkToTheirTargetWhenThereIsTime) {
     const auto handle = reinterpret_cast<Handle>(record);
     putAlias("alias", {*handle, static_cast<std::size_t>(GetHandleSize(handle))});
     DisposeHandle(handle);
-    std::filesystem::rename(at("a/b/target"), at("moved"));
-    FSRef object = child("alias");
-    const FSRef moved = child("moved");
-    Boolean isFolder = 0;
-    Boolean wasAlias = 0;
+    fs::rename(at("a/b/target"), at("moved"));
+    FSRef object = unfollowed("alias");
+    const FSRef moved = unfollowed("moved");
+    Boolean isFolder = 0, wasAlias = 0;
     EXPECT_EQ(
         FSResolveAliasFileWithMountFlags(&object, 1, &isFolder, &wasAlias, kResolveAliasFileNoUI),
         fnfErr);

@@ -1,13 +1,12 @@
 // The reader's bounds: sticky failure, confinement, and arithmetic at the ends of the number range.
 #include "platform/base/ByteReader.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <limits>
 
 #include "platform/base/ByteSource.h"
 #include "platform/base/ByteWriter.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {

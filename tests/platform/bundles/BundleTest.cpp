@@ -2,10 +2,6 @@
 // them.
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPlugIn.h>
-#include <CoreFoundation/CFRef.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "platform/bundles/BundleLayout.h"
 #include "platform/cf/StringObject.h"
@@ -14,14 +10,8 @@
 namespace osa::test {
 namespace {
 
-CFRef<CFURLRef> urlOf(const std::string& path) {
-    return CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
-        kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
-        static_cast<CFIndex>(path.size()), true));
-}
-
 CFRef<CFBundleRef> bundleAt(const std::string& path) {
-    return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, urlOf(path).get()));
+    return CFRef<CFBundleRef>::Adopt(CFBundleCreate(kCFAllocatorDefault, urlOf(path, true).get()));
 }
 
 std::string pathOf(CFURLRef owned) {
@@ -37,12 +27,7 @@ std::string text(CFStringRef owned) {
 }
 
 TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
-    struct Row {
-        const char* file;
-        const char* bundle;
-        const char* resources;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"a/Contents/x", "a", "a/Contents/Resources"},
         {"a/Support Files/x", "a", "a/Support Files/Resources"},
         {"a/Info.plist", "a", "a"},
@@ -55,16 +40,15 @@ TEST(Bundle, IsRecognisedByLayoutAndPutsItsResourcesWhereThatSays) {
         {"a.app", "a.app", nullptr},
         {"x", "missing.app", nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.file);
+    for (const auto& [file, wantedBundle, resources] : rows) {
+        SCOPED_TRACE(file);
         const TemporaryFolder folder;
-        folder.write(row.file, "");
-        const auto bundle = bundleAt(folder.path(row.bundle));
-        ASSERT_EQ(static_cast<bool>(bundle), row.resources != nullptr);
+        folder.write(file, "");
+        const auto bundle = bundleAt(folder.path(wantedBundle));
+        ASSERT_EQ(static_cast<bool>(bundle), resources != nullptr);
         if (!bundle) continue;
-        EXPECT_EQ(pathOf(CFBundleCopyResourcesDirectoryURL(bundle.get())),
-                  folder.path(row.resources));
-        EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(row.bundle));
+        EXPECT_EQ(pathOf(CFBundleCopyResourcesDirectoryURL(bundle.get())), folder.path(resources));
+        EXPECT_EQ(pathOf(CFBundleCopyBundleURL(bundle.get())), folder.path(wantedBundle));
     }
 }
 
@@ -93,33 +77,25 @@ TEST(Bundle, IsFoundAroundItsProgramsAlone) {
 }
 
 TEST(Bundle, TakesPackageInformationFromTheFirstPlaceThatHasIt) {
-    struct Row {
-        const char* name;
-        const char* packageInfo;
-        const char* information;
-        UInt32 type;
-        UInt32 creator;
-    };
     const char* const plist =
         "{ CFBundlePackageType = \"osas\"; CFBundleSignature = \"T\\U00f6yS\"; }";
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, const char*, UInt32, UInt32> rows[] = {
         {"a.app", "APPLaplt and more", plist, 'APPL', 'aplt'},
         {"a.app", "APPLapl", plist, 'osas', 0x549A7953},
         {"a.app", nullptr, "{ CFBundlePackageType = toolong; }", 'APPL', 0x3F3F3F3F},
         {"a.framework", nullptr, nullptr, 'FMWK', 0x3F3F3F3F},
         {"a.scptd", nullptr, "( not, a, dictionary )", 'BNDL', 0x3F3F3F3F},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, packageInfo, information, wantedType, wantedCreator] : rows) {
         const TemporaryFolder folder;
-        const std::string contents = std::string(row.name) + "/Contents/";
+        const std::string contents = std::string(name) + "/Contents/";
         folder.write(contents + "x", "");
-        if (row.packageInfo != nullptr) folder.write(contents + "PkgInfo", row.packageInfo);
-        if (row.information != nullptr) folder.write(contents + "Info.plist", row.information);
-        UInt32 type = 0;
-        UInt32 creator = 0;
-        CFBundleGetPackageInfo(bundleAt(folder.path(row.name)).get(), &type, &creator);
-        EXPECT_EQ(type, row.type) << row.name;
-        EXPECT_EQ(creator, row.creator) << row.name;
+        if (packageInfo != nullptr) folder.write(contents + "PkgInfo", packageInfo);
+        if (information != nullptr) folder.write(contents + "Info.plist", information);
+        UInt32 type = 0, creator = 0;
+        CFBundleGetPackageInfo(bundleAt(folder.path(name)).get(), &type, &creator);
+        EXPECT_EQ(type, wantedType) << name;
+        EXPECT_EQ(creator, wantedCreator) << name;
     }
 }
 
@@ -169,10 +145,10 @@ TEST(PlugIn, RegistersItsFactoriesForAsLongAsItLives) {
                  "CFPlugInTypes = { \"00000000-0000-0000-0000-00000000000A\" ="
                  "( \"00000000-0000-0000-0000-000000000001\", nonsense ); }; }");
     folder.write("plain.bundle/Contents/Info.plist", "{}");
-    EXPECT_EQ(CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("plain.bundle")).get()),
+    EXPECT_EQ(CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("plain.bundle"), true).get()),
               nullptr);
     const auto plugIn = CFRef<CFPlugInRef>::Adopt(
-        CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("p.bundle")).get()));
+        CFPlugInCreate(kCFAllocatorDefault, urlOf(folder.path("p.bundle"), true).get()));
     ASSERT_TRUE(plugIn);
     const auto type = CFRef<CFUUIDRef>::Adopt(
         CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("00000000-0000-0000-0000-00000000000a")));

@@ -3,9 +3,7 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDictionary.h>
 
-#include <map>
 #include <random>
-#include <vector>
 
 #include "tests/platform/cf/CFTestSupport.h"
 
@@ -20,10 +18,14 @@ DictionaryRef makeDictionary() {
         nullptr, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
 }
 
+CFRef<CFMutableArrayRef> makeArray() {
+    return CFRef<CFMutableArrayRef>::Adopt(
+        CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+}
+
 TEST_F(CFContainersTest, ArrayHoldsOneReferenceToEachValue) {
     const StringRef value = makeString("value");
-    auto array =
-        CFRef<CFMutableArrayRef>::Adopt(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+    auto array = makeArray();
     CFArrayAppendValue(array.get(), value.get());
     CFArrayAppendArray(array.get(), array.get(), CFRangeMake(0, 1));
     EXPECT_EQ(CFGetRetainCount(value.get()), 3);
@@ -47,8 +49,7 @@ TEST_F(CFContainersTest, ArrayHoldsOneReferenceToEachValue) {
 }
 
 TEST_F(CFContainersTest, ArraySortsStably) {
-    auto array =
-        CFRef<CFMutableArrayRef>::Adopt(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+    auto array = makeArray();
     for (const char* word : {"b2", "a1", "b1", "a2"})
         CFArrayAppendValue(array.get(), makeString(word).get());
     CFArraySortValues(

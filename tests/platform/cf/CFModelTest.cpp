@@ -1,15 +1,8 @@
-// Long random runs against plain models: mutation, conversion, the calendar, paths, property lists.
-#include <CoreFoundation/CFArray.h>
+// Long random runs against plain models: mutation, conversion, the calendar, paths.
 #include <CoreFoundation/CFDate.h>
-#include <CoreFoundation/CFNumber.h>
-#include <CoreFoundation/CFPropertyList.h>
-#include <CoreFoundation/CFUUID.h>
 
-#include <chrono>
 #include <cmath>
 #include <random>
-#include <thread>
-#include <vector>
 
 #include "platform/cf/Calendar.h"
 #include "tests/platform/cf/CFTestSupport.h"
@@ -33,7 +26,6 @@ class CFModelTest : public CFTest {
             CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(units.data()),
                                          static_cast<CFIndex>(units.size())));
     }
-    CFRef<CFTypeRef> randomList(int depth);
 
   private:
     std::mt19937 random_{11};
@@ -115,65 +107,6 @@ TEST_F(CFModelTest, PathsComeBackInBothStyles) {
             ASSERT_TRUE(CFEqual(posix.get(), string.get()));
         }
     }
-}
-
-CFRef<CFTypeRef> CFModelTest::randomList(int depth) {
-    using Ref = CFRef<CFTypeRef>;
-    const std::size_t kind = below(depth > 4 ? 4 : 6);
-    if (kind == 0) return Ref::Adopt(makeUnits(randomText(30)).leak());
-    if (kind == 1) {
-        const SInt64 number = static_cast<SInt64>(below(SIZE_MAX)) << below(60);
-        return Ref::Adopt(CFNumberCreate(nullptr, kCFNumberSInt64Type, &number));
-    }
-    if (kind == 2) {
-        const double number = static_cast<double>(below(1000000)) / 7;
-        return Ref::Adopt(CFNumberCreate(nullptr, kCFNumberDoubleType, &number));
-    }
-    if (kind == 3) {
-        const std::vector<UInt8> bytes(below(200), static_cast<UInt8>(below(256)));
-        return Ref::Adopt(CFDataCreate(nullptr, bytes.data(), static_cast<CFIndex>(bytes.size())));
-    }
-    const auto array =
-        CFRef<CFMutableArrayRef>::Adopt(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
-    const auto dictionary = CFRef<CFMutableDictionaryRef>::Adopt(CFDictionaryCreateMutable(
-        nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-    for (std::size_t i = below(20); i > 0; --i) {
-        const Ref value = randomList(depth + 1);
-        CFArrayAppendValue(array.get(), value.get());
-        CFDictionarySetValue(dictionary.get(), makeUnits(randomText(4)).get(), value.get());
-    }
-    return kind == 4 ? Ref::Retain(array.get()) : Ref::Retain(dictionary.get());
-}
-
-TEST_F(CFModelTest, RandomListsSurviveBothForms) {
-    for (int round = 0; round < 60; ++round) {
-        const auto list = randomList(0);
-        for (const CFPropertyListFormat form :
-             {kCFPropertyListXMLFormat_v1_0, kCFPropertyListBinaryFormat_v1_0}) {
-            const auto data = CFRef<CFDataRef>::Adopt(
-                CFPropertyListCreateData(nullptr, list.get(), form, 0, nullptr));
-            const auto back = CFRef<CFTypeRef>::Adopt(
-                CFPropertyListCreateWithData(nullptr, data.get(), 0, nullptr, nullptr));
-            ASSERT_TRUE(CFEqual(list.get(), back.get())) << description(list.get());
-        }
-    }
-}
-
-TEST_F(CFModelTest, ThreadsAgreeOnConstants) {
-    const CFStringRef string = OSAConstantString("made by many");
-    std::thread threads[4];
-    CFUUIDRef uuids[4] = {};
-    for (std::size_t i = 0; i < 4; ++i) {
-        threads[i] = std::thread([&, i] {
-            for (int n = 0; n < 500; ++n) {
-                uuids[i] = CFUUIDGetConstantUUIDWithBytes(nullptr, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1,
-                                                          2, 3, 4, 5, 6);
-                ASSERT_EQ(OSAConstantString("made by many"), string);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    for (const CFUUIDRef uuid : uuids) EXPECT_EQ(uuid, uuids[0]);
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFNumber.h>
 
-#include <vector>
-
 #include "platform/base/ByteWriter.h"
 #include "tests/platform/cf/CFTestSupport.h"
 
@@ -18,23 +16,16 @@ using List = CFRef<CFTypeRef>;
 
 class CFPropertyListTest : public CFTest {};
 
-CFRef<CFDataRef> makeData(std::string_view bytes) {
-    return CFRef<CFDataRef>::Adopt(CFDataCreate(
-        nullptr, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
-}
-
 List read(std::string_view bytes, CFPropertyListFormat* format = nullptr,
           CFPropertyListMutabilityOptions options = kCFPropertyListImmutable) {
-    return List::Adopt(
-        CFPropertyListCreateWithData(nullptr, makeData(bytes).get(), options, format, nullptr));
+    return List::Adopt(CFPropertyListCreateWithData(nullptr, osa::test::dataOf(bytes).get(),
+                                                    options, format, nullptr));
 }
 
 std::string write(const List& list, CFPropertyListFormat format) {
     const auto data =
         CFRef<CFDataRef>::Adopt(CFPropertyListCreateData(nullptr, list.get(), format, 0, nullptr));
-    if (!data) return "(null)";
-    return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
-            static_cast<std::size_t>(CFDataGetLength(data.get()))};
+    return data ? osa::test::bytesOf(data.get()) : "(null)";
 }
 
 struct TextRow {
@@ -62,6 +53,7 @@ const TextRow kXMLRows[] = {
     {"integer out of range", "<integer>18446744073709551616</integer>", "(null)"},
     {"integer with letters", "<integer>12a</integer>", "(null)"},
     {"not a number", "<real>NaN</real>", "nan"},
+    {"the last digits of data", "<data>+/Az</data>", "<fbf033>"},
     {"padding inside of data starts anew", "<data>QQ==Qg==</data>", "<4142>"},
     {"unknown entity", "<string>&nbsp;</string>", "(null)"},
     {"reference to no character", "<string>&#xD800;</string>", "(null)"},
@@ -146,14 +138,8 @@ struct BinaryBuilder {
     }
 };
 
-struct BinaryRow {
-    const char* name;
-    BinaryBuilder list;
-    const char* description;
-};
-
 TEST_F(CFPropertyListTest, ReadsBinary) {
-    const BinaryRow rows[] = {
+    const std::tuple<const char*, BinaryBuilder, const char*> rows[] = {
         {"dictionary",
          {{"\xD2\1\2\3\4", "Qa", "Qb", "\x10\xFF", "\xA1\1"}},
          "{a = 255; b = (a); }"},
@@ -165,10 +151,7 @@ TEST_F(CFPropertyListTest, ReadsBinary) {
          "(65535, -2, 18446744073709551615, 1.5, 2000-12-31T23:59:59Z, A\u20AC, \u00E9, <0102>, "
          "{CF$UID = 258; })"},
         {"truth and nothing", {{"\xA3\1\2\3", "\x08", "\x09", "\0"s}}, "(false, true, <null>)"},
-        {"long count",
-         {{"\x5F\x10\x10"
-           "0123456789abcdef"}},
-         "0123456789abcdef"},
+        {"long count", {{"\x5F\x10\0200123456789abcdef"}}, "0123456789abcdef"},
         {"high bytes in an ASCII string", {{"Q\x8E"}}, "\u00E9"},
         {"the top object is not the first", {{"Qa", "Qb"}, 1}, "b"},
         {"wide offsets and references", {{"\xA1\0\1"s, "Qa"}, 0, 0, 3, 2}, "(a)"},
@@ -190,20 +173,18 @@ TEST_F(CFPropertyListTest, ReadsBinary) {
         {"no offset size", {{"Qa"}, 0, 0, 0}, "(null)"},
         {"no reference size", {{"\xA1\1", "Qa"}, 0, 0, 1, 0}, "(null)"},
     };
-    for (const BinaryRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string bytes = row.list.build();
+    for (const auto& [name, list, wantedDescription] : rows) {
+        SCOPED_TRACE(name);
+        const std::string bytes = list.build();
         CFPropertyListFormat format = 0;
-        EXPECT_EQ(description(read(bytes, &format).get()), row.description);
+        EXPECT_EQ(description(read(bytes, &format).get()), wantedDescription);
         for (std::size_t cut = 0; cut < bytes.size(); ++cut) read(bytes.substr(0, cut));
     }
     EXPECT_FALSE(read("bplist15" + BinaryBuilder{{"Qa"}}.build().substr(8))) << "another form";
 }
 
-std::string nested(int levels) {
-    std::string text;
-    for (int i = 0; i < levels; ++i) text += '(';
-    return text + std::string(static_cast<std::size_t>(levels), ')');
+std::string nested(std::size_t levels) {
+    return std::string(levels, '(') + std::string(levels, ')');
 }
 
 TEST_F(CFPropertyListTest, DepthAndRepetitionAreLimited) {
@@ -236,15 +217,21 @@ TEST_F(CFPropertyListTest, DepthAndRepetitionAreLimited) {
 }
 
 TEST_F(CFPropertyListTest, WritersAndReadersAgree) {
-    const char* const xml =
+    std::string xml =
         "<dict><key>text</key><string>a&#13;&lt;\u20AC\U0001F600</string><key></key><array/>"
         "<key>i</key><array><integer>0</integer><integer>255</integer><integer>256</integer>"
         "<integer>-1</integer><integer>4294967296</integer><integer>18446744073709551615</integer>"
-        "<real>1</real><real>0.1</real><real>-infinity</real></array>"
+        "<real>1</real><integer>1</integer><real>0.14285714285714285</real>"
+        "<integer>70000</integer><real>-infinity</real></array>"
         "<key>data</key><data>AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDEy"
-        "</data><key>date</key><date>1904-01-01T00:00:00Z</date><key>yes</key><true/>"
-        "<key>id</key><dict><key>CF$UID</key><integer>300</integer></dict></dict>";
-    const List list = read(xml);
+        "</data><key>more</key><data>+/Az</data><key>yes</key><true/>"
+        "<key>date</key><date>1904-01-01T00:00:00Z</date>"
+        "<key>id</key><dict><key>CF$UID</key><integer>300</integer></dict><key>many</key><array>";
+    // Enough for references of two bytes, and for offsets of three.
+    for (int i = 0; i < 300; ++i)
+        xml += "<string>" + std::to_string(i) + std::string(250, 'x') + "</string><string>\u20AC" +
+               std::to_string(i) + "</string>";
+    const List list = read(xml + "</array></dict>");
     ASSERT_TRUE(list);
     for (const CFPropertyListFormat form :
          {kCFPropertyListXMLFormat_v1_0, kCFPropertyListBinaryFormat_v1_0}) {
@@ -255,6 +242,8 @@ TEST_F(CFPropertyListTest, WritersAndReadersAgree) {
         EXPECT_EQ(format, form);
         EXPECT_TRUE(CFEqual(list.get(), back.get())) << description(back.get());
         EXPECT_EQ(write(back, form), bytes);
+        EXPECT_EQ(write(back, kCFPropertyListXMLFormat_v1_0),
+                  write(list, kCFPropertyListXMLFormat_v1_0));
     }
     EXPECT_EQ(write(read("(a, a)"), kCFPropertyListBinaryFormat_v1_0),
               (BinaryBuilder{{"\xA2\1\1", "Qa"}}.build()))
@@ -278,7 +267,8 @@ TEST_F(CFPropertyListTest, MutableTreesShareNothing) {
     EXPECT_EQ(description(list.get()), "((ab, c), (a))");
     EXPECT_EQ(description(copy.get()), "((a), (a))");
     CFStringRef error = nullptr;
-    EXPECT_EQ(CFPropertyListCreateFromXMLData(nullptr, makeData("(").get(), 0, &error), nullptr);
+    EXPECT_EQ(CFPropertyListCreateFromXMLData(nullptr, osa::test::dataOf("(").get(), 0, &error),
+              nullptr);
     EXPECT_TRUE(StringRef::Adopt(error));
 }
 

@@ -1,8 +1,7 @@
 // CFString through its published interface: both ways of storage behind every function.
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFNumber.h>
-
-#include <thread>
+#include <CoreFoundation/CFUUID.h>
 
 #include "tests/platform/cf/CFTestSupport.h"
 
@@ -18,15 +17,9 @@ StringRef fromBytes(std::string_view bytes, CFStringEncoding encoding, bool exte
                                 static_cast<CFIndex>(bytes.size()), encoding, external));
 }
 
-struct BytesRow {
-    const char* name;
-    CFStringEncoding encoding;
-    std::string_view bytes;
-    const char* text;  ///< UTF-8, or "(null)"
-    bool keptAsBytes;
-};
-
-const BytesRow kBytesRows[] = {
+// text: UTF-8, or "(null)"
+using Row = std::tuple<const char*, CFStringEncoding, std::string_view, const char*, bool>;
+const Row kBytesRows[] = {
     {"Mac Roman takes every byte", kCFStringEncodingMacRoman, "caf\x8E\xDB", "caf\u00E9\u20AC",
      true},
     {"a mark in Mac Roman is text", kCFStringEncodingMacRoman, "\xFE\xFF", "\u02DB\u02C7", true},
@@ -35,14 +28,8 @@ const BytesRow kBytesRows[] = {
     {"malformed UTF-8", kCFStringEncodingUTF8, "a\xC3", "(null)", false},
     {"high byte in ASCII", kCFStringEncodingASCII, "\xE9", "(null)", false},
     {"UTF-16 obeys a big-endian mark", kCFStringEncodingUTF16, "\xFE\xFF\0A"sv, "A", false},
-    {"UTF-16 obeys a little-endian mark", kCFStringEncodingUTF16,
-     "\xFF\xFE"
-     "A\0"sv,
-     "A", false},
-    {"the mark overrules the named order", kCFStringEncodingUTF16BE,
-     "\xFF\xFE"
-     "A\0"sv,
-     "A", false},
+    {"UTF-16 obeys a little-endian mark", kCFStringEncodingUTF16, "\377\376A\0"sv, "A", false},
+    {"the mark overrules the named order", kCFStringEncodingUTF16BE, "\377\376A\0"sv, "A", false},
     {"UTF-16 without mark is the host's", kCFStringEncodingUTF16, "A\0"sv, "A", false},
     {"UTF-32 little-endian mark", kCFStringEncodingUTF32, "\xFF\xFE\0\0A\0\0\0"sv, "A", false},
     {"odd size in UTF-16", kCFStringEncodingUTF16, "A\0B"sv, "(null)", false},
@@ -51,22 +38,19 @@ const BytesRow kBytesRows[] = {
 };
 
 TEST_F(CFStringTest, DecodesExternalBytes) {
-    for (const BytesRow& row : kBytesRows) {
-        SCOPED_TRACE(row.name);
-        const StringRef string = fromBytes(row.bytes, row.encoding);
-        EXPECT_EQ(text(string), row.text);
+    for (const auto& [name, encoding, bytes, wantedText, wantedKeptAsBytes] : kBytesRows) {
+        SCOPED_TRACE(name);
+        const StringRef string = fromBytes(bytes, encoding);
+        EXPECT_EQ(text(string), wantedText);
         const bool keptAsBytes = string && CFStringGetCharactersPtr(string.get()) == nullptr;
-        EXPECT_EQ(keptAsBytes, row.keptAsBytes);
+        EXPECT_EQ(keptAsBytes, wantedKeptAsBytes);
     }
     EXPECT_EQ(CFStringGetLength(fromBytes("\xEF\xBB\xBF", kCFStringEncodingUTF8, false).get()), 1)
         << "a mark inside the program is text";
 }
 
 TEST_F(CFStringTest, StorageDoesNotShow) {
-    const StringRef narrow = fromBytes(
-        "\x8E"
-        "a",
-        kCFStringEncodingMacRoman);
+    const StringRef narrow = fromBytes("\216a", kCFStringEncodingMacRoman);
     const StringRef wide = makeString("\u00E9a");
     EXPECT_TRUE(CFEqual(narrow.get(), wide.get()));
     EXPECT_EQ(CFHash(narrow.get()), CFHash(wide.get()));
@@ -75,24 +59,15 @@ TEST_F(CFStringTest, StorageDoesNotShow) {
     EXPECT_EQ(units[0], 0xE9);
     EXPECT_EQ(units[1], 42) << "written behind the range";
     EXPECT_EQ(CFStringGetCharactersPtr(wide.get())[0], 0xE9);
-    EXPECT_STREQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingMacRoman),
-                 "\x8E"
-                 "a");
+    EXPECT_STREQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingMacRoman), "\216a");
     EXPECT_EQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingUTF8), nullptr);
 }
 
-struct GetBytesRow {
-    const char* name;
-    CFStringEncoding encoding;
-    UInt8 lossByte;
-    CFIndex room;
-    CFIndex converted;
-    std::string_view bytes;
-};
-
 TEST_F(CFStringTest, GetBytesStopsAtWholeCharacters) {
     const StringRef string = makeString("a\u00E9\U0001F600z");
-    const GetBytesRow rows[] = {
+    using Row =
+        std::tuple<const char*, CFStringEncoding, UInt8, CFIndex, CFIndex, std::string_view>;
+    const Row rows[] = {
         {"all of it", kCFStringEncodingUTF8, 0, 8, 5, "a\xC3\xA9\xF0\x9F\x98\x80z"},
         {"room ends in a character", kCFStringEncodingUTF8, 0, 6, 2, "a\xC3\xA9"},
         {"room ends between two surrogates", kCFStringEncodingUTF16BE, 0, 6, 2, "\0a\0\xE9"sv},
@@ -100,15 +75,15 @@ TEST_F(CFStringTest, GetBytesStopsAtWholeCharacters) {
         {"converts nothing at all", kCFStringEncodingASCII, 0, 0, 0, ""},
         {"loss byte", kCFStringEncodingASCII, '?', 20, 5, "a??z"},
     };
-    for (const GetBytesRow& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, encoding, lossByte, room, converted, bytes] : rows) {
+        SCOPED_TRACE(name);
         UInt8 buffer[20];
         CFIndex used = -1;
-        EXPECT_EQ(CFStringGetBytes(string.get(), CFRangeMake(0, 5), row.encoding, row.lossByte,
-                                   false, buffer, row.room, &used),
-                  row.converted);
+        EXPECT_EQ(CFStringGetBytes(string.get(), CFRangeMake(0, 5), encoding, lossByte, false,
+                                   buffer, room, &used),
+                  converted);
         EXPECT_EQ(std::string_view(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(used)),
-                  row.bytes);
+                  bytes);
     }
     UInt8 marked[4];
     CFIndex used = 0;
@@ -131,9 +106,7 @@ TEST_F(CFStringTest, PascalAndCStringsFitWholeOrNotAtAll) {
         EXPECT_EQ(CFStringGetCString(string.get(), c, 256, kCFStringEncodingUTF8), length <= 255);
         EXPECT_EQ(std::string_view(c).size(), length <= 255 ? static_cast<std::size_t>(length) : 0);
     }
-    const unsigned char bytes[] =
-        "\x03"
-        "ab\x8E";
+    const unsigned char bytes[] = "\3ab\x8E";
     const auto back =
         StringRef::Adopt(CFStringCreateWithPascalString(nullptr, bytes, kCFStringEncodingMacRoman));
     EXPECT_EQ(text(back), "ab\u00E9");
@@ -179,15 +152,8 @@ TEST_F(CFStringTest, MutableStringsAreIndependentCopies) {
     EXPECT_EQ(text(original), "middle") << "immutable strings stay so";
 }
 
-struct CompareRow {
-    const char* first;
-    const char* second;
-    CFStringCompareFlags options;
-    int order;
-};
-
 TEST_F(CFStringTest, ComparesAndFinds) {
-    const CompareRow rows[] = {
+    const std::tuple<const char*, const char*, CFStringCompareFlags, int> rows[] = {
         {"a", "b", 0, -1},
         {"a", "a\u00E9", 0, -1},
         {"B", "a", 0, -1},
@@ -197,12 +163,11 @@ TEST_F(CFStringTest, ComparesAndFinds) {
         {"f10", "f9", kCFCompareNumerically, 1},
         {"f007", "f7", kCFCompareNumerically, 0},
     };
-    for (const CompareRow& row : rows) {
-        SCOPED_TRACE(std::string(row.first) + " and " + row.second);
-        const StringRef first = makeString(row.first);
-        const StringRef second = makeString(row.second);
-        EXPECT_EQ(CFStringCompare(first.get(), second.get(), row.options), row.order);
-        EXPECT_EQ(CFStringCompare(second.get(), first.get(), row.options), -row.order);
+    for (const auto& [one, other, options, order] : rows) {
+        SCOPED_TRACE(std::string(one) + " and " + other);
+        const StringRef first = makeString(one), second = makeString(other);
+        EXPECT_EQ(CFStringCompare(first.get(), second.get(), options), order);
+        EXPECT_EQ(CFStringCompare(second.get(), first.get(), options), -order);
     }
     const CFStringRef text = CFSTR("banana");
     EXPECT_EQ(CFStringFind(text, CFSTR("an"), 0).location, 1);
@@ -234,21 +199,25 @@ TEST_F(CFStringTest, SystemEncodingIsChosenOnce) {
     EXPECT_EQ(CFStringGetSystemEncoding(), UInt32{kCFStringEncodingMacRoman});
 }
 
-TEST_F(CFStringTest, CountsAreSafeAmongThreads) {
+TEST_F(CFStringTest, CountsAndConstantsAreSafeAmongThreads) {
     const StringRef shared = makeString("shared \u00E9");
+    const CFStringRef constant = OSAConstantString("made by many");
+    CFUUIDRef uuids[4] = {};
     std::thread threads[4];
-    for (std::thread& thread : threads) {
-        thread = std::thread([&] {
-            for (int i = 0; i < 5000; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        threads[i] = std::thread([&, i] {
+            for (int n = 0; n < 5000; ++n) {
                 const StringRef copy = shared;
-                const StringRef own = makeString("own");
-                EXPECT_FALSE(CFEqual(copy.get(), own.get()));
-                EXPECT_EQ(CFSTR("one for all"), OSAConstantString("one for all"));
+                EXPECT_FALSE(CFEqual(copy.get(), makeString("own").get()));
+                EXPECT_EQ(OSAConstantString("made by many"), constant);
+                uuids[i] = CFUUIDGetConstantUUIDWithBytes(nullptr, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 1,
+                                                          2, 3, 4, 5, 6);
             }
         });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(CFGetRetainCount(shared.get()), 1);
+    for (const CFUUIDRef uuid : uuids) EXPECT_EQ(uuid, uuids[0]);
 }
 
 }  // namespace

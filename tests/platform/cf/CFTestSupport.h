@@ -1,14 +1,9 @@
 // Short ways to make and read Core Foundation objects in tests, and a check that none is left over.
 #pragma once
 
-#include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
-#include <CoreFoundation/CFURL.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <string_view>
+#include "tests/support/Test.h"
 
 /// Fails the test when it ends with more live objects than it began with.
 class CFTest : public testing::Test {
@@ -44,6 +39,11 @@ inline std::string text(const StringRef& string) {
     return text(string.get());
 }
 
+/// Of a new string, which goes.
+inline std::string taken(CFStringRef string) {
+    return text(StringRef::Adopt(string));
+}
+
 inline std::string description(CFTypeRef object) {
-    return object == nullptr ? "(null)" : text(StringRef::Adopt(CFCopyDescription(object)));
+    return object == nullptr ? "(null)" : taken(CFCopyDescription(object));
 }

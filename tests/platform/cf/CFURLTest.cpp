@@ -1,8 +1,4 @@
 // CFURL: text, resolution, paths and components.
-#include <filesystem>
-#include <fstream>
-#include <thread>
-
 #include "tests/platform/cf/CFTestSupport.h"
 
 namespace {
@@ -27,12 +23,16 @@ std::string urlText(const URLRef& url) {
     return url ? text(CFURLGetString(url.get())) : "(null)";
 }
 
+std::string takenURL(CFURLRef url) {
+    return urlText(URLRef::Adopt(url));
+}
+
 std::string absolute(const URLRef& url) {
-    return urlText(URLRef::Adopt(CFURLCopyAbsoluteURL(url.get())));
+    return takenURL(CFURLCopyAbsoluteURL(url.get()));
 }
 
 std::string pathOf(const URLRef& url, CFURLPathStyle style = kCFURLPOSIXPathStyle) {
-    return text(StringRef::Adopt(CFURLCopyFileSystemPath(url.get(), style)));
+    return taken(CFURLCopyFileSystemPath(url.get(), style));
 }
 
 TEST_F(CFURLTest, RefusesTextThatIsNoURL) {
@@ -55,13 +55,8 @@ TEST_F(CFURLTest, BytesAreEscapedInsteadOfRefused) {
     EXPECT_EQ(CFURLCreateWithBytes(nullptr, path, 2, kCFStringEncodingUTF16, nullptr), nullptr);
 }
 
-struct ResolveRow {
-    const char* reference;
-    const char* result;
-};
-
 TEST_F(CFURLTest, ResolvesReferences) {
-    const ResolveRow rows[] = {
+    const std::tuple<const char*, const char*> rows[] = {
         {"g", "http://a/b/c/g"},
         {"./g/", "http://a/b/c/g/"},
         {"/g", "http://a/g"},
@@ -78,21 +73,18 @@ TEST_F(CFURLTest, ResolvesReferences) {
         {"g;x=1/../y", "http://a/b/c/y"},
     };
     const URLRef base = makeURL("http://a/b/c/d;p?q");
-    for (const ResolveRow& row : rows) {
-        SCOPED_TRACE(row.reference);
-        EXPECT_EQ(absolute(makeURL(row.reference, base.get())), row.result);
+    for (const auto& [reference, result] : rows) {
+        SCOPED_TRACE(reference);
+        EXPECT_EQ(absolute(makeURL(reference, base.get())), result);
     }
     EXPECT_EQ(absolute(makeURL("x", makeURL("y/z", base.get()).get())), "http://a/b/c/y/x");
 }
 
 struct PathRow {
-    const char* name;
-    const char* path;
+    const char *name, *path;
     CFURLPathStyle style;
     bool isDirectory;
-    const char* url;
-    const char* posix;
-    const char* hfs;
+    const char *url, *posix, *hfs;
 };
 
 const PathRow kPathRows[] = {
@@ -197,12 +189,9 @@ TEST_F(CFURLTest, ExistingFoldersAreBasesWithoutASlash) {
 }
 
 struct ComponentRow {
-    const char* url;
-    const char* last;
-    const char* extension;
+    const char *url, *last, *extension;
     const char* appended;  ///< with "x y" as a folder
-    const char* deleted;
-    const char* withoutExtension;
+    const char *deleted, *withoutExtension;
     bool isDirectory;
 };
 
@@ -223,20 +212,19 @@ TEST_F(CFURLTest, Components) {
     for (const ComponentRow& row : kComponentRows) {
         SCOPED_TRACE(row.url);
         const URLRef url = makeURL(row.url);
-        EXPECT_EQ(text(StringRef::Adopt(CFURLCopyLastPathComponent(url.get()))), row.last);
-        EXPECT_EQ(text(StringRef::Adopt(CFURLCopyPathExtension(url.get()))), row.extension);
-        EXPECT_EQ(urlText(URLRef::Adopt(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(),
-                                                                              CFSTR("x y"), true))),
-                  row.appended);
+        EXPECT_EQ(taken(CFURLCopyLastPathComponent(url.get())), row.last);
+        EXPECT_EQ(taken(CFURLCopyPathExtension(url.get())), row.extension);
         EXPECT_EQ(
-            urlText(URLRef::Adopt(CFURLCreateCopyDeletingLastPathComponent(nullptr, url.get()))),
-            row.deleted);
-        EXPECT_EQ(urlText(URLRef::Adopt(CFURLCreateCopyDeletingPathExtension(nullptr, url.get()))),
+            takenURL(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), CFSTR("x y"), true)),
+            row.appended);
+        EXPECT_EQ(takenURL(CFURLCreateCopyDeletingLastPathComponent(nullptr, url.get())),
+                  row.deleted);
+        EXPECT_EQ(takenURL(CFURLCreateCopyDeletingPathExtension(nullptr, url.get())),
                   row.withoutExtension);
         EXPECT_EQ(CFURLHasDirectoryPath(url.get()), row.isDirectory);
     }
-    EXPECT_EQ(urlText(URLRef::Adopt(CFURLCreateCopyAppendingPathExtension(
-                  nullptr, makeURL("file:///a/").get(), CFSTR("b c")))),
+    EXPECT_EQ(takenURL(CFURLCreateCopyAppendingPathExtension(nullptr, makeURL("file:///a/").get(),
+                                                             CFSTR("b c"))),
               "file:///a.b%20c/");
 }
 
@@ -246,26 +234,24 @@ TEST_F(CFURLTest, DataIsTheAbsoluteText) {
         nullptr, CFSTR("\u00E9"), kCFURLPOSIXPathStyle, true, folder.get()));
     const auto data =
         CFRef<CFDataRef>::Adopt(CFURLCreateData(nullptr, url.get(), kCFStringEncodingUTF8, true));
-    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
-                               static_cast<std::size_t>(CFDataGetLength(data.get()))),
-              "file:///a%20b/%C3%A9/");
-    EXPECT_EQ(text(StringRef::Adopt(CFURLCopyScheme(url.get()))), "file");
-    EXPECT_EQ(text(StringRef::Adopt(CFURLCopyHostName(makeURL("http://u:p@h:80/x").get()))), "h");
+    EXPECT_EQ(osa::test::bytesOf(data.get()), "file:///a%20b/%C3%A9/");
+    EXPECT_EQ(taken(CFURLCopyScheme(url.get())), "file");
+    EXPECT_EQ(taken(CFURLCopyHostName(makeURL("http://u:p@h:80/x").get())), "h");
 }
 
 TEST_F(CFURLTest, EscapesInStrings) {
     const auto add = [](const char* string, CFStringRef leave, CFStringRef also,
                         CFStringEncoding encoding) {
-        return text(StringRef::Adopt(CFURLCreateStringByAddingPercentEscapes(
-            nullptr, makeString(string).get(), leave, also, encoding)));
+        return taken(CFURLCreateStringByAddingPercentEscapes(nullptr, makeString(string).get(),
+                                                             leave, also, encoding));
     };
     EXPECT_EQ(add("a b%/\u00E9#\U0001F600", nullptr, nullptr, kCFStringEncodingUTF8),
               "a%20b%25/%C3%A9%23%F0%9F%98%80");
     EXPECT_EQ(add("a b/#\u00E9", CFSTR("# "), CFSTR("/"), kCFStringEncodingMacRoman), "a b%2F#%8E");
     EXPECT_EQ(add("\u4E00", nullptr, nullptr, kCFStringEncodingMacRoman), "(null)");
     const auto replace = [](const char* string, CFStringRef leave) {
-        return text(StringRef::Adopt(
-            CFURLCreateStringByReplacingPercentEscapes(nullptr, makeString(string).get(), leave)));
+        return taken(
+            CFURLCreateStringByReplacingPercentEscapes(nullptr, makeString(string).get(), leave));
     };
     EXPECT_EQ(replace("a%20%C3%A9%2f", CFSTR("")), "a \u00E9/");
     EXPECT_EQ(replace("a%20%C3%A9%2f", CFSTR("/\u00E9")), "a %C3%A9%2F");

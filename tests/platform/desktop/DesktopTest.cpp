@@ -1,19 +1,14 @@
 // The front process and activation on an X server whose window manager the test plays.
 #include "platform/desktop/Desktop.h"
 
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
-#include <chrono>
-#include <map>
-#include <thread>
-
 #include "platform/posix/sockets/Connections.h"
+#include "tests/support/Test.h"
 
 namespace osa::desktop {
 namespace {
@@ -104,13 +99,10 @@ TEST(Desktop, FrontProcessAndActivation) {
                        foreign = manager.window(77, "elsewhere"), nowhere = manager.window(77, ""),
                        other = manager.window(78, here + std::string(1, '\0')),
                        unnumbered = manager.window(0, here);
-    for (const auto& [active, process] : std::map<xcb_window_t, std::uint32_t>{{older, 77},
-                                                                               {other, 78},
-                                                                               {foreign, 0},
-                                                                               {nowhere, 0},
-                                                                               {unnumbered, 0},
-                                                                               {0, 0},
-                                                                               {0x1FFFFFFF, 0}}) {
+    using Front = std::pair<xcb_window_t, std::uint32_t>;
+    for (const auto& [active, process] :
+         {Front{older, 77}, Front{other, 78}, Front{foreign, 0}, Front{nowhere, 0},
+          Front{unnumbered, 0}, Front{0, 0}, Front{0x1FFFFFFF, 0}}) {
         manager.set("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {active});
         const auto front = frontProcess();
         EXPECT_EQ(front.ok() ? *front : 0, process) << active;

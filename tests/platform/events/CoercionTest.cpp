@@ -1,13 +1,10 @@
 // The manager's own coercions, as pairs of data; and who is asked before them.
 #include <CoreServices/AEObjects.h>
 #include <CoreServices/FixMath.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/Processes.h>
-#include <OSA/Diagnostics.h>
 
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "tests/platform/events/Desc.h"
 #include "tests/support/TemporaryFolder.h"
@@ -50,38 +47,30 @@ Outcome coerce(const AEDesc* from, DescType to) {
 
 const Outcome kFails = {errAECoercionFail, typeNull, ""};
 
-struct Case {
-    DescType from;
-    std::string data;
-    DescType to;
-    std::string expected;
-};
+/// Type and data, the type asked for, and the data that comes.
+using Case = std::tuple<DescType, std::string, DescType, std::string>;
 /// Marks a case that must fail.
 const std::string kFail = "(fails)";
 
 /// Every case from a descriptor and from a pointer, alone and as the only item of a list.
 void check(const std::vector<Case>& cases) {
-    const CFIndex blocks = OSALiveBlockCount();
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const Case& each = cases[i];
-        SCOPED_TRACE("case " + std::to_string(i) + ": " + ::testing::PrintToString(each.data));
-        const Outcome expected =
-            each.expected == kFail ? kFails : Outcome{noErr, each.to, each.expected};
-        const Desc from(each.from, each.data);
-        EXPECT_EQ(coerce(from, each.to), expected);
+    const NoLeaks leaks;
+    for (const auto& [type, data, to, wanted] : cases) {
+        SCOPED_TRACE(code(to) + " of " + ::testing::PrintToString(data));
+        const Outcome expected = wanted == kFail ? kFails : Outcome{noErr, to, wanted};
+        const Desc from(type, data);
+        EXPECT_EQ(coerce(from, to), expected);
         Desc result;
-        EXPECT_EQ(AECoercePtr(each.from, each.data.data(), static_cast<Size>(each.data.size()),
-                              each.to, result),
+        EXPECT_EQ(AECoercePtr(type, data.data(), static_cast<Size>(data.size()), to, result),
                   expected.status);
         EXPECT_EQ(result.data(), expected.data);
-        EXPECT_EQ(coerce(Desc::list(), each.to), kFails);
+        EXPECT_EQ(coerce(Desc::list(), to), kFails);
         Desc list = Desc::list();
         AEPutDesc(list, 0, from);
-        EXPECT_EQ(coerce(list, each.to), expected);
+        EXPECT_EQ(coerce(list, to), expected);
         AEPutDesc(list, 0, from);
-        EXPECT_EQ(coerce(list, each.to), kFails) << "two items";
+        EXPECT_EQ(coerce(list, to), kFails) << "two items";
     }
-    EXPECT_EQ(OSALiveBlockCount(), blocks);
 }
 
 // clang-format off
@@ -226,49 +215,41 @@ TEST(Coercion, RecordsChangeTheirTypeAndEventsGiveTheirParameters) {
 
 TEST(Coercion, FilesByReferenceSpecAliasAndURL) {
     const TemporaryFolder folder;
+    const NoLeaks leaks;
     const std::string path = folder.write("50% caf\xC3\xA9 #1", "");
-    const CFIndex blocks = OSALiveBlockCount();
-    const CFIndex objects = OSALiveObjectCount();
-    {
-        FSRef ref;
-        ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), 0);
-        const Desc reference(typeFSRef, of(ref));
-        std::vector<Desc> forms;
-        for (const DescType type : {typeFSRef, typeFSS, typeAlias, typeFileURL}) {
-            AECoerceDesc(reference, type, forms.emplace_back());
-        }
-        for (const Desc& from : forms) {
-            for (const Desc& to : forms) {
-                Desc there;
-                ASSERT_EQ(AECoerceDesc(from, to->descriptorType, there), noErr);
-                EXPECT_EQ(coerce(there, typeFSRef).data, of(ref));
-            }
-            const bool isURL = from->descriptorType == typeFileURL;
-            EXPECT_TRUE(
-                coerce(from, typeUTF8Text)
-                    .data.ends_with(isURL ? "/50%25%20caf%C3%A9%20%231" : ":50% caf\xC3\xA9 #1"));
-        }
-        const auto at = [](const std::string& path) {
-            return Desc(typeFSRef, coerce(Desc(typeFileURL, "file://" + path), typeFSRef).data);
-        };
-        EXPECT_TRUE(coerce(at("/tmp"), typeChar).data.ends_with(":tmp:"));
-        const std::string root = coerce(at("/"), typeChar).data;
-        EXPECT_EQ(root.find(':'), root.size() - 1);
-        EXPECT_EQ(coerce(reference, typeApplSignature), kFails);
-        folder.write("P.app/Contents/PkgInfo", "APPLsign");
-        EXPECT_EQ(coerce(at(folder.path("P.app")), typeApplSignature).data, code('sign'));
-        std::string spec = forms[1].data();
-        spec[offsetof(FSSpec, name)] = '\xC8';
-        EXPECT_EQ(coerce(Desc(typeFSS, spec), typeFSRef), kFails) << "longer than its field";
-        std::filesystem::remove(path);
-        for (const Desc& from : forms) {
-            const DescType to = from->descriptorType == typeAlias ? typeFSS : typeAlias;
-            EXPECT_EQ(coerce(from, to).status, fnfErr);
-            EXPECT_EQ(coerce(Desc(from->descriptorType, ""), to), kFails);
-        }
+    const FSRef ref = refOf(path);
+    const Desc reference(typeFSRef, of(ref));
+    std::vector<Desc> forms;
+    for (const DescType type : {typeFSRef, typeFSS, typeAlias, typeFileURL}) {
+        AECoerceDesc(reference, type, forms.emplace_back());
     }
-    EXPECT_EQ(OSALiveBlockCount(), blocks);
-    EXPECT_EQ(OSALiveObjectCount(), objects);
+    for (const Desc& from : forms) {
+        for (const Desc& to : forms) {
+            Desc there;
+            ASSERT_EQ(AECoerceDesc(from, to->descriptorType, there), noErr);
+            EXPECT_EQ(coerce(there, typeFSRef).data, of(ref));
+        }
+        const bool isURL = from->descriptorType == typeFileURL;
+        EXPECT_TRUE(
+            coerce(from, typeUTF8Text)
+                .data.ends_with(isURL ? "/50%25%20caf%C3%A9%20%231" : ":50% caf\xC3\xA9 #1"));
+    }
+    const auto at = [](const std::string& path) { return Desc(typeFSRef, of(refOf(path))); };
+    EXPECT_TRUE(coerce(at("/tmp"), typeChar).data.ends_with(":tmp:"));
+    const std::string root = coerce(at("/"), typeChar).data;
+    EXPECT_EQ(root.find(':'), root.size() - 1);
+    EXPECT_EQ(coerce(reference, typeApplSignature), kFails);
+    folder.write("P.app/Contents/PkgInfo", "APPLsign");
+    EXPECT_EQ(coerce(at(folder.path("P.app")), typeApplSignature).data, code('sign'));
+    std::string spec = forms[1].data();
+    spec[offsetof(FSSpec, name)] = '\xC8';
+    EXPECT_EQ(coerce(Desc(typeFSS, spec), typeFSRef), kFails) << "longer than its field";
+    fs::remove(path);
+    for (const Desc& from : forms) {
+        const DescType to = from->descriptorType == typeAlias ? typeFSS : typeAlias;
+        EXPECT_EQ(coerce(from, to).status, fnfErr);
+        EXPECT_EQ(coerce(Desc(from->descriptorType, ""), to), kFails);
+    }
 }
 
 TEST(Coercion, ProcessesThatRunAndThatDoNot) {
@@ -286,8 +267,7 @@ TEST(Coercion, SurvivesAnyBytesAndNoMemory) {
         'null', 'bool', 'true', 'shor', 'ucom', 'sing', 'doub', 'fixd', 'TEXT', 'cstr', 'pstr',
         'STXT', 'itxt', 'utf8', 'utxt', 'ut16', 'sutx', 'type', 'enum', 'alis', 'fsrf', 'fss ',
         'furl', 'cRGB', 'qdrt', 'list', 'reco', 'aevt', 'psn ', 'sign', 'bund', 'obj ', 'MINE'};
-    const CFIndex blocks = OSALiveBlockCount();
-    const CFIndex objects = OSALiveObjectCount();
+    const NoLeaks leaks;
     UInt32 random = 1;
     std::string bytes;
     for (const std::size_t size : {0, 1, 2, 4, 6, 8, 70, 80, 200}) {
@@ -305,8 +285,6 @@ TEST(Coercion, SurvivesAnyBytesAndNoMemory) {
             }
         }
     }
-    EXPECT_EQ(OSALiveBlockCount(), blocks);
-    EXPECT_EQ(OSALiveObjectCount(), objects);
 }
 
 /// Handlers that note who was asked, by their refcon.
@@ -363,12 +341,9 @@ TEST(CoercionHandlers, AreAskedInOrderUntilOneAnswers) {
     const auto procedureOf = [](const Installed& each) {
         return each.isDesc ? asUPP(descHandler) : asUPP(ptrHandler);
     };
-    for (std::size_t i = 0; i < handlers.size(); ++i) {
-        const Installed& each = handlers[i];
-        ASSERT_EQ(AEInstallCoercionHandler(each.from, each.to, procedureOf(each),
-                                           static_cast<SInt32>(i), each.isDesc, each.isSystem),
-                  noErr);
-    }
+    for (SInt32 number = 0; const Installed& each : handlers)
+        AEInstallCoercionHandler(each.from, each.to, procedureOf(each), number++, each.isDesc,
+                                 each.isSystem);
     AECoercionHandlerUPP found = nullptr;
     SInt32 refcon = -1;
     Boolean isDesc = 0;

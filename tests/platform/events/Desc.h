@@ -2,10 +2,8 @@
 #pragma once
 
 #include <CoreServices/AEDataModel.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <utility>
+#include "tests/support/Test.h"
 
 namespace osa::test {
 

@@ -1,6 +1,4 @@
 // Events: attributes apart from parameters, return IDs, and which parameters were missed.
-#include <CoreServices/MacErrors.h>
-
 #include "tests/platform/events/Desc.h"
 
 namespace osa::test {

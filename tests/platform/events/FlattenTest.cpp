@@ -1,10 +1,7 @@
 // Flattened descriptors: the bytes, round trips at any depth, and what is refused.
 #include <CoreServices/AEHelpers.h>
 #include <CoreServices/AEObjects.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-
-#include <cstring>
 
 #include "platform/base/ByteWriter.h"
 #include "tests/platform/events/Desc.h"
@@ -49,8 +46,7 @@ TEST(Flatten, WritesTheBytesThatAreDocumented) {
 
 TEST(Flatten, ComesBackWholeAndRefusesEverythingElse) {
     const Desc event = sample();
-    const std::string block = event.data();
-    const std::string bytes = flattened(event);
+    const std::string block = event.data(), bytes = flattened(event);
     Desc back;
     ASSERT_EQ(AEUnflattenDesc(bytes.data(), back), noErr);
     EXPECT_EQ(back.data(), block);

@@ -1,11 +1,6 @@
-// Lists and records: items put, replaced, deleted and given back, at any depth, and damaged blocks.
+// Descriptors, lists and records: items put, replaced, deleted and given back, at any depth, and
+// damaged blocks.
 #include <CoreServices/AEObjects.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/Diagnostics.h>
-
-#include <cstring>
-#include <thread>
-#include <vector>
 
 #include "tests/platform/events/Desc.h"
 
@@ -20,30 +15,50 @@ Strings itemsOf(const Desc& list) {
     return items;
 }
 
+TEST(Descriptor, OwnsACopyOfItsDataAndRefusesWhatCannotBe) {
+    const NoLeaks leaks;
+    Desc desc(typeChar, "text");
+    Desc copy;
+    ASSERT_EQ(AEDuplicateDesc(desc, copy), noErr);
+    EXPECT_NE(copy->dataHandle, desc->dataHandle);
+    AEDisposeDesc(desc);
+    EXPECT_EQ(desc->descriptorType, static_cast<DescType>(typeNull));
+    EXPECT_EQ(copy.data(), "text");
+    EXPECT_NE(Desc(typeChar, "")->dataHandle, nullptr) << "only null has no handle";
+    EXPECT_EQ(Desc(typeNull, "ignored")->dataHandle, nullptr);
+    char bytes[2] = {'-', '-'};
+    EXPECT_EQ(AEGetDescData(copy, bytes, 1), noErr);
+    EXPECT_EQ(std::string(bytes, 2), "t-");
+    EXPECT_EQ(AEGetDescData(desc, bytes, 1), noErr);
+    EXPECT_EQ(AEGetDescData(nullptr, bytes, 1), paramErr);
+    EXPECT_EQ(AEGetDescDataSize(nullptr), 0);
+    EXPECT_EQ(AEDisposeDesc(nullptr), paramErr);
+    EXPECT_EQ(AECreateDesc(typeChar, nullptr, 1, desc), paramErr);
+    EXPECT_EQ(AECreateDesc(typeChar, "x", -1, desc), paramErr);
+    EXPECT_EQ(AECreateDesc(typeChar, "x", 1, nullptr), paramErr);
+}
+
 TEST(List, PutsReplacesAndDeletesItemsOfAnySize) {
-    const CFIndex before = OSALiveBlockCount();
-    {
-        Desc list = Desc::list();
-        for (const char* const text : {"a", "", "twelve bytes", "d"}) {
-            EXPECT_EQ(AEPutPtr(list, 0, typeChar, text, static_cast<Size>(strlen(text))), noErr);
-        }
-        EXPECT_EQ(AEPutDesc(list, 2, Desc(typeChar, "seventeen bytes..")), noErr);
-        EXPECT_EQ(AEPutPtr(list, 3, typeChar, "c", 1), noErr);
-        EXPECT_EQ(AEPutPtr(list, 5, typeNull, "no data", 7), noErr);
-        EXPECT_EQ(itemsOf(list), (Strings{"a", "seventeen bytes..", "c", "d", ""}));
-        EXPECT_EQ(list.item(5)->dataHandle, nullptr);
-        EXPECT_EQ(AEDeleteItem(list, 1), noErr);
-        EXPECT_EQ(AEDeleteItem(list, 3), noErr);
-        EXPECT_EQ(itemsOf(list), (Strings{"seventeen bytes..", "c", ""}));
-        char some[4] = "...";
-        Size size = 0;
-        AEKeyword keyword = 0;
-        EXPECT_EQ(AEGetNthPtr(list, 1, typeChar, &keyword, nullptr, some, 2, &size), noErr);
-        EXPECT_EQ(std::string(some), "se.");
-        EXPECT_EQ(size, 17);
-        EXPECT_EQ(keyword, static_cast<AEKeyword>(typeWildCard));
+    const NoLeaks leaks;
+    Desc list = Desc::list();
+    for (const char* const text : {"a", "", "twelve bytes", "d"}) {
+        EXPECT_EQ(AEPutPtr(list, 0, typeChar, text, static_cast<Size>(strlen(text))), noErr);
     }
-    EXPECT_EQ(OSALiveBlockCount(), before);
+    EXPECT_EQ(AEPutDesc(list, 2, Desc(typeChar, "seventeen bytes..")), noErr);
+    EXPECT_EQ(AEPutPtr(list, 3, typeChar, "c", 1), noErr);
+    EXPECT_EQ(AEPutPtr(list, 5, typeNull, "no data", 7), noErr);
+    EXPECT_EQ(itemsOf(list), (Strings{"a", "seventeen bytes..", "c", "d", ""}));
+    EXPECT_EQ(list.item(5)->dataHandle, nullptr);
+    EXPECT_EQ(AEDeleteItem(list, 1), noErr);
+    EXPECT_EQ(AEDeleteItem(list, 3), noErr);
+    EXPECT_EQ(itemsOf(list), (Strings{"seventeen bytes..", "c", ""}));
+    char some[4] = "...";
+    Size size = 0;
+    AEKeyword keyword = 0;
+    EXPECT_EQ(AEGetNthPtr(list, 1, typeChar, &keyword, nullptr, some, 2, &size), noErr);
+    EXPECT_EQ(std::string(some), "se.");
+    EXPECT_EQ(size, 17);
+    EXPECT_EQ(keyword, static_cast<AEKeyword>(typeWildCard));
 }
 
 TEST(List, TakesItselfAndDataOfItsOwn) {
@@ -120,18 +135,12 @@ TEST(Record, KeepsOneFieldAKeywordAndItsShapeUnderOtherTypes) {
 }
 
 TEST(Containers, AnswerWhatIsWrong) {
-    Desc list = Desc::list();
-    Desc record = Desc::list(true);
-    Desc number(1);
+    Desc list = Desc::list(), record = Desc::list(true), number(1);
     EXPECT_EQ(AEPutKeyPtr(record, 'null', typeNull, nullptr, 0), noErr);
     SInt32 count;
     Desc out;
     char byte;
-    const struct {
-        const char* what;
-        OSErr status;
-        OSErr expected;
-    } cases[] = {
+    const std::tuple<const char*, OSErr, OSErr> cases[] = {
         {"count of a number", AECountItems(number, &count), errAEWrongDataType},
         {"index in a record put", AEPutDesc(record, 0, number), errAEWrongDataType},
         {"keyword in a list put", AEPutKeyDesc(list, 'key ', number), errAEWrongDataType},
@@ -144,7 +153,7 @@ TEST(Containers, AnswerWhatIsWrong) {
         {"negative size", AEGetNthPtr(record, 1, '****', 0, 0, &byte, -1, 0), paramErr},
         {"attribute of a record", AESizeOfAttribute(record, 'a   ', 0, 0), errAENotAppleEvent},
     };
-    for (const auto& each : cases) EXPECT_EQ(each.status, each.expected) << each.what;
+    for (const auto& [what, status, expected] : cases) EXPECT_EQ(status, expected) << what;
     OSAFailOperation(1, true);
     EXPECT_EQ(AEPutDesc(list, 0, record), memFullErr);
     EXPECT_EQ(AECreateList(nullptr, 0, false, out), memFullErr);

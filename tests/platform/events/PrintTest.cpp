@@ -19,11 +19,7 @@ std::string printed(const Desc& desc) {
 TEST(Print, WritesEveryKindOfValue) {
     const auto bytes = [](auto... values) { return (Desc::bytesOf(values) + ...); };
     const SInt16 small = -2;
-    const struct {
-        DescType type;
-        std::string data;
-        const char* text;
-    } cases[] = {
+    const std::tuple<DescType, std::string, const char*> cases[] = {
         {typeNull, "", "null()"},
         {typeSInt32, bytes(SInt32{-70000}), "-70000"},
         {typeSInt16, bytes(small), "'shor'(-2)"},
@@ -46,7 +42,7 @@ TEST(Print, WritesEveryKindOfValue) {
         {'any ', "\x01\xFF", "'any '($01FF$)"},
         {typeAEList, "damaged", "'list'($64616D61676564$)"},
     };
-    for (const auto& each : cases) EXPECT_EQ(printed(Desc(each.type, each.data)), each.text);
+    for (const auto& [type, data, text] : cases) EXPECT_EQ(printed(Desc(type, data)), text);
     // Too much is left out, but no half of a character shown.
     EXPECT_EQ(printed(Desc('any ', std::string(65537, 'A'))).substr(8 + 2 * 65536), "$\u2026)");
     std::string text = "xy";

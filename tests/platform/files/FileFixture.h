@@ -2,24 +2,12 @@
 // File Manager about them.
 #pragma once
 
-#include <CoreServices/Files.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "platform/base/ByteWriter.h"
 #include "platform/base/FourCC.h"
 #include "platform/files/Forks.h"
 #include "platform/files/formats/AppleDouble.h"
 #include "platform/posix/FileSystem.h"
+#include "tests/support/Test.h"
 
 namespace osa::test {
 
@@ -89,35 +77,35 @@ class FileFixture : public testing::Test {
         const bool isGood =
             !root_.empty() && posix::setAttribute(root_, "user.probe", asBytes("")).ok();
         if (isGood) return;
-        if (!root_.empty()) std::filesystem::remove(root_);
-        root_ = scratchFolder(std::filesystem::temp_directory_path());
+        if (!root_.empty()) fs::remove(root_);
+        root_ = scratchFolder(fs::temp_directory_path());
     }
-    ~FileFixture() override { std::filesystem::remove_all(root_); }
+    ~FileFixture() override { fs::remove_all(root_); }
 
-    static std::string scratchFolder(const std::filesystem::path& folder) {
+    static std::string scratchFolder(const fs::path& folder) {
         std::string pattern = folder / "osa-files-XXXXXX";
         const char* const made = mkdtemp(pattern.data());
-        return made == nullptr ? std::string() : std::filesystem::canonical(made).string();
+        return made == nullptr ? std::string() : fs::canonical(made).string();
     }
 
     std::string at(const std::string& name) const { return root_ + "/" + name; }
 
-    /// Writes a file, making the folders above it.
+    /// Writes a file, making the folders above it, or an attribute "name@attribute", which must go
+    /// on a file that is there.
     std::string put(const std::string& name, const std::string& content = {}) const {
-        const std::string path = at(name);
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        const std::size_t sign = name.find('@');
+        const std::string path = at(name.substr(0, sign));
+        if (sign != std::string::npos) {
+            const auto set = posix::setAttribute(path, name.substr(sign + 1), asBytes(content));
+            EXPECT_TRUE(set.ok()) << name;
+            return path;
+        }
+        fs::create_directories(fs::path(path).parent_path());
         EXPECT_TRUE(posix::writeFile(path, asBytes(content)).ok()) << path;
         return path;
     }
 
-    FSRef ref(const std::string& name) const {
-        FSRef made{};
-        const auto path = name.empty() ? root_ : at(name);
-        EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &made, nullptr),
-                  noErr)
-            << path;
-        return made;
-    }
+    FSRef ref(const std::string& name) const { return refOf(name.empty() ? root_ : at(name)); }
 
     /// Of a child of the folder, if only a link.
     FSRef unfollowed(const std::string& name) const {
@@ -165,7 +153,7 @@ class FileFixture : public testing::Test {
     /// Everything below the folder, by path.
     std::set<std::string> names() const {
         std::set<std::string> found;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
+        for (const auto& entry : fs::recursive_directory_iterator(root_)) {
             found.insert(entry.path().lexically_relative(root_));
         }
         return found;
@@ -176,7 +164,7 @@ class FileFixture : public testing::Test {
 
 /// Descriptors that the process has open.
 inline std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
+    const fs::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
@@ -191,10 +179,8 @@ inline void failEachCall(const std::function<void()>& prepare,
         for (const bool fromThenOn : {true, false}) {
             SCOPED_TRACE(fromThenOn ? "and all after it" : "alone");
             prepare();
-            OSAFailOperation(nth, fromThenOn);
-            const OSStatus status = work();
-            failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
+            OSStatus status = noErr;
+            failed = failing(nth, fromThenOn, [&] { status = work(); });
             check(status);
             EXPECT_TRUE(failed > 0 || status == noErr) << status;
             EXPECT_EQ(OSAOpenFileCount(), 0);

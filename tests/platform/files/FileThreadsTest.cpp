@@ -1,8 +1,5 @@
-// Many threads on their own files and on shared folders and numbers, for the thread sanitizer.
-#include <OSA/Diagnostics.h>
-
+// Many threads on shared files and folders, for the thread sanitizer.
 #include <atomic>
-#include <thread>
 
 #include "platform/files/FolderTable.h"
 #include "tests/platform/files/FileFixture.h"
@@ -19,38 +16,6 @@ class FileThreads : public FileFixture {
     }
 };
 
-TEST_F(FileThreads, ReadTheirOwnFilesOnly) {
-    constexpr int kThreads = 8;
-    for (int i = 0; i < kThreads; ++i) {
-        const std::string name = std::to_string(i);
-        put("d/" + name, name);
-        put("d/._" + name, appleDouble(finderInfo(static_cast<FourCharCode>(i + 1), 0), ""));
-    }
-    std::atomic<int> wrong = 0;
-    const auto work = [&](int own) {
-        const std::string path = at("d/" + std::to_string(own));
-        for (int round = 0; round < 100; ++round) {
-            FSRef object;
-            FSCatalogInfo info;
-            SInt16 number = 0;
-            char content = 0;
-            SInt32 count = 1;
-            const bool isRight = FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()),
-                                               &object, nullptr) == 0 &&
-                                 FSGetCatalogInfo(&object, kFSCatInfoFinderInfo | kFSCatInfoVolume,
-                                                  &info, nullptr, nullptr, nullptr) == noErr &&
-                                 info.finderInfo.fdType == static_cast<FourCharCode>(own + 1) &&
-                                 FSOpenFork(&object, 0, nullptr, fsRdPerm, &number) == noErr &&
-                                 FSRead(number, &count, &content) == noErr &&
-                                 FSCloseFork(number) == noErr && content == '0' + own;
-            if (!isRight) ++wrong;
-        }
-    };
-    run(kThreads, work);
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(OSAOpenFileCount(), 0);
-}
-
 TEST_F(FileThreads, SeeOneMomentWhileOneRenames) {
     put("x", "data");
     put("._x", appleDouble(finderInfo(1, 0), "fork"));
@@ -59,8 +24,8 @@ TEST_F(FileThreads, SeeOneMomentWhileOneRenames) {
         for (int i = own; left > 0; ++i) {
             FSRef object;
             const std::string path = at(i % 2 == 0 ? "x" : "y");
-            if (FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &object, nullptr) != 0)
-                continue;
+            const auto* const bytes = reinterpret_cast<const UInt8*>(path.c_str());
+            if (FSPathMakeRef(bytes, &object, nullptr) != noErr) continue;
             const UniChar other = i % 2 == 0 ? 'y' : 'x';
             if (own == 0 && --left >= 0) FSRenameUnicode(&object, 1, &other, 0, nullptr);
             if (own == 0) continue;

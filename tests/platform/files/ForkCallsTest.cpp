@@ -1,8 +1,4 @@
 // Forks by number, and the whole room under failing system calls.
-#include <OSA/Diagnostics.h>
-
-#include <functional>
-
 #include "tests/platform/files/FileFixture.h"
 
 namespace osa::test {
@@ -15,18 +11,9 @@ class ForkCalls : public FileFixture {};
 TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
     put("x", "data");
     put("d/in");
-    const FSRef x = ref("x");
-    const FSRef folder = ref("d");
-    const FSRef gone = ref("d/in");
-    std::filesystem::remove(at("d/in"));
-    struct Row {
-        const char* name;
-        FSRef object;
-        std::u16string fork;
-        SInt8 permissions;
-        OSErr status;
-    };
-    const Row rows[] = {
+    const FSRef x = ref("x"), folder = ref("d"), gone = ref("d/in");
+    fs::remove(at("d/in"));
+    const std::tuple<const char*, FSRef, std::u16string, SInt8, OSErr> rows[] = {
         {"a fork of another name", x, u"DATA", 1, errFSBadForkName},
         {"a folder", folder, u"", 1, notAFileErr},
         {"a missing file", gone, u"", 1, fnfErr},
@@ -35,10 +22,10 @@ TEST_F(ForkCalls, RefuseWhatCannotBeOpened) {
         {"an unknown permission", x, u"", 9, paramErr},
         {"a zeroed reference", FSRef{}, u"", 1, errFSBadFSRef},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, object, fork, permissions, status] : rows) {
+        SCOPED_TRACE(name);
         SInt16 number = 7;
-        EXPECT_EQ(open(row.object, row.fork, row.permissions, number), row.status);
+        EXPECT_EQ(open(object, fork, permissions, number), status);
         EXPECT_EQ(number, 0);
     }
     EXPECT_EQ(OSAOpenFileCount(), 0);
@@ -49,14 +36,7 @@ TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
     SInt16 number = 0;
     ASSERT_EQ(open(ref("x"), u"", fsCurPerm, number), noErr);
     ASSERT_GT(number, 0);
-    struct Row {
-        const char* name;
-        SInt16 mode;
-        SInt32 offset;
-        OSErr status;
-        SInt32 mark;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, SInt16, SInt32, OSErr, SInt32> rows[] = {
         {"from the start", fsFromStart, 4, noErr, 4},
         {"where it is", fsAtMark, 99, noErr, 4},
         {"on from the mark", fsFromMark, 3, noErr, 7},
@@ -68,12 +48,12 @@ TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
         {"far before the start", fsFromMark, INT32_MIN, posErr, 10},
         {"no such mode", 4, 0, errFSBadPosMode, 10},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, mode, offset, status, wantedMark] : rows) {
+        SCOPED_TRACE(name);
         SInt32 mark = -1;
-        EXPECT_EQ(SetFPos(number, row.mode, row.offset), row.status);
+        EXPECT_EQ(SetFPos(number, mode, offset), status);
         EXPECT_EQ(GetFPos(number, &mark), noErr);
-        EXPECT_EQ(mark, row.mark);
+        EXPECT_EQ(mark, wantedMark);
     }
     char buffer[16] = {};
     SInt32 count = 4;
@@ -95,8 +75,7 @@ TEST_F(ForkCalls, MoveTheMarkByEveryMode) {
 }
 
 TEST_F(ForkCalls, ReadTheEndOfAForkOfMoreThanTwoGigabytes) {
-    put("huge");
-    std::filesystem::resize_file(at("huge"), (1ull << 31) + 4);
+    fs::resize_file(put("huge"), (1ull << 31) + 4);
     SInt16 number = 0;
     ASSERT_EQ(open(ref("huge"), u"", fsRdPerm, number), noErr);
     SInt32 end = 0;
@@ -117,61 +96,47 @@ TEST_F(ForkCalls, SurviveEveryFailingSystemCall) {
     const std::string bare = resourceFork("fork");
     put("d/.rsrc/x", bare);
     put("d/y", "data");
-    const FSRef x = ref("d/x");
-    const FSRef y = ref("d/y");
-    const FSRef folder = ref("d");
+    const FSRef x = ref("d/x"), y = ref("d/y"), folder = ref("d");
     const auto openAndRead = [&](std::u16string_view name, const std::string& wanted) {
         SInt16 number = 0;
         if (open(x, name, fsRdPerm, number) != noErr) return;
         char buffer[4];
         SInt32 count = 4;
-        if (FSRead(number, &count, buffer) == noErr) {
-            EXPECT_EQ(std::string(buffer, 4), wanted);
-        }
+        EXPECT_TRUE(FSRead(number, &count, buffer) != noErr || std::string(buffer, 4) == wanted);
         EXPECT_EQ(FSCloseFork(number), noErr);
     };
-    struct Row {
-        const char* name;
-        std::function<void()> work;
+    const std::function<void()> works[] = {
+        [&] {
+            FSCatalogInfo found;
+            const auto all = kFSCatInfoGettableInfo;
+            if (FSGetCatalogInfo(&x, all, &found, nullptr, nullptr, nullptr) != noErr) return;
+            EXPECT_EQ(+found.finderInfo.fdType, FourCC("osas"));
+            EXPECT_EQ(+found.rsrcLogicalSize, bare.size());
+        },
+        [&] { openAndRead(u"", "data"); },
+        [&] { openAndRead(kResourceName, bare.substr(0, 4)); },
+        [&] {
+            FSIterator iterator = nullptr;
+            if (FSOpenIterator(&folder, kFSIterateFlat, &iterator) != noErr) return;
+            FSRef refs[8];
+            ItemCount count = 0;
+            const OSErr status = FSGetCatalogInfoBulk(iterator, 8, &count, nullptr, 0, nullptr,
+                                                      refs, nullptr, nullptr);
+            EXPECT_TRUE(status != noErr || count == 2) << count;
+            FSCloseIterator(iterator);
+        },
+        [&] {
+            FSRef made;
+            const std::string path = at("d/../d/x");
+            const auto* const bytes = reinterpret_cast<const UInt8*>(path.c_str());
+            if (FSPathMakeRef(bytes, &made, nullptr) != noErr) return;
+            EXPECT_NE(FSCompareFSRefs(&made, &x), errFSRefsDifferent);
+        },
     };
-    const Row rows[] = {
-        {"catalog query",
-         [&] {
-             FSCatalogInfo found;
-             const auto all = kFSCatInfoGettableInfo;
-             if (FSGetCatalogInfo(&x, all, &found, nullptr, nullptr, nullptr) != noErr) return;
-             EXPECT_EQ(+found.finderInfo.fdType, FourCC("osas"));
-             EXPECT_EQ(+found.rsrcLogicalSize, bare.size());
-         }},
-        {"data fork", [&] { openAndRead(u"", "data"); }},
-        {"resource fork", [&] { openAndRead(kResourceName, bare.substr(0, 4)); }},
-        {"walk",
-         [&] {
-             FSIterator iterator = nullptr;
-             if (FSOpenIterator(&folder, kFSIterateFlat, &iterator) != noErr) return;
-             FSRef refs[8];
-             ItemCount count = 0;
-             const OSErr status = FSGetCatalogInfoBulk(iterator, 8, &count, nullptr, 0, nullptr,
-                                                       refs, nullptr, nullptr);
-             if (status == noErr) {
-                 EXPECT_EQ(count, 2u);
-             }
-             FSCloseIterator(iterator);
-         }},
-        {"path",
-         [&] {
-             FSRef made;
-             const std::string path = at("d/../d/x");
-             if (FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &made, nullptr) ==
-                 noErr) {
-                 EXPECT_NE(FSCompareFSRefs(&made, &x), errFSRefsDifferent);
-             }
-         }},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& each : works) {
+        SCOPED_TRACE(&each - works);
         const auto work = [&]() -> OSStatus {
-            row.work();
+            each();
             return OSAFailedOperations() > 0 ? ioErr : noErr;
         };
         // So that nothing is remembered of the other file.

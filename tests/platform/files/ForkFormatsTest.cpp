@@ -6,26 +6,15 @@
 namespace osa::test {
 namespace {
 
+using ForkFormats = FileFixture;
+
 std::shared_ptr<const ByteSource> source(const std::string& content) {
     return std::make_shared<MemorySource>(asBytes(content));
 }
 
-std::string text(const ByteSource& bytes) {
-    const auto all = readRange(bytes, {0, bytes.size()});
-    return all.ok() ? std::string(asText(*all)) : "unreadable";
-}
-
-/// A map without types behind two bytes of data.
-std::string resourceFork() {
-    ByteWriter fork;
-    fork.u32(256).u32(258).u32(2).u32(30).fill(240).text("hi");
-    return fork.fill(24).u16(28).u16(30).u16(0xFFFF).takeText();
-}
-
 struct MacBinaryBuilder {
     int generation = 3;
-    std::string data = "Hello\r";
-    std::string fork = "resources";
+    std::string data = "Hello\r", fork = "resources";
     std::uint16_t secondHeader = 0;
     std::uint32_t promisedData = 0;  ///< instead of the data's true length
     std::uint8_t spoiled = 0;        ///< put at offset 74, which must be 0
@@ -57,24 +46,16 @@ struct MacBinaryBuilder {
     }
 };
 
-TEST(ForkContainer, TellsWhatAFileIs) {
+TEST_F(ForkFormats, TellsWhatAFileIs) {
     using Kind = ForkContainer::Kind;
     EXPECT_EQ(MacBinaryBuilder::checksum(asBytes("123456789")), 0x31C3);
     const std::string info = finderInfo(FourCC("TEXT"), FourCC("ttxt"));
     const AppleDoubleBuilder single{.entries = {{3, "Hi.txt"}, {1, "Hello\r"}, {9, info}},
                                     .magic = 0x00051600};
-    std::string crossed = resourceFork();
-    crossed[6] = 0;  // the map would begin inside the header
-    struct Row {
-        const char* name;
-        std::string content;
-        Kind kind;
-        int generation;
-        std::string data;
-        std::string fork;
-    };
+    std::string crossed = resourceFork("hi");
+    crossed[7] = 2;  // the map would begin inside the header
     const std::string plain(200, 'p');
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, Kind, int, std::string, std::string> rows[] = {
         {"nothing", "", Kind::plain, 0, "", ""},
         {"other bytes", plain, Kind::plain, 0, plain, ""},
         {"zeros", std::string(4096, '\0'), Kind::plain, 0, std::string(4096, '\0'), ""},
@@ -89,26 +70,26 @@ TEST(ForkContainer, TellsWhatAFileIs) {
          Kind::macBinary, 3, "Hello\r", "resources"},
         {"no fork but the resource fork", MacBinaryBuilder{.data = ""}.build(), Kind::macBinary, 3,
          "", "resources"},
-        {"a bare resource fork", resourceFork(), Kind::resourceFork, 0, "", resourceFork()},
+        {"a bare resource fork", resourceFork("hi"), Kind::resourceFork, 0, "", resourceFork("hi")},
         {"a resource map inside the header", crossed, Kind::plain, 0, crossed, ""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto found = openForkContainer(source(row.content));
+    for (const auto& [name, content, kind, generation, data, fork] : rows) {
+        SCOPED_TRACE(name);
+        const auto found = openForkContainer(source(content));
         ASSERT_TRUE(found.ok());
-        EXPECT_EQ(found->kind, row.kind);
-        EXPECT_EQ(found->generation, row.generation);
-        EXPECT_EQ(text(*found->dataFork), row.data);
-        EXPECT_EQ(text(*found->resourceFork), row.fork);
-        if (row.kind == Kind::plain || row.kind == Kind::resourceFork) continue;
+        EXPECT_EQ(found->kind, kind);
+        EXPECT_EQ(found->generation, generation);
+        EXPECT_EQ(textOf(*found->dataFork), data);
+        EXPECT_EQ(textOf(*found->resourceFork), fork);
+        if (kind == Kind::plain || kind == Kind::resourceFork) continue;
         const FinderInfo read = basicFinderInfo(found->finderInfo, false);
         EXPECT_EQ(+read.fdType, FourCC("TEXT"));
-        EXPECT_EQ(read.fdFlags, row.generation == 0 ? 0 : row.generation == 1 ? 0x100 : 0x140);
-        EXPECT_EQ(found->name, row.kind == Kind::appleDouble ? "" : "Hi.txt");
+        EXPECT_EQ(read.fdFlags, generation == 0 ? 0 : generation == 1 ? 0x100 : 0x140);
+        EXPECT_EQ(found->name, kind == Kind::appleDouble ? "" : "Hi.txt");
     }
 }
 
-TEST(ForkContainer, DoesNotTakeALikenessForMacBinary) {
+TEST_F(ForkFormats, DoesNotTakeALikenessForMacBinary) {
     for (const MacBinaryBuilder& builder :
          {MacBinaryBuilder{.spoiled = 1}, MacBinaryBuilder{.generation = 1, .promisedData = 900},
           MacBinaryBuilder{.generation = 1, .promisedData = 0xFFFFFFF0},
@@ -119,11 +100,11 @@ TEST(ForkContainer, DoesNotTakeALikenessForMacBinary) {
     }
     const auto cut = openForkContainer(source(MacBinaryBuilder().build().substr(0, 260)));
     ASSERT_TRUE(cut.ok());
-    EXPECT_EQ(text(*cut->dataFork), "Hello\r");
-    EXPECT_EQ(text(*cut->resourceFork), "reso") << "a checksum is believed, the lengths are cut";
+    EXPECT_EQ(textOf(*cut->dataFork), "Hello\r");
+    EXPECT_EQ(textOf(*cut->resourceFork), "reso") << "a checksum is believed, the lengths are cut";
 }
 
-TEST(AppleDouble, ListsAttributesBehindTheFinderInformation) {
+TEST_F(ForkFormats, ListsAttributesBehindTheFinderInformation) {
     // One entry, so the Finder information lies at 38 and the attribute block at 72.
     ByteWriter block;
     block.fill(34).text("ATTR").u32(0).u32(0).u32(0).u32(0).fill(12).u16(0).u16(2);
@@ -142,17 +123,12 @@ TEST(AppleDouble, ListsAttributesBehindTheFinderInformation) {
     EXPECT_EQ((*attributes)[1].range.length, 5u) << "cut to what there is";
 }
 
-TEST(AppleDouble, CountsDatesFromBothEpochs) {
+TEST_F(ForkFormats, CountsDatesFromBothEpochs) {
     ByteWriter modern;
     modern.u32(0).u32(0x80000000).u32(0xFFFFFFFF).u32(1);
     ByteWriter old;
     old.u32(2082844800).u32(0).u32(1).u32(0);
-    struct Row {
-        const char* name;
-        AppleDoubleBuilder file;
-        AppleDouble::Dates dates;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, AppleDoubleBuilder, AppleDouble::Dates> rows[] = {
         {"version 2", {.entries = {{8, modern.takeText()}}}, {946684800, {}, 946684799, 946684801}},
         {"version 1",
          {.entries = {{7, old.takeText()}}, .version = 0x10000},
@@ -160,16 +136,16 @@ TEST(AppleDouble, CountsDatesFromBothEpochs) {
         {"cut short", {.entries = {{8, std::string(6, '\0')}}}, {946684800, {}, {}, {}}},
         {"none", {.entries = {{2, "fork"}}}, {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto parsed = AppleDouble::parse(source(row.file.build()));
+    for (const auto& [name, file, wantedDates] : rows) {
+        SCOPED_TRACE(name);
+        const auto parsed = AppleDouble::parse(source(file.build()));
         ASSERT_TRUE(parsed.ok());
         const auto dates = parsed->dates();
         ASSERT_TRUE(dates.ok());
-        EXPECT_EQ(dates->created, row.dates.created);
-        EXPECT_EQ(dates->modified, row.dates.modified);
-        EXPECT_EQ(dates->backedUp, row.dates.backedUp);
-        EXPECT_EQ(dates->accessed, row.dates.accessed);
+        EXPECT_EQ(dates->created, wantedDates.created);
+        EXPECT_EQ(dates->modified, wantedDates.modified);
+        EXPECT_EQ(dates->backedUp, wantedDates.backedUp);
+        EXPECT_EQ(dates->accessed, wantedDates.accessed);
     }
 }
 

@@ -1,18 +1,12 @@
 // Pools, dictionaries, and texts and property lists in files.
 #include <CoreFoundation/CFArray.h>
-#include <CoreFoundation/CFRef.h>
-#include <CoreServices/MacErrors.h>
 #include <Foundation/Foundation.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <thread>
 #include <type_traits>
 
 #include "tests/support/TemporaryFolder.h"
 
-namespace osa {
+namespace osa::test {
 namespace {
 
 std::string utf8(CFStringRef string) {
@@ -20,12 +14,6 @@ std::string utf8(CFStringRef string) {
     char buffer[1024] = {};
     CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8);
     return buffer;
-}
-
-CFRef<CFURLRef> urlOf(const std::string& path) {
-    return CFRef<CFURLRef>::Adopt(CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()),
-        false));
 }
 
 CFDataRef sampleData() {
@@ -58,8 +46,7 @@ TEST(AutoreleasePool, ObjectsLiveAsLongAsTheInnermostPool) {
 
 class Foundation : public testing::Test {
   protected:
-    void SetUp() override { pool_ = NSAutoreleasePool::create(); }
-    void TearDown() override { pool_->release(); }
+    ~Foundation() override { pool_->release(); }
 
     CFStringRef text(const std::string& name) const {
         return NSString::stringWithContentsOfURL(urlOf(folder_.path(name)).get());
@@ -68,38 +55,25 @@ class Foundation : public testing::Test {
         return NSAttributedString::initWithURL(urlOf(folder_.path(name)).get(), nullptr).string();
     }
 
-    test::TemporaryFolder folder_;
-
-  private:
-    NSAutoreleasePool* pool_ = nullptr;
+    const TemporaryFolder folder_;
+    NSAutoreleasePool* const pool_ = NSAutoreleasePool::create();
 };
 
 TEST_F(Foundation, ReadsTextByItsMarkOrInTheSystemsEncoding) {
-    const struct {
-        const char* row;
-        std::string content;
-        const char* text;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"without a mark: Mac Roman", "caf\x8E\r", "café\r"},
         {"UTF-8 without a mark is not recognised", "caf\xC3\xA9", "caf√©"},
-        {"UTF-8",
-         "\xEF\xBB\xBF"
-         "caf\xC3\xA9",
-         "café"},
+        {"UTF-8", "\xEF\xBB\277caf\xC3\xA9", "café"},
         {"UTF-16, big-endian", std::string("\xFE\xFF\0a\0\xE9", 6), "aé"},
-        {"UTF-16, little-endian",
-         std::string("\xFF\xFE"
-                     "a\0\xE9\0",
-                     6),
-         "aé"},
+        {"UTF-16, little-endian", std::string("\xFF\376a\0\xE9\0", 6), "aé"},
         {"damaged UTF-8", "\xEF\xBB\xBF\xC3", "(null)"},
         {"nothing", "", ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        folder_.write("text", row.content);
-        EXPECT_EQ(utf8(text("text")), row.text);
-        EXPECT_EQ(utf8(document("text")), row.text) << "a document that is no rich text";
+    for (const auto& [row, content, wantedText] : rows) {
+        SCOPED_TRACE(row);
+        folder_.write("text", content);
+        EXPECT_EQ(utf8(text("text")), wantedText);
+        EXPECT_EQ(utf8(document("text")), wantedText) << "a document that is no rich text";
     }
     EXPECT_EQ(text("missing"), nullptr);
     EXPECT_EQ(NSString::stringWithContentsOfURL(nullptr), nullptr);
@@ -154,4 +128,4 @@ TEST_F(Foundation, ReadsDictionariesOnly) {
 }
 
 }  // namespace
-}  // namespace osa
+}  // namespace osa::test

@@ -1,9 +1,8 @@
 // Rich text to plain text, rule by rule, with the dialect that the Mac writes.
 #include "platform/foundation/RichText.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/text/TextConverter.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {
@@ -21,11 +20,7 @@ const char kHead[] =
     "\\pard\\tx720\\pardirnatural\n\\f0\\fs24 ";
 
 TEST(RichText, GivesTheCharactersOfADocument) {
-    const struct {
-        const char* row;
-        const char* body;
-        const char* text;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"letters in the document's set", "Caf\\'e9 \\'93x\\'94", "Café “x”"},
         {"bytes that should have been escaped", "Caf\xE9", "Café"},
         {"ends of paragraphs", "a\\\nb\\\r\nc\\par d\ne", "a\nb\nc\nde"},
@@ -58,13 +53,13 @@ TEST(RichText, GivesTheCharactersOfADocument) {
         {"text behind the document is none of it", "a}b", "a"},
         {"numbers beyond all bounds", "\\uc99999999999999999999\\fs-99999999999 a", "a"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        std::string body = row.body;
+    for (const auto& [row, source, text] : rows) {
+        SCOPED_TRACE(row);
+        std::string body = source;
         // The one character here that is not ASCII stands for a Latin-1 byte in the file.
         if (const auto sign = body.find("¬"); sign != std::string::npos)
             body.replace(sign, 2, "\xAC");
-        EXPECT_EQ(plain(kHead + body + "}"), row.text);
+        EXPECT_EQ(plain(kHead + body + "}"), text);
     }
 }
 

@@ -1,13 +1,9 @@
 // Archives: every class that becomes something, what is left out, and what is refused.
 #include <CoreFoundation/CFPropertyList.h>
-#include <CoreFoundation/CFRef.h>
 #include <Foundation/Foundation.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
-
-#include <functional>
 
 #include "tests/support/ArchiveBuilder.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {
@@ -17,8 +13,7 @@ using namespace test::archive;
 /// The root as a property list without its XML frame; what is no property list shows as "(null)",
 /// what was refused as "!" and the reason.
 std::string unarchived(const std::string& bytes) {
-    const auto data = CFRef<CFDataRef>::Adopt(CFDataCreate(
-        nullptr, reinterpret_cast<const UInt8*>(bytes.data()), static_cast<CFIndex>(bytes.size())));
+    const auto data = test::dataOf(bytes);
     CFTypeRef root = nullptr;
     try {
         root = NSUnarchiver::unarchiveObjectWithData(data.get());
@@ -29,8 +24,7 @@ std::string unarchived(const std::string& bytes) {
     if (root == nullptr) return "(null)";
     const auto xml = CFRef<CFDataRef>::Adopt(CFPropertyListCreateXMLData(nullptr, root));
     if (!xml) return "(no property list)";
-    std::string text(reinterpret_cast<const char*>(CFDataGetBytePtr(xml.get())),
-                     static_cast<std::size_t>(CFDataGetLength(xml.get())));
+    std::string text = test::bytesOf(xml.get());
     const std::size_t start = text.find('>', text.find("<plist")) + 1;
     text = text.substr(start, text.rfind("</plist>") - start);
     std::erase_if(text, [](char c) { return c == '\n' || c == '\t'; });
@@ -46,18 +40,13 @@ std::string fromHex(std::string_view hex) {
 
 class Unarchiver : public testing::Test {
   protected:
-    void SetUp() override {
-        live_ = OSALiveObjectCount();
-        pool_ = NSAutoreleasePool::create();
-    }
-    void TearDown() override {
+    ~Unarchiver() override {
         pool_->release();
         EXPECT_EQ(OSALiveObjectCount(), live_);
     }
 
-  private:
-    CFIndex live_ = 0;
-    NSAutoreleasePool* pool_ = nullptr;
+    const CFIndex live_ = OSALiveObjectCount();
+    NSAutoreleasePool* const pool_ = NSAutoreleasePool::create();
 };
 
 /// {"meta-data" = {"kMDItemDescription" = "hi"; "n" = 3}} as the Mac's own archiver writes it,
@@ -90,11 +79,7 @@ TEST_F(Unarchiver, KnowsThePropertyListClassesAndLeavesOutTheOthers) {
                group("[4C]", "abcd") +
                    group("{?=i[2{a=@#}]:*!}", "\x05" + string("x") + "\x85\x85\x85\x85\x85"));
     const std::string doubleThreeHalves("\x83\0\0\0\0\0\0\xF8\x3F", 9);
-    const struct {
-        const char* row;
-        std::string root;
-        const char* text;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"text", string("gr\xC3\xBC\xC3\x9F"), "<string>grüß</string>"},
         {"a class of its own below a known one",
          object({"NSCFString", "NSMutableString", "NSString"}, group("+", bytes("a"))),
@@ -138,9 +123,9 @@ TEST_F(Unarchiver, KnowsThePropertyListClassesAndLeavesOutTheOthers) {
          "<array><string>v</string></array>"},
         {"an unknown class as root", font, "(null)"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        EXPECT_EQ(unarchived(archive(row.root)), row.text);
+    for (const auto& [row, root, text] : rows) {
+        SCOPED_TRACE(row);
+        EXPECT_EQ(unarchived(archive(root)), text);
     }
 }
 
@@ -159,11 +144,7 @@ TEST_F(Unarchiver, RefusesDamage) {
     std::string nested = string("x");
     for (int i = 0; i < 3000; ++i) nested = object({"X"}, group("@", nested));
     const std::string good = archive(string("x"));
-    const struct {
-        const char* row;
-        std::string reason;
-        std::string bytes;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"nothing", "not an archive", ""},
         {"another kind of archive", "not an archive", "bplist00"},
         {"an older version", "archive of version 3", "\x03" + good.substr(1)},
@@ -194,10 +175,10 @@ TEST_F(Unarchiver, RefusesDamage) {
         {"a bomb", "objects are too large",
          archive(object({"NSArray"}, group("i", integer(10)) + levels))},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
-        const std::string result = unarchived(row.bytes);
-        EXPECT_EQ(result.substr(0, row.reason.size() + 2), "! " + row.reason);
+    for (const auto& [row, reason, bytes] : rows) {
+        SCOPED_TRACE(row);
+        const std::string result = unarchived(bytes);
+        EXPECT_EQ(result.substr(0, reason.size() + 2), "! " + reason);
     }
     EXPECT_EQ(NSUnarchiver::unarchiveObjectWithData(nullptr), nullptr);
 }

@@ -1,10 +1,7 @@
 // Blocks: sizes, states, failure statuses and the live count.
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
-#include <OSA/Diagnostics.h>
-#include <gtest/gtest.h>
 
-#include <cstring>
+#include "tests/support/Test.h"
 
 TEST(Handles, KeepTheirAddressAndContentsThroughEveryChangeOfSize) {
     const CFIndex before = OSALiveBlockCount();

@@ -1,28 +1,21 @@
 // What the system answers, as statuses.
 #include "platform/posix/FileSystem.h"
 
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <filesystem>
 
 #include "platform/posix/CatalogChanges.h"
 #include "platform/posix/ErrnoStatus.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace osa::posix {
 namespace {
 
 class FileSystem : public testing::Test {
   protected:
-    FileSystem() {
-        std::string pattern = std::filesystem::temp_directory_path() / "osa-posix-XXXXXX";
-        root_ = std::filesystem::canonical(mkdtemp(pattern.data())).string() + "/";
-    }
-    ~FileSystem() override { std::filesystem::remove_all(root_); }
-    std::string root_;
+    const test::TemporaryFolder folder_;
+    const std::string root_ = folder_.path() + "/";
 };
 
 TEST_F(FileSystem, NeverWaitsForWhatIsNoFile) {
@@ -30,25 +23,15 @@ TEST_F(FileSystem, NeverWaitsForWhatIsNoFile) {
     std::filesystem::create_symlink("pipe", root_ + "link");
     std::filesystem::create_symlink("circle", root_ + "circle");
     ASSERT_TRUE(writeFile(root_ + "file", asBytes("12345")).ok());
-    struct Row {
-        const char* name;
-        Follow follow;
-        OSStatus status;
+    const std::tuple<const char*, Follow, OSStatus> rows[] = {
+        {"file", Follow::no, noErr},    {"pipe", Follow::yes, notAFileErr},
+        {"", Follow::yes, notAFileErr}, {"link", Follow::no, notAFileErr},
+        {"none", Follow::yes, fnfErr},  {"file/in", Follow::yes, fnfErr},
     };
-    const Row rows[] = {
-        {"file", Follow::no, noErr},      {"pipe", Follow::yes, notAFileErr},
-        {"", Follow::yes, notAFileErr},   {"link", Follow::no, notAFileErr},
-        {"circle", Follow::yes, fnfErr},  {"none", Follow::yes, fnfErr},
-        {"file/in", Follow::yes, fnfErr},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        if (std::string(row.name) == "circle") {
-            EXPECT_EQ(status(root_ + row.name, Follow::yes).status(), row.status);
-        } else {
-            EXPECT_EQ(openFile(root_ + row.name, row.follow).status(), row.status);
-        }
+    for (const auto& [name, follow, wantedStatus] : rows) {
+        EXPECT_EQ(openFile(root_ + name, follow).status(), wantedStatus) << name;
     }
+    EXPECT_EQ(status(root_ + "circle", Follow::yes).status(), fnfErr);
     EXPECT_EQ(status(root_ + std::string("file\0x", 6), Follow::no).status(), fnfErr);
     EXPECT_EQ(readFile(root_ + "file", 4).status(), fileBoundsErr);
     EXPECT_EQ(readFile(root_ + "file", 5)->size(), 5u);

@@ -1,17 +1,14 @@
 // Expanding compressed resources: each rule of the three schemes once, and what must be refused.
 #include "platform/resources/ResourceDecompression.h"
 
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
-
 #include "platform/base/ByteWriter.h"
+#include "tests/support/Test.h"
 
 namespace osa {
 namespace {
 
 std::string fromHex(std::string_view hex) {
-    std::string bytes;
-    std::string digits;
+    std::string bytes, digits;
     for (const char c : hex) {
         if (c == ' ') continue;
         digits += c;

@@ -1,11 +1,7 @@
 // Resource maps: what a sound one gives, and what of a damaged one is refused or still given.
 #include "platform/resources/ResourceFork.h"
 
-#include <CoreServices/MacErrors.h>
-#include <gtest/gtest.h>
-
-#include <functional>
-
+#include "tests/support/Test.h"
 #include "tools/samples/ResourceForkBuilder.h"
 
 namespace osa {
@@ -17,10 +13,10 @@ Result<ResourceFork> open(std::vector<std::byte> bytes) {
 
 samples::ResourceForkBuilder sample() {
     samples::ResourceForkBuilder builder;
-    builder.add(FourCC("STR "), 128, "Hello", "Gr\x9F\xA7 dich", 0x20);  // "Grüß dich"
-    builder.add(FourCC("STR "), 129, "Hi", "");
-    builder.add(FourCC("TEXT"), -7, "abc", nullptr, 0x08);
-    builder.add(FourCC("STR "), 130, "later", "gr\x86\xA7 DICH");
+    builder.add('STR ', 128, "Hello", "Gr\x9F\xA7 dich", 0x20);  // "Grüß dich"
+    builder.add('STR ', 129, "Hi", "");
+    builder.add('TEXT', -7, "abc", nullptr, 0x08);
+    builder.add('STR ', 130, "later", "gr\x86\xA7 DICH");
     return builder;
 }
 
@@ -39,13 +35,13 @@ TEST(ResourceFork, FindsByTypeAndIdAndByName) {
     EXPECT_EQ(fork.types()[0].count, 3u);
     EXPECT_EQ(fork.types()[1].code, FourCC("TEXT"));
 
-    EXPECT_EQ(dataOf(fork, fork.find(FourCC("STR "), SInt16{130})), "later");
-    const ResourceReference* const negative = fork.find(FourCC("TEXT"), SInt16{-7});
+    EXPECT_EQ(dataOf(fork, fork.find('STR ', SInt16{130})), "later");
+    const ResourceReference* const negative = fork.find('TEXT', SInt16{-7});
     EXPECT_EQ(dataOf(fork, negative), "abc");
     EXPECT_EQ(negative->attributes, 0x08);
     EXPECT_FALSE(fork.name(*negative).has_value());
-    EXPECT_EQ(fork.name(*fork.find(FourCC("STR "), SInt16{129})), "");
-    EXPECT_EQ(fork.find(FourCC("str "), SInt16{128}), nullptr) << "types differ in case";
+    EXPECT_EQ(fork.name(*fork.find('STR ', SInt16{129})), "");
+    EXPECT_EQ(fork.find('str ', SInt16{128}), nullptr) << "types differ in case";
 
     const std::pair<const char*, const char*> names[] = {
         {"GR\x86\xA7 DICH", "Hello"},  // Ü is ü, and the first of two wins
@@ -55,7 +51,7 @@ TEST(ResourceFork, FindsByTypeAndIdAndByName) {
     };
     for (const auto& [name, data] : names) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(dataOf(fork, fork.find(FourCC("STR "), std::string_view(name))), data);
+        EXPECT_EQ(dataOf(fork, fork.find('STR ', std::string_view(name))), data);
     }
 }
 
@@ -69,11 +65,7 @@ TEST(ResourceFork, RefusesWhatIsNoMap) {
         };
     };
     const std::size_t map = sample().mapStart();
-    const struct {
-        const char* row;
-        std::function<void(Bytes&)> spoil;
-        OSStatus status;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(Bytes&)>, OSStatus> rows[] = {
         {"no bytes are no fork", [](Bytes& b) { b.clear(); }, eofErr},
         {"zeros are no fork", [](Bytes& b) { b.assign(4096, std::byte{0}); }, eofErr},
         {"a few bytes are no map", [](Bytes& b) { b.resize(9); }, mapReadErr},
@@ -89,12 +81,12 @@ TEST(ResourceFork, RefusesWhatIsNoMap) {
         {"a map length of nothing is mended", patch(12, 0, 4), noErr},
         {"a map length that is too long is cut", patch(12, 0xFFFFFFFF, 4), noErr},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
+    for (const auto& [row, spoil, status] : rows) {
+        SCOPED_TRACE(row);
         Bytes bytes = sample().build();
-        row.spoil(bytes);
+        spoil(bytes);
         const auto fork = open(std::move(bytes));
-        ASSERT_EQ(fork.status(), row.status);
+        ASSERT_EQ(fork.status(), status);
         if (fork) {
             EXPECT_EQ(fork->references().size(), 4u);
         }
@@ -110,9 +102,9 @@ TEST(ResourceFork, OneSpoiltResourceSparesTheOthers) {
     spoilt.patch(map + 78 - 2, 0x7000, 2);  // name of the second
     const auto fork = open(spoilt.take());
     ASSERT_TRUE(fork.ok());
-    EXPECT_EQ(dataOf(*fork, fork->find(FourCC("STR "), SInt16{128})), "(-199)");
-    EXPECT_EQ(dataOf(*fork, fork->find(FourCC("STR "), SInt16{130})), "later");
-    EXPECT_EQ(dataOf(*fork, fork->find(FourCC("TEXT"), SInt16{-7})), "abc");
+    EXPECT_EQ(dataOf(*fork, fork->find('STR ', SInt16{128})), "(-199)");
+    EXPECT_EQ(dataOf(*fork, fork->find('STR ', SInt16{130})), "later");
+    EXPECT_EQ(dataOf(*fork, fork->find('TEXT', SInt16{-7})), "abc");
 }
 
 TEST(ResourceFork, SharedListsStayInProportion) {

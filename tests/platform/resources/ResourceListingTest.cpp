@@ -1,8 +1,5 @@
 // Listing and extracting from files and from containers.
-#include <CoreFoundation/CFRef.h>
-#include <CoreServices/MacErrors.h>
 #include <OSA/ResourceListing.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/ResourceForkBuilder.h"
@@ -13,9 +10,7 @@ namespace {
 std::string dataAt(OSAResourceListRef list, CFIndex index, bool expand) {
     CFRef<CFDataRef> data;
     const OSStatus status = OSAResourceListCopyData(list, index, expand, data.out());
-    if (status != noErr) return std::to_string(status);
-    return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
-            static_cast<std::size_t>(CFDataGetLength(data.get()))};
+    return status == noErr ? test::bytesOf(data.get()) : std::to_string(status);
 }
 
 TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
@@ -29,11 +24,7 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
 
     const test::TemporaryFolder folder;
     folder.write("._side", samples::wrappedFork(fork));
-    const struct {
-        const char* row;
-        std::string path;
-        OSStatus status;
-    } rows[] = {
+    const std::tuple<const char*, std::string, OSStatus> rows[] = {
         {"a file with a side file", folder.write("side", "text"), noErr},
         {"the side file itself", folder.path("._side"), noErr},
         {"AppleSingle", folder.write("single", samples::wrappedFork(fork, 0x00051600)), noErr},
@@ -41,21 +32,18 @@ TEST(ResourceListing, FindsTheResourcesWhereverTheyAre) {
         {"no resources", folder.write("a.txt", "just text"), eofErr},
         {"nothing", folder.path("none"), fnfErr},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.row);
+    for (const auto& [row, path, status] : rows) {
+        SCOPED_TRACE(row);
         OSAResourceListRef list = nullptr;
-        ASSERT_EQ(OSAResourceListOpen(row.path.c_str(), &list), row.status);
-        ASSERT_EQ(list != nullptr, row.status == noErr);
+        ASSERT_EQ(OSAResourceListOpen(path.c_str(), &list), status);
+        ASSERT_EQ(list != nullptr, status == noErr);
         if (list == nullptr) continue;
         ASSERT_EQ(OSAResourceListGetCount(list), 2);
         OSAResourceInfo info;
         ASSERT_EQ(OSAResourceListGetInfo(list, 0, &info), noErr);
-        EXPECT_EQ(info.id, -5);
-        EXPECT_TRUE(info.hasName);
-        EXPECT_EQ(info.name[0], 4);
+        EXPECT_TRUE(info.id == -5 && info.hasName && info.name[0] == 4 && !info.compressed);
         ASSERT_EQ(OSAResourceListGetInfo(list, 1, &info), noErr);
-        EXPECT_TRUE(info.compressed);
-        EXPECT_FALSE(info.hasName);
+        EXPECT_TRUE(info.compressed && !info.hasName);
         EXPECT_EQ(info.storedSize, packed.size());
         EXPECT_EQ(info.size, 3u);
         EXPECT_EQ(dataAt(list, 0, true), "hello");

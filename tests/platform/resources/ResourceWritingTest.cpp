@@ -3,7 +3,6 @@
 #include <CoreServices/Resources.h>
 
 #include <random>
-#include <thread>
 
 #include "tests/platform/files/FileFixture.h"
 #include "tests/support/ResourceLines.h"
@@ -44,10 +43,6 @@ void removeUnloaded(ResType type, ResourceIndex index) {
 
 class ResourceWriting : public FileFixture {
   protected:
-    ~ResourceWriting() override {
-        EXPECT_EQ(OSALiveBlockCount(), blocks_);
-        EXPECT_EQ(OSAOpenFileCount(), 0);
-    }
     ResFileRefNum open(SInt8 permission = fsRdWrPerm) const {
         ResFileRefNum number = FSOpenResFile(&file_, permission);
         if (isDataFork_) FSOpenResourceFile(&file_, 0, nullptr, permission, &number);
@@ -61,11 +56,9 @@ class ResourceWriting : public FileFixture {
     }
     Lines stored() const { return resourceLines(at("file")); }
 
+    const NoLeaks leaks_;
     bool isDataFork_ = false;
     FSRef file_{};
-
-  private:
-    CFIndex blocks_ = OSALiveBlockCount();
 };
 
 /// Does at random to the current file and to a list what must come to the same.
@@ -127,8 +120,7 @@ class Model {
     struct Item {
         ResType type;
         ResID id;
-        std::string name;
-        std::string data;
+        std::string name, data;
         int attributes = 0;
     };
 
@@ -196,11 +188,8 @@ TEST_F(ResourceWriting, LeavesOldOrNewWhicheverCallFailsAndCanBeDoneAgain) {
             add(kType, 3, "", "added");
             SetResAttrs(Get1Resource(kType, 3), resProtected);
             const std::size_t descriptors = openDescriptors();
-            OSAFailOperation(nth, kind > 1);
-            UpdateResFile(CurResFile());
+            failed = failing(nth, kind > 1, [] { UpdateResFile(CurResFile()); });
             const OSErr status = ResError();
-            failed = OSAFailedOperations();
-            OSAFailOperation(0, false);
             EXPECT_TRUE(stored() == (status == noErr ? changed : old)) << status;
             EXPECT_LE(openDescriptors(), descriptors);
             EXPECT_EQ(names(), (std::set<std::string>{"file", "._file"}));
@@ -266,7 +255,7 @@ TEST_F(ResourceWriting, OneNumberForAllWhoWriteAndOneForEachReader) {
 TEST_F(ResourceWriting, FollowsItsFileAndNotItsOtherNames) {
     for (const bool isDataFork : {false, true}) {
         start(isDataFork, samples::ResourceForkBuilder().add(kType, 1, "old").text());
-        std::filesystem::create_hard_link(at("file"), at("link"));
+        fs::create_hard_link(at("file"), at("link"));
         put("._link", content("._file"));
         const ResFileRefNum writer = open();
         std::jthread renaming([&](const std::stop_token& stop) {

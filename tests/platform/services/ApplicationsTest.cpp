@@ -1,13 +1,7 @@
 // Finding applications, what they are, and the commands that start them.
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/Folders.h>
 #include <CoreServices/LaunchServices.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/Diagnostics.h>
 #include <OSA/HostFolders.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "platform/cf/StringObject.h"
 #include "platform/services/applications/Application.h"
@@ -17,6 +11,11 @@
 
 namespace osa::test {
 namespace {
+
+CFRef<CFStringRef> text(const char* utf8) {
+    return CFRef<CFStringRef>::Adopt(utf8 == nullptr ? nullptr
+                                                     : createString(std::string_view(utf8)));
+}
 
 class Applications : public testing::Test {
   protected:
@@ -31,16 +30,8 @@ class Applications : public testing::Test {
                            "[Desktop Entry]\nType=Application\nExec=/bin/true %F\n" + lines);
     }
     std::string program(const std::string& name) const {
-        std::filesystem::permissions(home_.write(name, "#!/bin/sh\n"),
-                                     std::filesystem::perms::owner_all);
+        fs::permissions(home_.write(name, "#!/bin/sh\n"), fs::perms::owner_all);
         return home_.path(name);
-    }
-
-    /// Empty when the reference leads nowhere.
-    static std::string pathOf(const FSRef& ref) {
-        UInt8 path[4096];
-        const OSStatus status = FSRefMakePath(&ref, path, sizeof path);
-        return status == noErr ? reinterpret_cast<const char*>(path) : "";
     }
 
     const TemporaryFolder home_;
@@ -67,59 +58,51 @@ TEST_F(Applications, AreFoundByEveryCriterionAndInTheOrderOfTheirFolders) {
     home_.write("first/Broken.desktop", "nothing");
     entry(data + "Broken", "X-OSA-Signature=brok\n");
     entry(data + "\xFF", "X-OSA-Signature=late\n");
-    std::filesystem::create_directory_symlink(home_.path(data), home_.path(data + "circle"));
+    fs::create_directory_symlink(home_.path(data), home_.path(data + "circle"));
     home_.write("opt/Set.app/Contents/PkgInfo", "APPLset ");
-    std::filesystem::create_directory_symlink("../opt", home_.path("Applications/opt"));
-    std::filesystem::create_directory_symlink("../opt/Set.app",
-                                              home_.path("Applications/S\xC3\xA8t.app"));
-    std::filesystem::create_symlink("Loop.desktop", home_.path(data + "Loop.desktop"));
+    fs::create_directory_symlink("../opt", home_.path("Applications/opt"));
+    fs::create_directory_symlink("../opt/Set.app", home_.path("Applications/S\xC3\xA8t.app"));
+    fs::create_symlink("Loop.desktop", home_.path(data + "Loop.desktop"));
     OSASetApplicationFolders((home_.path("none") + ":relative:" + home_.path("first")).c_str());
-    const struct {
-        OSType creator;
-        CFStringRef bundleID;
-        CFStringRef name;
-        std::string path;  // empty: not found
-    } rows[] = {
-        {FourCC("quil"), nullptr, nullptr, "Applications/Old/Quill.app"},
-        {0, CFSTR("ORG.example.pen"), nullptr, "Applications/Pen.app"},
-        {0, nullptr, CFSTR("Pen"), "Applications/Pen.app"},
-        {0, nullptr, CFSTR("quill.APP"), "Applications/Old/Quill.app"},
-        {FourCC("quil"), CFSTR("org.example.Pen"), nullptr, ""},
-        {FourCC("thre"), nullptr, nullptr, ""},  // too deep
-        {FourCC("kit "), nullptr, nullptr, ""},
-        {FourCC("set "), nullptr, CFSTR("SE\xCC\x80T"), "opt/Set.app"},
-        {FourCC("set "), nullptr, CFSTR("Set"), ""},  // the link has the name
-        {0, CFSTR("both"), nullptr, "first/Both.desktop"},
-        {FourCC("\x8Ag  "), nullptr, nullptr, "first/Both.desktop"},
-        {FourCC("late"), nullptr, nullptr, ""},  // hidden, or no text
-        {0, nullptr, CFSTR("Own"), ""},
-        {0, CFSTR("Gone"), nullptr, ""},
-        {FourCC("gone"), nullptr, nullptr, ""},
-        {FourCC("menu"), nullptr, nullptr, data + "Menuless.desktop"},
-        {0, CFSTR("Kit-Draw-tool"), nullptr, data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("tool.desktop"), data + "kit/draw/Tool.desktop"},
-        {0, nullptr, CFSTR("the host's"), "first/Both.desktop"},
-        {FourCC("miss"), nullptr, nullptr, ""},
-        {FourCC("five"), nullptr, nullptr, ""},
-        {FourCC("link"), nullptr, nullptr, ""},
-        {0, CFSTR("Broken"), nullptr, data + "Broken.desktop"},
-        {0, CFSTR("circle-Five"), nullptr, ""},
-        {0, CFSTR("../Applications/Both"), nullptr, ""},
-        {0, CFSTR(""), nullptr, ""},
+    // Creator, identifier, name; found where: empty when nowhere.
+    const std::tuple<OSType, const char*, const char*, std::string> rows[] = {
+        {'quil', nullptr, nullptr, "Applications/Old/Quill.app"},
+        {0, "ORG.example.pen", nullptr, "Applications/Pen.app"},
+        {0, nullptr, "Pen", "Applications/Pen.app"},
+        {0, nullptr, "quill.APP", "Applications/Old/Quill.app"},
+        {'quil', "org.example.Pen", nullptr, ""},
+        {'thre', nullptr, nullptr, ""},  // too deep
+        {'kit ', nullptr, nullptr, ""},
+        {'set ', nullptr, "SE\xCC\x80T", "opt/Set.app"},
+        {'set ', nullptr, "Set", ""},  // the link has the name
+        {0, "both", nullptr, "first/Both.desktop"},
+        {0x8A672020, nullptr, nullptr, "first/Both.desktop"},
+        {'late', nullptr, nullptr, ""},  // hidden, or no text
+        {0, nullptr, "Own", ""},
+        {0, "Gone", nullptr, ""},
+        {'gone', nullptr, nullptr, ""},
+        {'menu', nullptr, nullptr, data + "Menuless.desktop"},
+        {0, "Kit-Draw-tool", nullptr, data + "kit/draw/Tool.desktop"},
+        {0, nullptr, "tool.desktop", data + "kit/draw/Tool.desktop"},
+        {0, nullptr, "the host's", "first/Both.desktop"},
+        {'miss', nullptr, nullptr, ""},
+        {'five', nullptr, nullptr, ""},
+        {'link', nullptr, nullptr, ""},
+        {0, "Broken", nullptr, data + "Broken.desktop"},
+        {0, "circle-Five", nullptr, ""},
+        {0, "../Applications/Both", nullptr, ""},
+        {0, "", nullptr, ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        const CFIndex before = OSALiveObjectCount();
+    for (const auto& [creator, identifier, name, path] : rows) {
+        SCOPED_TRACE(std::to_string(creator) + " " + path);
+        const NoLeaks leaks;
         FSRef ref{};
-        {
-            CFRef<CFURLRef> url;
-            EXPECT_EQ(
-                LSFindApplicationForInfo(row.creator, row.bundleID, row.name, &ref, url.out()),
-                row.path.empty() ? kLSApplicationNotFoundErr : noErr);
-            EXPECT_EQ(static_cast<bool>(url), !row.path.empty());
-        }
-        EXPECT_EQ(pathOf(ref), row.path.empty() ? "" : home_.path(row.path));
-        EXPECT_EQ(OSALiveObjectCount(), before);
+        CFRef<CFURLRef> url;
+        EXPECT_EQ(LSFindApplicationForInfo(creator, text(identifier).get(), text(name).get(), &ref,
+                                           url.out()),
+                  path.empty() ? kLSApplicationNotFoundErr : noErr);
+        EXPECT_EQ(static_cast<bool>(url), !path.empty());
+        EXPECT_EQ(pathOf(ref), path.empty() ? "status -1401" : home_.path(path));
     }
     EXPECT_EQ(LSFindApplicationForInfo(0, nullptr, nullptr, nullptr, nullptr), paramErr);
     EXPECT_EQ(desktopEntryPath("Gone"), home_.path("first/Gone.desktop"));
@@ -146,14 +129,8 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
     entry("Old", "Exec=no longer the first\nTryExec=/none/such\n");
     home_.write("Bad.desktop", "[Desktop Entry]\nType=Application\nExec=/bin/true; rm\n");
     const std::string document = home_.write("a b\n\"c\"", "");
-    const struct {
-        const char* path;
-        OSStatus isApplication;
-        OSStatus starts;
-        const char* program;
-        const char* name;
-        const char* folder;
-    } rows[] = {
+    using Row = std::tuple<const char*, OSStatus, OSStatus, const char*, const char*, const char*>;
+    const Row rows[] = {
         {"Pen.app", noErr, noErr, "Pen.app/Contents/Linux/Pen", "Pen", ""},
         {"Empty.app/", noErr, kLSNoExecutableErr, "", "Empty", ""},
         {"bin", kLSNotAnApplicationErr, 0, "", "", ""},
@@ -166,21 +143,21 @@ TEST_F(Applications, AreWhatLiesAtAPathWithTheCommandsThatStartIt) {
         {"Old.desktop", noErr, kLSNoExecutableErr, "", "Old", ""},
         {"Bad.desktop", noErr, kLSNoExecutableErr, "", "Bad", ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        const auto application = applicationAt(home_.path(row.path));
-        ASSERT_EQ(application.status(), row.isApplication);
+    for (const auto& [path, isApplication, starts, program, name, folder] : rows) {
+        SCOPED_TRACE(path);
+        const auto application = applicationAt(home_.path(path));
+        ASSERT_EQ(application.status(), isApplication);
         if (!application.ok()) continue;
-        EXPECT_EQ(application->name, row.name);
+        EXPECT_EQ(application->name, name);
         EXPECT_EQ(application->isBackgroundOnly, application->name == "Pen");
         const auto commands = commandsOf(*application, {document});
-        ASSERT_EQ(commands.status(), row.starts);
+        ASSERT_EQ(commands.status(), starts);
         if (!commands.ok()) continue;
         ASSERT_EQ(commands->size(), 1U);
-        EXPECT_EQ(commands->front().program, home_.path(row.program));
+        EXPECT_EQ(commands->front().program, home_.path(program));
         EXPECT_EQ(commands->front().arguments.size(), 2U);
         EXPECT_EQ(commands->front().arguments.back(), document);
-        EXPECT_EQ(commands->front().folder, row.folder);
+        EXPECT_EQ(commands->front().folder, folder);
     }
     FSRef ref;
     OSASetApplicationFolders(home_.path().c_str());
@@ -231,11 +208,7 @@ std::string expand(std::string_view text, const std::vector<std::string>& docume
 
 TEST(ExecLine, FollowsTheRules) {
     const std::vector<std::string> two{"/a b", "/-$(x)%F\"\n"};
-    const struct {
-        const char* line;
-        const char* plain;
-        const char* withTwo;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"  p  -x ", "p|-x", "p|-x"},
         {"p %f", "p", "p|/a b || p|/-$(x)%F\"\n"},
         {"p --f=%u", "p|--f=", "p|--f=file:///a%20b || p|--f=file:///-$(x)%25F%22%0A"},
@@ -246,9 +219,9 @@ TEST(ExecLine, FollowsTheRules) {
         {R"("a p" "b\"\`\$\\c" "\d $e" "")", R"(a p|b"`$\c|\d $e|)", R"(a p|b"`$\c|\d $e|)"},
         {R"(p --a="x y"z "%f")", "p|--a=x yz|%f", "p|--a=x yz|%f"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(expand(row.line, {}), row.plain) << row.line;
-        EXPECT_EQ(expand(row.line, two), row.withTwo) << row.line;
+    for (const auto& [line, plain, withTwo] : rows) {
+        EXPECT_EQ(expand(line, {}), plain) << line;
+        EXPECT_EQ(expand(line, two), withTwo) << line;
     }
     for (const std::string& line : std::vector<std::string>{
              "", "%f", "%c x", "p%k", "\"\" x", "p %f %U", "p --all=%F", "p x%i", "p %x", "p %",
@@ -263,17 +236,14 @@ TEST(DesktopEntry, SpeaksTheUsersLanguageAndSurvivesDamage) {
         "Name[de]=de\nName[de_AT]=de_AT\nName[de@euro]=de@euro\nHidden=true \n"
         "[Action]\nExec=p\n[Desktop Entry]\nExec=p\n"));
     ASSERT_TRUE(entry);
-    const struct {
-        const char* locale;
-        const char* name;
-    } rows[] = {
+    const std::tuple<const char*, const char*> rows[] = {
         {"de_AT.UTF-8@euro", "de_AT"}, {"de_CH@euro", "de@euro"},
         {"de_CH.UTF-8", "de"},         {"de", "de"},
         {"fr_FR", " plain\t\\n\\;"},   {"C", " plain\t\\n\\;"},
         {"", " plain\t\\n\\;"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(entry->localText("Name", languagesOfLocale(row.locale)), row.name) << row.locale;
+    for (const auto& [locale, name] : rows)
+        EXPECT_EQ(entry->localText("Name", languagesOfLocale(locale)), name) << locale;
     EXPECT_TRUE(entry->isTrue("Hidden"));
     EXPECT_EQ(entry->text("Exec"), "") << "of another group";
     EXPECT_FALSE(DesktopEntry::parse(asBytes("[Desktop Entry\nName=x")));
@@ -283,14 +253,12 @@ TEST_F(Applications, FoldersOfTheUserLieWhereTheyAreSaidToBe) {
     home_.write(".config/user-dirs.dirs",
                 "# XDG_DESKTOP_DIR=\"/x\"\nXDG_DESKTOP_DIR=\"$HOME/Schreib\\\"tisch\"\n"
                 "XDG_DESKTOP_DIR=\"relative\"\nXDG_DOCUMENTS_DIR=\"$HOME/\"\n");
-    const struct {
-        OSType type;
-        const char* path;
-    } rows[] = {{kDesktopFolderType, "Schreib\"tisch"}, {kDocumentsFolderType, ""}};
-    for (const auto& row : rows) {
+    const std::tuple<OSType, const char*> rows[] = {{kDesktopFolderType, "Schreib\"tisch"},
+                                                    {kDocumentsFolderType, ""}};
+    for (const auto& [type, path] : rows) {
         FSRef ref;
-        ASSERT_EQ(FSFindFolder(kUserDomain, row.type, kCreateFolder, &ref), noErr);
-        EXPECT_EQ(pathOf(ref) + (*row.path == 0 ? "/" : ""), home_.path(row.path));
+        ASSERT_EQ(FSFindFolder(kUserDomain, type, kCreateFolder, &ref), noErr);
+        EXPECT_EQ(pathOf(ref) + (*path == 0 ? "/" : ""), home_.path(path));
     }
     OSASetHostFolderRoot(nullptr);
     entry("share/applications/a/Mine", "");

@@ -1,39 +1,25 @@
 // Help books on disk, and what the desktop's opener is given for them; what is told without a
 // desktop.
 #include <CoreFoundation/CFBundle.h>
-#include <CoreFoundation/CFRef.h>
 #include <CoreServices/AppleHelp.h>
 #include <CoreServices/Events.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/Processes.h>
-#include <OSA/Diagnostics.h>
 #include <OSA/HostEvents.h>
 #include <OSA/HostFolders.h>
-#include <gtest/gtest.h>
 
-#include <chrono>
-#include <map>
 #include <regex>
-#include <thread>
 
 #include "platform/cf/StringObject.h"
-#include "platform/files/References.h"
 #include "platform/services/help/HelpPage.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace osa {
+namespace osa::test {
 namespace {
 
 using String = CFRef<CFStringRef>;
-namespace fs = std::filesystem;
 
 String text(const char* utf8) {
     return String::Adopt(utf8 == nullptr ? nullptr : createString(std::string_view(utf8)));
-}
-
-std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 class Help : public testing::Test {
@@ -58,14 +44,13 @@ class Help : public testing::Test {
                          "</string><key>CFBundleHelpBookFolder</key><string>" + inside +
                          "</string><key>CFBundleDevelopmentRegion</key><string>de</string>"
                          "</dict></plist>");
-        const auto app = referenceToPath(folder.path("My App.app"), nullptr);
-        return AHRegisterHelpBook(&*app);
+        const FSRef app = refOf(folder.path("My App.app"));
+        return AHRegisterHelpBook(&app);
     }
     /// What the opener was given; of a page of the book the part behind its folder.
     std::string opened() const {
         const std::string path = folder.path("opened");
-        for (int tries = 0; tries < 250 && !fs::exists(path); ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        comesTrue([&] { return fs::exists(path); });
         std::string url = contentOf(path);
         fs::remove(path);
         const std::string book = "/Resources/de.lproj/Help%201/";
@@ -73,7 +58,7 @@ class Help : public testing::Test {
         return at == url.npos ? url : url.substr(at + book.size());
     }
 
-    test::TemporaryFolder folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(Help, PagesAnchorsAndSearch) {
@@ -89,18 +74,14 @@ TEST_F(Help, PagesAnchorsAndSearch) {
     fs::create_symlink(outside, book + "/link.html");
     fs::create_directory_symlink("..", book + "/loop");
 
-    struct Case {
-        const char *book, *path, *anchor;
-        OSStatus status;
-        std::string opened;
-    };
-    const auto check = [this](const Case& each) {
-        const auto name = text(each.book), path = text(each.path), anchor = text(each.anchor);
-        EXPECT_EQ(AHGotoPage(name.get(), path.get(), anchor.get()), each.status) << each.opened;
-        if (each.status != noErr) return;
-        EXPECT_EQ(opened(), each.opened);
+    const auto check = [this](const char* book, const char* page, const char* part, OSStatus status,
+                              const std::string& shown) {
+        EXPECT_EQ(AHGotoPage(text(book).get(), text(page).get(), text(part).get()), status)
+            << shown;
+        EXPECT_TRUE(status != noErr || opened() == shown) << shown;
     };
     const std::string own = "file://" + outside;
+    using Case = std::tuple<const char*, const char*, const char*, OSStatus, std::string>;
     for (const Case& each : std::vector<Case>{
              {"Book", nullptr, nullptr, noErr, "a.html"},
              {"Book", "deep/b & c.HTM", "x#y \u00E9", noErr, "deep/b%20&%20c.HTM#x%23y%20%C3%A9"},
@@ -114,7 +95,7 @@ TEST_F(Help, PagesAnchorsAndSearch) {
              {nullptr, "file:///none.html", nullptr, kAHInternalErr, "no file"},
              {nullptr, "HTTPS://example.org/x#old", "new", noErr, "HTTPS://example.org/x#new"},
              {nullptr, own.c_str(), nullptr, noErr, own}})
-        check(each);
+        std::apply(check, each);
     // Each is a better title page than those before.
     for (const auto& [page, content] : std::vector<std::pair<const char*, const char*>>{
              {"index.html", ""},
@@ -122,7 +103,7 @@ TEST_F(Help, PagesAnchorsAndSearch) {
              {"y.html", "<meta name=AppleTitle content=Book>"}}) {
         writePage("deep/index.html", "");
         writePage(page, content);
-        check({"Book", "", nullptr, noErr, page});
+        check("Book", "", nullptr, noErr, page);
     }
 
     const auto name = text("Book");
@@ -157,14 +138,9 @@ TEST_F(Help, FailuresLeaveNothing) {
     writePage("a.html", "word");
     ASSERT_EQ(registerBook("Book", "Help 1"), noErr);
     const auto name = text("Book"), word = text("word");
-    const SInt64 objects = OSALiveObjectCount();
-    bool hasFailed = true;
-    for (UInt32 nth = 1; hasFailed; ++nth) {
-        OSAFailOperation(nth, false);
-        (void)AHSearch(name.get(), word.get());
-        hasFailed = OSAFailedOperations() > 0;
-        OSAFailOperation(0, false);
-        EXPECT_EQ(OSALiveObjectCount(), objects) << nth;
+    for (UInt32 nth = 1, failed = 1; failed > 0; ++nth) {
+        const NoLeaks leaks;
+        failed = failing(nth, false, [&] { AHSearch(name.get(), word.get()); });
     }
     (void)opened();
     for (const auto& each : fs::recursive_directory_iterator(folder.path(".cache")))
@@ -172,12 +148,9 @@ TEST_F(Help, FailuresLeaveNothing) {
 }
 
 TEST(HelpPage, Reads) {
-    struct Case {
-        std::string bytes, title, text;
-        std::size_t anchors;
-    };
+    using Row = std::tuple<std::string, std::string, std::string, std::size_t>;
     const std::string cut(600, 'x');
-    for (const Case& each : std::vector<Case>{
+    for (const auto& [bytes, title, text, anchors] : std::vector<Row>{
              {"<TITLE> A\n &amp; B</TITLE><script>if (a</b>c) '</p>'</SCRIPT >z", "A & B",
               "  A\n & B   z", 0},
              {"&#65;&#x42&euro;&amp;lt;&#0;&#xD800;&#99999999999;", "",
@@ -189,10 +162,10 @@ TEST(HelpPage, Reads) {
              {std::string("\xFE\xFF\0<\0p\0>\0x", 10), "", " x", 0},
              {"<title>" + cut + "\u00E9", cut.substr(0, 512), " " + cut + "\u00E9", 0},
              {"<p id=\"a>b", "", " ", 1}}) {
-        const HelpPage page = readHelpPage(asBytes(each.bytes));
-        EXPECT_EQ(page.title, each.title) << each.bytes;
-        EXPECT_EQ(page.text, each.text) << each.bytes;
-        EXPECT_EQ(page.anchors.size(), each.anchors) << each.bytes;
+        const HelpPage page = readHelpPage(asBytes(bytes));
+        EXPECT_EQ(page.title, title) << bytes;
+        EXPECT_EQ(page.text, text) << bytes;
+        EXPECT_EQ(page.anchors.size(), anchors) << bytes;
     }
 }
 
@@ -214,4 +187,4 @@ TEST(WithoutDesktop, FrontProcessAndModifierKeys) {
 }
 
 }  // namespace
-}  // namespace osa
+}  // namespace osa::test

@@ -1,14 +1,10 @@
 // The process list, and the kernel's texts that it is read from.
-#include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/Processes.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "platform/posix/processes/ProcessTexts.h"
 #include "platform/services/processes/ProcessApplication.h"
+#include "tests/support/Test.h"
 
 namespace osa::test {
 namespace {
@@ -44,9 +40,7 @@ TEST(Processes, TheWalkMeetsTheCallerOnceAndEnds) {
 
     FSRef place;
     ASSERT_EQ(GetProcessBundleLocation(&own, &place), noErr);
-    UInt8 path[4096];
-    ASSERT_EQ(FSRefMakePath(&place, path, sizeof path), noErr);
-    EXPECT_TRUE(std::filesystem::equivalent(reinterpret_cast<const char*>(path), "/proc/self/exe"));
+    EXPECT_TRUE(fs::equivalent(pathOf(place), "/proc/self/exe"));
     const auto dictionary = CFRef<CFDictionaryRef>::Adopt(
         ProcessInformationCopyDictionary(&own, kProcessDictionaryIncludeAllInformationMask));
     ASSERT_TRUE(dictionary);
@@ -71,11 +65,7 @@ TEST(Processes, AreToldByTextsInWhichNamesHoldAnything) {
         EXPECT_EQ(posix::variableIn({"A=1\0AB=2\0=\0B\0B=\0B=3", 20}, name), row + name.size());
     }
     const std::string user = "/user.slice/user-7.slice/user@7.service";
-    const struct {
-        std::string groups;
-        std::string unit;
-        std::vector<std::string> entries;
-    } rows[] = {
+    const std::tuple<std::string, std::string, std::vector<std::string>> rows[] = {
         {"1:name=systemd:/\n0::" + user + "/app.slice/app-gnome-org.a.B-12.scope\n",
          "app-gnome-org.a.B-12.scope",
          {"org.a.B", "gnome-org.a.B"}},
@@ -90,9 +80,9 @@ TEST(Processes, AreToldByTextsInWhichNamesHoldAnything) {
         {"0::" + user, "", {}},
         {"0::/user.slice/session-2.scope\n::\n", "", {}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(posix::unitFromControlGroups(row.groups), row.unit) << row.groups;
-        EXPECT_EQ(entriesOfUnit(row.unit), row.entries) << row.unit;
+    for (const auto& [groups, unit, entries] : rows) {
+        EXPECT_EQ(posix::unitFromControlGroups(groups), unit) << groups;
+        EXPECT_EQ(entriesOfUnit(unit), entries) << unit;
     }
 }
 

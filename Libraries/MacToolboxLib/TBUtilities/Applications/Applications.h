@@ -33,8 +33,8 @@ OSType SignatureOfPSN(const ProcessSerialNumber& psn);
 /// Whether the process works in the background only.
 bool IsFBA(const ProcessSerialNumber& psn);
 
-// The first process with the signature, bundle identifier (letter for letter) or location; false,
-// and `psn` as it was, when there is none.
+// The first process with the signature ('????' is that of all that have none), bundle identifier
+// (letter for letter) or location; false, and `psn` as it was, when there is none.
 bool GetApplicationPSN(UInt32 signature, ProcessSerialNumber& psn);
 bool GetApplicationPSN(CFStringRef bundleID, ProcessSerialNumber& psn);
 bool GetApplicationPSN(const CFileSpec& application, ProcessSerialNumber& psn);
