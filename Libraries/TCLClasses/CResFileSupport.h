@@ -1,22 +1,10 @@
-// What the parts of CResFile share: the unit's name in assertions, and the two states that every
+// What the parts of CResFile share: the unit's name in assertions, and the states that every
 // operation puts back.
 #pragma once
 
-#include <CoreServices/Resources.h>
+#include "Libraries/MacToolboxLib/TBUtilities/SCurrentResFile.h"
 
 inline constexpr char kCResFileUnit[] = "Libraries/TCLClasses/CResFile";
-
-/// Remembers the current resource file and makes it current again when destroyed.
-class SCurrentResFile {
-  public:
-    SCurrentResFile() : mSaved(CurResFile()) {}
-    SCurrentResFile(const SCurrentResFile&) = delete;
-    SCurrentResFile& operator=(const SCurrentResFile&) = delete;
-    ~SCurrentResFile() { UseResFile(mSaved); }
-
-  private:
-    ResFileRefNum mSaved;
-};
 
 /// Resource loading is off while it lives.
 class SNoResLoad {

@@ -1,9 +1,11 @@
 // FSMakeFSSpec and FSpMakeFSRef.
 #include "platform/files/FileSpecs.h"
 
+#include <CoreServices/Finder.h>
 #include <CoreServices/MacErrors.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <new>
@@ -142,7 +144,38 @@ Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 paren
     return makeSpec(volume, parentID, name);
 }
 
+Result<SpecPlace> placeOf(const FSSpec& spec) {
+    const auto parentID = static_cast<UInt32>(spec.parID);
+    if (spec.name[0] == 0 || spec.name[0] >= sizeof spec.name || parentID == fsRtParID)
+        return Failure(bdNamErr);
+    OSA_TRY(const std::string folder, rememberedFolder(spec.vRefNum, parentID));
+    SpecPlace place;
+    OSA_TRY(place.parent, referenceToRealPath(folder));
+    OSA_TRY(place.name, unicodeFromLeaf(leafFromMacRoman(textOf(spec.name))));
+    return place;
+}
+
+FSCatalogInfo catalogInfoOf(OSType fileType, OSType creator) {
+    FSCatalogInfo info{};
+    FinderInfo finder{};
+    finder.fdType = fileType;
+    finder.fdCreator = creator;
+    std::memcpy(&info.finderInfo, &finder, sizeof finder);
+    return info;
+}
+
 }  // namespace osa
+
+OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType fileType, ScriptCode) try {
+    if (spec == nullptr) return paramErr;
+    const auto place = osa::placeOf(*spec);
+    if (!place.ok()) return static_cast<OSErr>(place.status());
+    const FSCatalogInfo info = osa::catalogInfoOf(fileType, creator);
+    return FSCreateFileUnicode(&place->parent, place->name.length, place->name.unicode,
+                               kFSCatInfoFinderInfo, &info, nullptr, nullptr);
+} catch (const std::bad_alloc&) {
+    return memFullErr;
+}
 
 OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID, ConstStr255Param fileName,
                    FSSpec* spec) try {

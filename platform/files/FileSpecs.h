@@ -17,4 +17,14 @@ Result<std::string> rememberedFolder(FSVolumeRefNum volume, UInt32 nodeID);
 /// bdNamErr when the object's name has no old-style form.
 Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID);
 
+/// Where the object of a specification lies, or would lie; bdNamErr for what is no name there.
+struct SpecPlace {
+    FSRef parent;
+    HFSUniStr255 name;
+};
+Result<SpecPlace> placeOf(const FSSpec& spec);
+
+/// Finder information of a new file.
+FSCatalogInfo catalogInfoOf(OSType fileType, OSType creator);
+
 }  // namespace osa

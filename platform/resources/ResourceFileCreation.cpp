@@ -3,6 +3,7 @@
 #include <CoreServices/Resources.h>
 
 #include "platform/files/FileCreation.h"
+#include "platform/files/FileSpecs.h"
 #include "platform/files/stores/ResourceForkWriter.h"
 #include "platform/resources/ForkPlace.h"
 #include "platform/resources/ResourceThread.h"
@@ -84,4 +85,15 @@ OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCount nameLength, cons
                            {newRef, newSpec});
     });
     return ResError();
+}
+
+void FSpCreateResFile(const FSSpec* spec, OSType creator, OSType fileType, ScriptCode) {
+    osa::resourceCall([&](osa::ResourceThread&) -> osa::Result<void> {
+        if (spec == nullptr) return osa::Failure(paramErr);
+        OSA_TRY(const osa::SpecPlace place, osa::placeOf(*spec));
+        const FSCatalogInfo info = osa::catalogInfoOf(fileType, creator);
+        return osa::create(
+            {&place.parent, place.name.unicode, place.name.length, kFSCatInfoFinderInfo, &info},
+            osa::ForkKind::resource, {nullptr, nullptr});
+    });
 }

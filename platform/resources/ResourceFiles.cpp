@@ -109,6 +109,15 @@ ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission) {
     });
 }
 
+ResFileRefNum FSpOpenResFile(const FSSpec* spec, SInt8 permission) {
+    return resourceCall<SInt16>(-1, [&](ResourceThread& thread) -> Result<SInt16> {
+        FSRef ref;
+        const OSErr status = FSpMakeFSRef(spec, &ref);
+        if (status != noErr) return Failure(status);
+        return open(thread, &ref, ForkKind::resource, permission);
+    });
+}
+
 OSErr FSOpenResourceFile(const FSRef* ref, UniCharCount forkNameLength, const UniChar* forkName,
                          SInt8 permission, ResFileRefNum* refNum) {
     const SInt16 number = resourceCall<SInt16>(-1, [&](ResourceThread& thread) -> Result<SInt16> {

@@ -55,6 +55,11 @@ class CAEDesc : public CAEDescReader {
     void Set(DescType type, const char* data, SInt32 size);
     /// The handle's content, which is locked meanwhile.
     void Set(DescType type, Handle handle);
+    /// Frees, and gives the wrapped descriptor to a call that fills it.
+    AEDesc* Receive() {
+        Free();
+        return &mDesc;
+    }
     /// 'utxt' of the string's units; null only empties the descriptor.
     void SetString(CFStringRef s);
 

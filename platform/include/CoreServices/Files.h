@@ -250,6 +250,11 @@ OSA_PLATFORM_EXPORT OSErr FSMakeFSSpec(FSVolumeRefNum vRefNum, SInt32 dirID,
 /// fnfErr when there is no such object.
 OSA_PLATFORM_EXPORT OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef);
 
+/// Makes an empty file; the statuses of FSMakeFSSpec and FSCreateFileUnicode. The script code is
+/// not used.
+OSA_PLATFORM_EXPORT OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType fileType,
+                                    ScriptCode scriptTag);
+
 // Forks
 
 /// The empty name.

@@ -69,6 +69,7 @@ typedef struct UTCDateTime {
 } UTCDateTime;
 #pragma pack(pop)
 
+typedef SInt16 ScriptCode;
 typedef UInt32 TextEncoding;
 typedef TextEncoding TextEncodingHint;
 enum { kTextEncodingUnknown = 0xFFFF };

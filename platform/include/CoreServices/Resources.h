@@ -72,6 +72,12 @@ OSA_PLATFORM_EXPORT OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCo
 /// a fork that is no map; paramErr no permission; for writing also wrPermErr not allowed, wPrErr
 /// volume read-only, opWrErr the File Manager has the fork open for writing.
 OSA_PLATFORM_EXPORT ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission);
+/// The same for an old-style specification.
+OSA_PLATFORM_EXPORT ResFileRefNum FSpOpenResFile(const FSSpec* spec, SInt8 permission);
+/// A new file of the type and creator, or a resource fork for one that has none; the statuses of
+/// FSCreateResFile and FSMakeFSSpec. The script code is not used.
+OSA_PLATFORM_EXPORT void FSpCreateResFile(const FSSpec* spec, OSType creator, OSType fileType,
+                                          ScriptCode scriptTag);
 /// The same for a named fork, as FSCreateResourceFile names it. The status is also the result;
 /// `*refNum` is -1 on failure. A data fork is rewritten in place, so that references to the file
 /// stay good; readers must then open it again.

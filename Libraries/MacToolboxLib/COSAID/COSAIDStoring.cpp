@@ -1,0 +1,210 @@
+// Storing scripts into descriptors and files.
+#include <CoreServices/Finder.h>
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+#include <CoreServices/Resources.h>
+
+#include <cstring>
+#include <utility>
+
+#include "Libraries/MacToolboxLib/COSAID/COSAID.h"
+#include "Libraries/MacToolboxLib/COSAID/COSAIDSupport.h"
+#include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SCurrentResFile.h"
+
+namespace {
+
+constexpr OSType kScriptFileType = 'osas';
+constexpr ScriptCode kRoman = 0;
+
+/// What a URL's text names: a folder that exists, and the name of a file in it.
+struct Place {
+    FSRef parent;
+    HFSUniStr255 name;
+
+    Place(UInt16 length, const UniChar* text) {
+        const SCoreFoundation<CFStringRef> string(
+            CFStringCreateWithCharacters(kCFAllocatorDefault, text, length));
+        FailNIL(string);
+        const SCoreFoundation<CFURLRef> url(
+            CFURLCreateWithString(kCFAllocatorDefault, string, nullptr));
+        FailNIL(url);
+        const SCoreFoundation<CFURLRef> folder(
+            CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url));
+        if (folder.Get() == nullptr) FailOSErr(fnfErr);
+        const SCoreFoundation<CFStringRef> last(CFURLCopyLastPathComponent(url));
+        FailNIL(last);
+        FromCFString(last, name);
+        if (!CFURLGetFSRef(folder, &parent)) FailOSErr(memFullErr);
+    }
+};
+
+FSCatalogInfo NewFileInfo(OSType creator) {
+    FinderInfo finder{};
+    finder.fdType = kScriptFileType;
+    finder.fdCreator = creator;
+    FSCatalogInfo info{};
+    std::memcpy(&info.finderInfo, &finder, sizeof finder);
+    return info;
+}
+
+OSErr MakeRef(const FSRef* parent, const HFSUniStr255* name, FSRef& file) {
+    if (name == nullptr) return paramErr;
+    return FSMakeFSRefUnicode(parent, NameLength(*name), name->unicode, 0, &file);
+}
+
+/// Closes a resource file that was opened, whatever happens to it.
+class SResourceFile {
+  public:
+    explicit SResourceFile(ResFileRefNum opened) : mRefNum(opened) {
+        if (mRefNum == -1) FailResError();
+    }
+    SResourceFile(const SResourceFile&) = delete;
+    SResourceFile& operator=(const SResourceFile&) = delete;
+    ~SResourceFile() { CloseResFile(mRefNum); }
+    ResFileRefNum RefNum() const { return mRefNum; }
+
+  private:
+    ResFileRefNum mRefNum;
+};
+
+/// Opens a file's resource fork, which it makes first when there is none: the status of that shows
+/// when it is opened again.
+ResFileRefNum OpenResourceFork(const FSRef* parent, const HFSUniStr255* name, OSType creator) {
+    FSRef file;
+    const OSErr found = MakeRef(parent, name, file);
+    const ResFileRefNum opened = found == noErr ? FSOpenResFile(&file, fsRdWrPerm) : -1;
+    if (opened != -1 || name == nullptr) return opened;
+    const FSCatalogInfo info = NewFileInfo(creator);
+    FSRef made{};
+    FSCreateResFile(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo, &info, &made,
+                    nullptr);
+    // A fork that an existing file was given: the file is the one that was there.
+    return FSOpenResFile(MakeRef(parent, name, file) == noErr ? &file : &made, fsRdWrPerm);
+}
+
+ResFileRefNum OpenResourceFork(const FSSpec* spec, OSType creator) {
+    const ResFileRefNum opened = FSpOpenResFile(spec, fsRdWrPerm);
+    if (opened != -1) return opened;
+    FSpCreateResFile(spec, creator, kScriptFileType, kRoman);
+    return FSpOpenResFile(spec, fsRdWrPerm);
+}
+
+SInt16 OpenDataFork(const FSRef* file) {
+    SInt16 fork = 0;
+    FailOSErr(FSOpenFork(file, 0, nullptr, fsRdWrPerm, &fork));
+    return fork;
+}
+
+SInt16 OpenDataFork(const FSRef* parent, const HFSUniStr255* name, OSType creator) {
+    FSRef file;
+    SInt16 fork = 0;
+    OSErr status = MakeRef(parent, name, file);
+    if (status == noErr) status = FSOpenFork(&file, 0, nullptr, fsRdWrPerm, &fork);
+    if (status == noErr) return fork;
+    if (status != fnfErr) FailOSErr(status);
+    const FSCatalogInfo info = NewFileInfo(creator);
+    FailOSErr(FSCreateFileUnicode(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo,
+                                  &info, &file, nullptr));
+    return OpenDataFork(&file);
+}
+
+SInt16 OpenDataFork(const FSSpec* spec, OSType creator) {
+    SInt16 fork = 0;
+    OSErr status = FSpOpenDF(spec, fsRdWrPerm, &fork);
+    if (status == fnfErr) {
+        FailOSErr(FSpCreate(spec, creator, kScriptFileType, kRoman));
+        status = FSpOpenDF(spec, fsRdWrPerm, &fork);
+    }
+    FailOSErr(status);
+    return fork;
+}
+
+/// Replaces all that the fork holds.
+void WriteWhole(SInt16 fork, Handle data) {
+    SInt32 count = static_cast<SInt32>(GetHandleSize(data));
+    FailOSErr(SetEOF(fork, 0));
+    HLock(data);
+    FailOSErr(FSWrite(fork, &count, *data));
+}
+
+}  // namespace
+
+void COSAIDReader::Store(AEDesc* result, bool withSource) const {
+    const SInt32 mode = withSource ? kOSAModeNull : kOSAModePreventGetSource;
+    FailOSErr(OSAStore(mComponent, mID, typeOSAGenericStorage, mode, result));
+}
+
+void COSAIDReader::Store(CAEDesc& result, bool withSource) const {
+    Store(result.Receive(), withSource);
+}
+
+/// Takes the open file over.
+void COSAIDReader::StoreResource(SInt16 opened, bool withSource) const {
+    const SResourceFile file(opened);
+    CAEDesc stored;
+    Store(stored, withSource);
+    UseResFile(file.RefNum());
+    SHandle old(Get1Resource(typeOSAGenericStorage, kScriptResourceID));
+    if (old.Get() != nullptr) RemoveResource(old.Get());
+    SHandle data(stored.CopyHandle());
+    old.Set(nullptr);
+    static constexpr unsigned char kNoName[1] = {0};
+    AddResource(data.Get(), typeOSAGenericStorage, kScriptResourceID, kNoName);
+    // The map owns it now and lets it go with the file.
+    if (ResError() == noErr) (void)data.Release();
+}
+
+void COSAIDReader::Store(UInt16 length, const UniChar* url, OSType creator, bool withSource) const {
+    const Place place(length, url);
+    Store(&place.parent, &place.name, creator, withSource);
+}
+
+void COSAIDReader::Store(const FSRef* parent, const HFSUniStr255* name, OSType creator,
+                         bool withSource) const {
+    const SCurrentResFile saved;
+    StoreResource(OpenResourceFork(parent, name, creator), withSource);
+}
+
+void COSAIDReader::Store(const FSSpec* spec, OSType creator, bool withSource) const {
+    const SCurrentResFile saved;
+    StoreResource(OpenResourceFork(spec, creator), withSource);
+}
+
+void COSAIDReader::Store(const FSRef* file, bool withSource) const {
+    const SCurrentResFile saved;
+    StoreResource(FSOpenResFile(file, fsRdWrPerm), withSource);
+}
+
+/// Takes the open fork over.
+void COSAIDReader::StoreDataFork(SInt16 fork, bool withSource) const {
+    try {
+        CAEDesc stored;
+        Store(stored, withSource);
+        const SHandle data(stored.CopyHandle());
+        WriteWhole(fork, data.Get());
+        FailOSErr(FSClose(std::exchange(fork, SInt16{0})));
+    } catch (...) {
+        if (fork != 0) FSClose(fork);
+        throw;
+    }
+}
+
+void COSAIDReader::StoreDF(UInt16 length, const UniChar* url, OSType creator,
+                           bool withSource) const {
+    const Place place(length, url);
+    StoreDF(&place.parent, &place.name, creator, withSource);
+}
+
+void COSAIDReader::StoreDF(const FSRef* parent, const HFSUniStr255* name, OSType creator,
+                           bool withSource) const {
+    StoreDataFork(OpenDataFork(parent, name, creator), withSource);
+}
+
+void COSAIDReader::StoreDF(const FSSpec* spec, OSType creator, bool withSource) const {
+    StoreDataFork(OpenDataFork(spec, creator), withSource);
+}
+
+void COSAIDReader::StoreDF(const FSRef* file, bool withSource) const {
+    StoreDataFork(OpenDataFork(file), withSource);
+}
