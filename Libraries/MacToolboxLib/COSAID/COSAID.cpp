@@ -48,7 +48,9 @@ class SDataFork {
 class SResourceFork {
   public:
     explicit SResourceFork(const FSRef* file) : mRefNum(FSOpenResFile(file, fsRdPerm)) {
-        if (mRefNum == -1) FailResError();
+        if (mRefNum != -1) return;
+        FailResError();
+        FailOSErr(resFNotFound);
     }
     SResourceFork(const SResourceFork&) = delete;
     SResourceFork& operator=(const SResourceFork&) = delete;
@@ -148,6 +150,7 @@ void COSAID::Load(const FSRef* file, SInt32 modeFlags) {
 }
 
 void COSAID::Load(const FSRef* file, bool& isDataFork, SInt32 modeFlags) {
+    Free();
     try {
         LoadResource(file, modeFlags);
         isDataFork = false;

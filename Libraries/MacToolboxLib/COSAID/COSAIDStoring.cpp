@@ -57,7 +57,9 @@ OSErr MakeRef(const FSRef* parent, const HFSUniStr255* name, FSRef& file) {
 class SResourceFile {
   public:
     explicit SResourceFile(ResFileRefNum opened) : mRefNum(opened) {
-        if (mRefNum == -1) FailResError();
+        if (mRefNum != -1) return;
+        FailResError();
+        FailOSErr(resFNotFound);
     }
     SResourceFile(const SResourceFile&) = delete;
     SResourceFile& operator=(const SResourceFile&) = delete;
@@ -73,8 +75,9 @@ class SResourceFile {
 ResFileRefNum OpenResourceFork(const FSRef* parent, const HFSUniStr255* name, OSType creator) {
     FSRef file;
     const OSErr found = MakeRef(parent, name, file);
+    if (found == paramErr) FailOSErr(found);
     const ResFileRefNum opened = found == noErr ? FSOpenResFile(&file, fsRdWrPerm) : -1;
-    if (opened != -1 || name == nullptr) return opened;
+    if (opened != -1) return opened;
     const FSCatalogInfo info = NewFileInfo(creator);
     FSRef made{};
     FSCreateResFile(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo, &info, &made,
