@@ -1,4 +1,4 @@
-// FSMakeFSSpec and FSpMakeFSRef.
+// FSMakeFSSpec, FSpMakeFSRef and FSpCreate.
 #include "platform/files/FileSpecs.h"
 
 #include <CoreServices/Finder.h>
@@ -150,7 +150,9 @@ Result<SpecPlace> placeOf(const FSSpec& spec) {
         return Failure(bdNamErr);
     OSA_TRY(const std::string folder, rememberedFolder(spec.vRefNum, parentID));
     SpecPlace place;
-    OSA_TRY(place.parent, referenceToRealPath(folder));
+    const auto parent = referenceToRealPath(folder);
+    if (!parent.ok()) return Failure(parent.status() == fnfErr ? dirNFErr : parent.status());
+    place.parent = *parent;
     OSA_TRY(place.name, unicodeFromLeaf(leafFromMacRoman(textOf(spec.name))));
     return place;
 }

@@ -2,6 +2,7 @@
 #include "Libraries/MacToolboxLib/COSAID/COSAID.h"
 
 #include <CoreServices/Finder.h>
+#include <CoreServices/MacMemory.h>
 #include <CoreServices/Processes.h>
 #include <CoreServices/Resources.h>
 #include <OSA/ScriptingComponents.h>
@@ -155,6 +156,7 @@ class Scripts : public testing::Test {
     }
     ~Scripts() override {
         CloseComponent(instance);
+        EXPECT_EQ(CurResFile(), current);
         EXPECT_TRUE(component.alive.empty()) << "not disposed of";
         gComponent = nullptr;
     }
@@ -166,6 +168,7 @@ class Scripts : public testing::Test {
 
     Component component;
     ComponentInstance instance = nullptr;
+    const ResFileRefNum current = CurResFile();
     const NoLeaks leaks;
 };
 
@@ -308,8 +311,8 @@ TEST_F(Scripts, SubroutineEventsHoldNameAndParameters) {
         }
         return all;
     };
-    script.CallFunction("caf\x8E", result, 7);
-    EXPECT_EQ(component.takeLog(), "event mode 7; ");
+    script.CallFunction("caf\x8E", result, kOSAModeNeverInteract);
+    EXPECT_EQ(component.takeLog(), "event mode 16; ");
     EXPECT_EQ(parameters(), "-1701") << "no parameter at all";
     const CAEDesc event = sent();
     CAEDesc name;
@@ -429,65 +432,86 @@ std::string resourcesOf(const std::string& path) {
     return all;
 }
 
+void addText(const FSRef& ref) {
+    const ResFileRefNum file = FSOpenResFile(&ref, fsRdWrPerm);
+    AddResource(NewHandle(3), 'TEXT', 128, nullptr);
+    CloseResFile(file);
+}
+
 TEST_F(Scripts, AreStoredInEightShapesAndLoadedAgain) {
     const TemporaryFolder folder;
     const FSRef parent = refOf(folder.path());
-    COSAID script(instance);
-    fill(script);
-    HFSUniStr255 name;
-    FromTCLString(utf16("by name"), name);
-    const TCLString url = utf16("file://" + folder.path() + "/by%20URL");
     const FSRef beside = refOf(folder.write("beside", ""));
     FSSpec spec{};
     FailOSErr(FSGetCatalogInfo(&beside, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    std::memcpy(spec.name, pascal("by spec"), 8);
-    const UInt16 length = static_cast<UInt16>(url.size());
-    const auto store = [&](bool isFork, bool withSource) {
-        if (isFork) {
-            script.StoreDF(length, url.data(), 'ToyS', withSource);
-            script.StoreDF(&parent, &name, 'ToyS', withSource);
-            script.StoreDF(&spec, 'ToyS', withSource);
-        } else {
-            script.Store(length, url.data(), 'ToyS', withSource);
-            script.Store(&parent, &name, 'ToyS', withSource);
-            script.Store(&spec, 'ToyS', withSource);
-        }
-        for (const char* const each : {"by URL", "by name", "by spec"}) {
-            const FSRef file = refOf(folder.path(each));
-            isFork ? script.StoreDF(&file, withSource) : script.Store(&file, withSource);
-        }
-    };
-    for (const bool isFork : {false, true}) {
-        for (const std::string& content : {"a much longer script" + kTrailer, "short" + kTrailer}) {
-            component.stored = content;
-            store(isFork, content.size() > 10);
-            EXPECT_NE(component.takeLog().find(content.size() > 10 ? "mode 0" : "mode 1"),
-                      std::string::npos);
-            for (const char* const each : {"by URL", "by name", "by spec"}) {
-                const std::string path = folder.path(each);
-                SCOPED_TRACE(path + content);
-                EXPECT_EQ(isFork ? contentOf(path) : resourcesOf(path),
-                          (isFork ? "" : "1+0 ") + content);
-                const FinderInfo finder = specOf(path).GetFinderInfo();
-                EXPECT_EQ(code(finder.fdType) + code(finder.fdCreator), "osasToyS");
-                COSAID loaded(instance);
-                bool isDataFork = !isFork;
-                const FSRef file = refOf(path);
-                loaded.Load(&file, isDataFork, 9);
-                EXPECT_FALSE(isDataFork) << "the resource goes first";
-            }
-        }
-        if (!isFork) component.takeLog();
+    COSAID script(instance);
+    fill(script);
+    // The fork, the shape, and the file that this makes.
+    for (const auto& [isInFork, shape, name] : {std::tuple{false, 0, "res URL"},
+                                                {false, 1, "res name"},
+                                                {false, 2, "res spec"},
+                                                {true, 0, "data URL"},
+                                                {true, 1, "data name"},
+                                                {true, 2, "data spec"}}) {
+        SCOPED_TRACE(name);
+        const bool isFork = isInFork;
+        const int form = shape;
+        HFSUniStr255 leaf;
+        FromTCLString(utf16(name), leaf);
+        const std::string path = folder.path(name);
+        std::string escaped = path;
+        escaped.replace(escaped.rfind(' '), 1, "%20");
+        const TCLString url = utf16("file://" + escaped);
+        std::memcpy(spec.name, pascal(name), std::strlen(name) + 1);
+        const auto store = [&](OSType creator, bool withSource) {
+            const auto length = static_cast<UInt16>(url.size());
+            if (isFork && form == 0) script.StoreDF(length, url.data(), creator, withSource);
+            if (isFork && form == 1) script.StoreDF(&parent, &leaf, creator, withSource);
+            if (isFork && form == 2) script.StoreDF(&spec, creator, withSource);
+            if (!isFork && form == 0) script.Store(length, url.data(), creator, withSource);
+            if (!isFork && form == 1) script.Store(&parent, &leaf, creator, withSource);
+            if (!isFork && form == 2) script.Store(&spec, creator, withSource);
+        };
+        const auto check = [&](const std::string& others) {
+            EXPECT_EQ(isFork ? contentOf(path) : resourcesOf(path),
+                      (isFork ? "" : "1+" + others + " ") + component.stored);
+            const FinderInfo finder = specOf(path).GetFinderInfo();
+            EXPECT_EQ(code(finder.fdType) + code(finder.fdCreator), "osasToyS");
+            COSAID loaded(instance);
+            bool isDataFork = !isFork;
+            const FSRef file = refOf(path);
+            component.takeLog();
+            loaded.Load(&file, isDataFork, 9);
+            EXPECT_EQ(isDataFork, isFork);
+            EXPECT_EQ(component.takeLog(), "load " + component.stored + " mode 9; ");
+        };
+        component.stored = "a much longer script" + kTrailer;
+        store('ToyS', true);
+        EXPECT_EQ(component.takeLog(), "store scpt mode 0; ");
+        check("0");
+        const FSRef file = refOf(path);
+        if (!isFork) addText(file);
+        component.stored = "short" + kTrailer;
+        store('else', false);
+        EXPECT_EQ(component.takeLog(), "store scpt mode 1; ");
+        check("1");
+        component.stored = "by reference" + kTrailer;
+        isFork ? script.StoreDF(&file, true) : script.Store(&file, true);
+        check("1");
+        component.status["store"] = errOSASourceNotAvailable;
+        EXPECT_EQ(thrown([&] { store('else', true); }), errOSASourceNotAvailable);
+        component.status.clear();
+        check("1");
     }
     EXPECT_EQ(thrown([&] { script.Store(&parent, nullptr, 'ToyS', true); }), paramErr);
-    const TCLString nowhere = utf16("file:///nowhere/at%20all");
-    EXPECT_EQ(
-        thrown([&] { script.Store(static_cast<UInt16>(nowhere.size()), nowhere.data(), 0, true); }),
-        memFullErr);
-    component.status["store"] = errOSASourceNotAvailable;
-    const FSRef file = refOf(folder.path("by name"));
-    EXPECT_EQ(thrown([&] { script.StoreDF(&file, true); }), errOSASourceNotAvailable);
-    EXPECT_EQ(contentOf(folder.path("by name")), "short" + kTrailer) << "not cut before";
+    for (const auto& [text, status] :
+         {std::pair{std::string("file:///nowhere/at%20all"), OSStatus{memFullErr}},
+          {"file://" + folder.path() + "/" + std::string(256, 'x'), errFSNameTooLong}}) {
+        const TCLString url = utf16(text);
+        EXPECT_EQ(
+            thrown([&] { script.StoreDF(static_cast<UInt16>(url.size()), url.data(), 0, true); }),
+            status);
+    }
 }
 
 TEST_F(Scripts, LoadingFallsBackToTheDataFork) {

@@ -126,6 +126,7 @@ void COSAID::Copy(OSAID id) {
 }
 
 void COSAID::Load(const AEDesc* desc, SInt32 modeFlags) {
+    Free();
     FailOSErr(desc == nullptr ? OSStatus{paramErr} : OSStatus{noErr});
     switch (desc->descriptorType) {
         case typeFSRef:
@@ -139,7 +140,6 @@ void COSAID::Load(const AEDesc* desc, SInt32 modeFlags) {
             return;
         }
         default:
-            Free();
             FailOSErr(OSALoad(mComponent, desc, modeFlags, &mID));
     }
 }

@@ -32,6 +32,7 @@ class COSAID : public COSAIDReader {
     virtual void StoreFile(const FSRef& file, SInt32 modeFlags);
     /// Takes over what `other` holds, and leaves it empty; an object cannot acquire itself.
     virtual void Aquire(COSAID& other);
+    void Aquire(COSAID&& other) = delete;
     /// Takes over what the reader names, and what it goes on naming: no other owner may have it.
     virtual void Aquire(const COSAIDReader& other);
     /// Takes over a number of the component.

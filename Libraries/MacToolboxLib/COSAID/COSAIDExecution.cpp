@@ -23,6 +23,7 @@ void RequireComponent(bool isSame, unsigned line, const char* condition) {
 
 }  // namespace
 
+// Before the call that fills it: this object, or the parent, may be the result.
 OSAID* COSAIDReader::Receive(COSAID& result) const {
     result.Free();
     return &result.mID;
@@ -36,7 +37,8 @@ void COSAIDReader::Execute(SInt32 modeFlags) const {
 void COSAIDReader::Execute(COSAID& result, SInt32 modeFlags) const {
     RequireComponent(result.GetComponent() == mComponent, kResultLine,
                      "result.GetComponent() == mComponent");
-    FailOSErr(OSAExecute(mComponent, mID, kOSANullScript, modeFlags, Receive(result)));
+    OSAID* const received = Receive(result);
+    FailOSErr(OSAExecute(mComponent, mID, kOSANullScript, modeFlags, received));
 }
 
 void COSAIDReader::Execute(CAEDesc& result, SInt32 modeFlags) const {
@@ -50,7 +52,8 @@ void COSAIDReader::Execute(const COSAIDReader& parent, COSAID& result, SInt32 mo
                      "parent.GetComponent() == mComponent");
     RequireComponent(result.GetComponent() == mComponent, kResultWithParentLine,
                      "result.GetComponent() == mComponent");
-    FailOSErr(OSAExecute(mComponent, mID, parent.GetOSAID(), modeFlags, Receive(result)));
+    OSAID* const received = Receive(result);
+    FailOSErr(OSAExecute(mComponent, mID, parent.GetOSAID(), modeFlags, received));
 }
 
 void COSAIDReader::Execute(const COSAIDReader& parent, CAEDesc& result, SInt32 modeFlags) const {
@@ -60,7 +63,8 @@ void COSAIDReader::Execute(const COSAIDReader& parent, CAEDesc& result, SInt32 m
 }
 
 void COSAIDReader::ExecuteEvent(const AEDesc* event, COSAID& result, SInt32 modeFlags) const {
-    FailOSErr(OSAExecuteEvent(mComponent, event, mID, modeFlags, Receive(result)));
+    OSAID* const received = Receive(result);
+    FailOSErr(OSAExecuteEvent(mComponent, event, mID, modeFlags, received));
 }
 
 void COSAIDReader::ExecuteEvent(const AEDesc* event, CAEDesc& result, SInt32 modeFlags) const {

@@ -1,13 +1,13 @@
 // COSAIDReader: a script, a context or a value of a scripting component, which somebody else owns.
 //
 // Everything throws the component's status as an OSStatus unless it says otherwise. `modeFlags` are
-// the component's (OpenScripting/OSA.h) and passed on. The forms that give a CAEDesc free it first.
+// the component's (OpenScripting/OSA.h) and passed on. What is asked into a CAEDesc frees it first;
+// what runs into one leaves it as it was when it fails.
 #pragma once
 
 #include <OpenScripting/OSA.h>
 
 #include <string>
-#include <type_traits>
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
 #include "Libraries/MacToolboxLib/COSAID/SubroutineArguments.h"
@@ -120,8 +120,8 @@ class COSAIDReader {
 
     // Into the resource 'scpt' 128 of a file, in place of an older one; other resources stay. A
     // file that is not there is made, of type 'osas' and the creator; so is a missing resource
-    // fork. The file is named by the text of its URL, by folder and name, by specification, or is
-    // there.
+    // fork. The file is named by the text of its URL, by folder and name, by FSSpec; or by its
+    // reference: then it must have a resource fork.
     //   fnfErr, memFullErr  the URL is none of a file in a folder that exists
     // When storing fails half-way the old resource may be gone.
 

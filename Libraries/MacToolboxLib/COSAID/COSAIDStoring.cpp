@@ -16,6 +16,7 @@ namespace {
 
 constexpr OSType kScriptFileType = 'osas';
 constexpr ScriptCode kRoman = 0;
+constexpr CFIndex kLongestName = 255;
 
 /// What a URL's text names: a folder that exists, and the name of a file in it.
 struct Place {
@@ -34,6 +35,7 @@ struct Place {
         if (folder.Get() == nullptr) FailOSErr(fnfErr);
         const SCoreFoundation<CFStringRef> last(CFURLCopyLastPathComponent(url));
         FailNIL(last);
+        if (CFStringGetLength(last) > kLongestName) FailOSErr(errFSNameTooLong);
         FromCFString(last, name);
         if (!CFURLGetFSRef(folder, &parent)) FailOSErr(memFullErr);
     }
@@ -63,8 +65,15 @@ class SResourceFile {
     }
     SResourceFile(const SResourceFile&) = delete;
     SResourceFile& operator=(const SResourceFile&) = delete;
-    ~SResourceFile() { CloseResFile(mRefNum); }
+    ~SResourceFile() {
+        if (mRefNum != -1) CloseResFile(mRefNum);
+    }
     ResFileRefNum RefNum() const { return mRefNum; }
+    /// Writes the map.
+    void Close() {
+        CloseResFile(std::exchange(mRefNum, ResFileRefNum{-1}));
+        FailResError();
+    }
 
   private:
     ResFileRefNum mRefNum;
@@ -144,18 +153,23 @@ void COSAIDReader::Store(CAEDesc& result, bool withSource) const {
 
 /// Takes the open file over.
 void COSAIDReader::StoreResource(SInt16 opened, bool withSource) const {
-    const SResourceFile file(opened);
+    SResourceFile file(opened);
     CAEDesc stored;
     Store(stored, withSource);
     UseResFile(file.RefNum());
     SHandle old(Get1Resource(typeOSAGenericStorage, kScriptResourceID));
-    if (old.Get() != nullptr) RemoveResource(old.Get());
+    FailResErrorX();
+    if (old.Get() != nullptr) {
+        RemoveResource(old.Get());
+        FailResError();
+    }
     SHandle data(stored.CopyHandle());
     old.Set(nullptr);
     static constexpr unsigned char kNoName[1] = {0};
     AddResource(data.Get(), typeOSAGenericStorage, kScriptResourceID, kNoName);
     // The map owns it now and lets it go with the file.
     if (ResError() == noErr) (void)data.Release();
+    file.Close();
 }
 
 void COSAIDReader::Store(UInt16 length, const UniChar* url, OSType creator, bool withSource) const {

@@ -1,6 +1,7 @@
 // What follows the name in a call of a script's handler: parameters, then the mode flags.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <span>
@@ -14,9 +15,11 @@ class SubroutineArguments {
 
     template <typename... Arguments>
     explicit SubroutineArguments(const Arguments&... arguments) {
-        constexpr std::array isFlags{std::integral<Arguments>...};
-        static_assert(isFlags.size() <= kMostParameters + 1, "too many parameters");
-        static_assert(isFlags.back(), "the mode flags come last");
+        constexpr std::array areParameters{std::derived_from<Arguments, CAEDescReader>...};
+        static_assert(areParameters.size() <= kMostParameters + 1, "too many parameters");
+        static_assert(std::ranges::count(areParameters, true) + 1 == areParameters.size() &&
+                          !areParameters.back(),
+                      "parameters are descriptors, and the mode flags come last");
         (Take(arguments), ...);
     }
 
@@ -27,10 +30,7 @@ class SubroutineArguments {
 
   private:
     void Take(const CAEDescReader& parameter) { mParameters[mCount++] = &parameter; }
-    template <std::integral Flags>
-    void Take(Flags modeFlags) {
-        mModeFlags = static_cast<SInt32>(modeFlags);
-    }
+    void Take(SInt32 modeFlags) { mModeFlags = modeFlags; }
 
     std::array<const CAEDescReader*, kMostParameters + 1> mParameters{};
     std::size_t mCount = 0;
