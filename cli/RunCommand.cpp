@@ -73,7 +73,8 @@ std::string printValue(const ScriptSession& session, OSAID value) {
     if (value == kOSANullScript) return {};
     std::string text;
     std::string reason = session.display(value, text);
-    if (reason.empty()) std::printf("%s\n", text.c_str());
+    text += '\n';
+    if (reason.empty()) std::fwrite(text.data(), 1, text.size(), stdout);
     return reason;
 }
 
@@ -136,10 +137,7 @@ int runInChild(const RunOptions& options, Work work) {
 /// The arguments are the script's, whatever they look like; what is before them is the command's.
 void takeRest(const CLI::App& command, RunOptions& options, std::size_t atLeast) {
     options.rest = command.remaining();
-    const bool isEnded = !options.rest.empty() && options.rest.front() == "--";
-    if (isEnded) options.rest.erase(options.rest.begin());
-    const bool isOption = !isEnded && !options.rest.empty() && options.rest.front().size() > 1 &&
-                          options.rest.front().front() == '-';
+    const bool isOption = !options.rest.empty() && options.rest.front().starts_with('-');
     if (isOption) throw CLI::ExtrasError(command.get_name(), {options.rest.front()});
     if (options.rest.size() < atLeast)
         throw CLI::RequiredError(atLeast == 2 ? "FILE and HANDLER" : "FILE or -e");
