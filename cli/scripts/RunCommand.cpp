@@ -7,10 +7,10 @@
 #include <memory>
 
 #include "cli/Command.h"
-#include "cli/ConfinedProcess.h"
 #include "cli/JsonValue.h"
 #include "cli/RecordFormat.h"
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ConfinedProcess.h"
+#include "cli/scripts/ScriptSession.h"
 
 namespace osa::cli {
 namespace {

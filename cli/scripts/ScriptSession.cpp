@@ -1,5 +1,5 @@
 // Scripts for the commands: loading them, and why that failed.
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ScriptSession.h"
 
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
