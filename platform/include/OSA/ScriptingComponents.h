@@ -52,6 +52,10 @@ OSA_PLATFORM_EXPORT OSErr OSARegisterComponent(OSType subType, const char* name,
 /// Takes it away again; badComponentInstance while instances of it are open.
 OSA_PLATFORM_EXPORT OSErr OSAUnregisterComponent(Component component);
 
+/// The subtype that the stored script in a file names, which there may be no component of.
+/// errOSABadStorageType when there is only text; other statuses as OSALoadFile.
+OSA_PLATFORM_EXPORT OSAError OSAGetStoredSubType(const FSRef* scriptFile, OSType* subType);
+
 /// Bounds of one call into a script; 0 for none. A script that is stopped answers
 /// errOSASystemError.
 typedef struct OSALimits {
