@@ -102,8 +102,8 @@ class Reader {
     }
 
     OSErr opaque(const AEDesc& desc, JS::MutableHandleValue value) {
-        return object(
-            newHostObject(cx_, desc, host_.filePrototype(), host_.descriptorPrototype()), value);
+        return object(newHostObject(cx_, desc, host_.filePrototype(), host_.descriptorPrototype()),
+                      value);
     }
 
     OSErr text(const AEDesc& desc, JS::MutableHandleValue value) {

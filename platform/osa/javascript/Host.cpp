@@ -8,12 +8,14 @@
 namespace osa::script {
 namespace {
 
-constexpr JSClass kGlobal = {"global", JSCLASS_GLOBAL_FLAGS, &JS::DefaultGlobalClassOps,
-                             nullptr,  nullptr,              nullptr};
+constexpr JSClass kGlobal = {
+    "global", JSCLASS_GLOBAL_FLAGS, &JS::DefaultGlobalClassOps, nullptr, nullptr, nullptr};
 /// Between a script's global object and its parent's.
 constexpr JSClass kInherited = {"inherited", 0, nullptr, nullptr, nullptr, nullptr};
 
-bool isGlobal(JSObject* object) { return JS::GetClass(object) == &kGlobal; }
+bool isGlobal(JSObject* object) {
+    return JS::GetClass(object) == &kGlobal;
+}
 
 }  // namespace
 
@@ -67,7 +69,8 @@ JSObject* Host::newGlobal(bool withoutSource) {
         cx_, JS_NewGlobalObject(cx_, &kGlobal, nullptr, JS::FireOnNewGlobalHook, options));
     if (global == nullptr) return nullptr;
     JSAutoRealm realm(cx_, global);
-    return define(global, "on") && define(global, "console") ? global : nullptr;
+    if (!define(global, "on") || !define(global, "console")) return nullptr;
+    return global;
 }
 
 bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
@@ -84,8 +87,8 @@ bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
     for (const std::u16string& name : lexicals) {
         bool found = false;
         if (!lookUp(cx_, parent, name, &found, &value)) return false;
-        if (found && !JS_DefineUCProperty(cx_, above, name.data(), name.size(), value,
-                                          JSPROP_ENUMERATE))
+        if (found &&
+            !JS_DefineUCProperty(cx_, above, name.data(), name.size(), value, JSPROP_ENUMERATE))
             return false;
     }
     return JS_SetPrototype(cx_, global, above);

@@ -15,8 +15,7 @@ namespace osa::script {
 /// they fail.
 class Host {
   public:
-    explicit Host(JSContext* cx)
-        : cx_(cx), base_(cx), prelude_(cx), file_(cx), descriptor_(cx) {}
+    explicit Host(JSContext* cx) : cx_(cx), base_(cx), prelude_(cx), file_(cx), descriptor_(cx) {}
     bool setUp();
 
     JSContext* context() const { return cx_; }

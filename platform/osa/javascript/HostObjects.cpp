@@ -21,7 +21,7 @@ void finalize(JS::GCContext*, JSObject* object) {
     delete JS::GetMaybePtrFromReservedSlot<Desc>(object, kHeld);
 }
 
-constexpr JSClassOps kOps = {nullptr, nullptr, nullptr,  nullptr, nullptr,
+constexpr JSClassOps kOps = {nullptr, nullptr,  nullptr, nullptr, nullptr,
                              nullptr, finalize, nullptr, nullptr, nullptr};
 constexpr std::uint32_t kFlags = JSCLASS_HAS_RESERVED_SLOTS(1) | JSCLASS_FOREGROUND_FINALIZE;
 constexpr JSClass kFile = {"File", kFlags, &kOps, nullptr, nullptr, nullptr};
@@ -35,7 +35,7 @@ const AEDesc* heldByThis(JSContext* cx, const JS::CallArgs& args) {
     return desc;
 }
 
-bool answerString(JSContext* cx, const JS::CallArgs& args, JSString* string) {
+bool answerString(JSContext*, const JS::CallArgs& args, JSString* string) {
     if (string == nullptr) return false;
     args.rval().setString(string);
     return true;
@@ -104,9 +104,9 @@ bool answerData(JSContext* cx, const JS::CallArgs& args, const AEDesc& desc) {
     return bytes != nullptr;
 }
 
-const JSPropertySpec kFileProperties[] = {
-    JS_PSG("path", method<answerPath>, JSPROP_ENUMERATE),
-    JS_STRING_SYM_PS(toStringTag, "File", JSPROP_READONLY), JS_PS_END};
+const JSPropertySpec kFileProperties[] = {JS_PSG("path", method<answerPath>, JSPROP_ENUMERATE),
+                                          JS_STRING_SYM_PS(toStringTag, "File", JSPROP_READONLY),
+                                          JS_PS_END};
 const JSFunctionSpec kFileMethods[] = {JS_FN("toString", method<answerPathOrText>, 0, 0),
                                        JS_FS_END};
 const JSPropertySpec kDescriptorProperties[] = {
@@ -147,10 +147,9 @@ JSObject* newHostObject(JSContext* cx, const AEDesc& desc, JS::HandleObject file
         return nullptr;
     }
     const bool file = isFileType(desc.descriptorType);
-    JSObject* const object = JS_NewObjectWithGivenProto(
-        cx, file ? &kFile : &kDescriptor, file ? filePrototype : descriptorPrototype);
-    if (object != nullptr)
-        JS::SetReservedSlot(object, kHeld, JS::PrivateValue(held.release()));
+    JSObject* const object = JS_NewObjectWithGivenProto(cx, file ? &kFile : &kDescriptor,
+                                                        file ? filePrototype : descriptorPrototype);
+    if (object != nullptr) JS::SetReservedSlot(object, kHeld, JS::PrivateValue(held.release()));
     return object;
 }
 

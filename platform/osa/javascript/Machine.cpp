@@ -73,7 +73,8 @@ void Machine::setUp() {
     JS_SetNativeStackQuota(cx, kStackQuota);
     JS::ContextOptionsRef(cx).setWasm(false).setAsmJS(false);
     JS::SetOutOfMemoryCallback(
-        cx, [](JSContext*, void* self) { static_cast<Machine*>(self)->stopped_ = errOSASystemError; },
+        cx,
+        [](JSContext*, void* self) { static_cast<Machine*>(self)->stopped_ = errOSASystemError; },
         this);
     if (!js::UseInternalJobQueues(cx) || !JS::InitSelfHostedCode(cx) ||
         !JS_AddInterruptCallback(cx, onInterrupt)) {

@@ -1,8 +1,8 @@
 // Names of handlers and properties.
 #include "platform/osa/javascript/Names.h"
 
-#include <CoreServices/MacErrors.h>
 #include <CoreServices/AEObjects.h>
+#include <CoreServices/MacErrors.h>
 
 #include "platform/base/ByteReader.h"
 #include "platform/osa/javascript/Text.h"

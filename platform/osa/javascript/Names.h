@@ -8,7 +8,7 @@
 namespace osa::script {
 
 struct Name {
-    std::u16string text;  ///< of a global function or property, may be empty
+    std::u16string text;   ///< of a global function or property, may be empty
     std::u16string event;  ///< eight characters, when an event was asked for
 };
 

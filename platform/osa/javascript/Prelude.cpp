@@ -3,7 +3,8 @@
 
 namespace osa::script {
 
-const char16_t kPrelude[] = uR"js((function () {
+const char16_t kPrelude[] =
+    uR"js((function () {
 "use strict";
 const parse = Reflect.parse;
 const tagOf = value => Object.prototype.toString.call(value).slice(8, -1);
@@ -100,6 +101,7 @@ function on() {
 return {
     display: (value, human) => display(value, human, []),
     lexicals,
+    unboxed: value => value.valueOf(),
     toLocal: date => time(date) - offset(date) * 60000,
     on,
     console() {

@@ -52,8 +52,7 @@ std::u16string decimal(unsigned number) {
 
 }  // namespace
 
-void ScriptError::takeReport(JSContext* cx, const JSErrorReport& report,
-                             const SourceText* source) {
+void ScriptError::takeReport(JSContext* cx, const JSErrorReport& report, const SourceText* source) {
     brief_ = fromUtf8(cx, report.message().c_str());
     if (source == nullptr || report.filename == nullptr || source->file != report.filename) return;
     message_ += u" (line " + decimal(report.lineno) + u")";
@@ -63,8 +62,7 @@ void ScriptError::takeReport(JSContext* cx, const JSErrorReport& report,
     const std::size_t line = lineStart(source->text, report.lineno);
     if (line == std::u16string_view::npos) return;
     const std::size_t start = std::min(line + column, source->text.size());
-    range_ = {static_cast<SInt32>(start),
-              static_cast<SInt32>(tokenEnd(source->text, start))};
+    range_ = {static_cast<SInt32>(start), static_cast<SInt32>(tokenEnd(source->text, start))};
 }
 
 void ScriptError::take(JSContext* cx, const SourceText* source) {

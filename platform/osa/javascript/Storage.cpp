@@ -79,9 +79,9 @@ CFRef<CFDictionaryRef> listOf(const StoredSource& source) {
     const void* value = text.get();
     if (source.runOnly) value = hidden.get();
     if (value == nullptr) return {};
-    return CFRef<CFDictionaryRef>::Adopt(
-        CFDictionaryCreate(kCFAllocatorDefault, &key, &value, 1, &kCFTypeDictionaryKeyCallBacks,
-                           &kCFTypeDictionaryValueCallBacks));
+    return CFRef<CFDictionaryRef>::Adopt(CFDictionaryCreate(kCFAllocatorDefault, &key, &value, 1,
+                                                            &kCFTypeDictionaryKeyCallBacks,
+                                                            &kCFTypeDictionaryValueCallBacks));
 }
 
 }  // namespace
@@ -111,8 +111,7 @@ OSErr writeStored(const StoredSource& source, AEDesc* desc) {
     body.text(kHeader).bytes(bytesOf(data.get()));
     const std::vector<std::byte> bytes = makeStoredScript(body.view(), kJavaScript);
     if (bytes.size() > 0x7FFFFFFF) return memFullErr;
-    return AECreateDesc(typeOSAGenericStorage, bytes.data(), static_cast<Size>(bytes.size()),
-                        desc);
+    return AECreateDesc(typeOSAGenericStorage, bytes.data(), static_cast<Size>(bytes.size()), desc);
 }
 
 }  // namespace osa::script

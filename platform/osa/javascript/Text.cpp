@@ -64,7 +64,9 @@ JSString* toString(JSContext* cx, std::u16string_view text) {
 std::u16string fromUtf8(JSContext* cx, const char* utf8) {
     std::u16string text;
     if (utf8 == nullptr) return text;
-    JS::RootedString string(cx, JS_NewStringCopyUTF8Z(cx, JS::ConstUTF8CharsZ(utf8, std::char_traits<char>::length(utf8))));
+    JS::RootedString string(
+        cx,
+        JS_NewStringCopyUTF8Z(cx, JS::ConstUTF8CharsZ(utf8, std::char_traits<char>::length(utf8))));
     if (string == nullptr || !toText(cx, string, &text)) JS_ClearPendingException(cx);
     return text;
 }

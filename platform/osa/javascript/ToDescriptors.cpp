@@ -103,8 +103,10 @@ class Writer {
     }
 
     OSErr unboxed(JS::HandleObject object, AEDesc* desc) {
+        JS::RootedValueArray<1> arguments(cx_);
+        arguments[0].setObject(*object);
         JS::RootedValue inner(cx_);
-        if (!js::Unbox(cx_, object, &inner)) return kThrown;
+        if (!host_.ask("unboxed", arguments, &inner)) return kThrown;
         return inner.isObject() ? OSErr(errAECoercionFail) : any(inner, desc);
     }
 
@@ -204,20 +206,22 @@ OSErr toDesc(Host& host, JS::HandleValue value, AEDesc* desc) {
 DescType naturalType(JSContext* cx, JS::HandleValue value) {
     if (value.isNullOrUndefined()) return typeType;
     if (value.isBoolean()) return value.toBoolean() ? typeTrue : typeFalse;
-    if (value.isNumber()) return isWhole(value.toNumber()) ? typeSInt32 : typeIEEE64BitFloatingPoint;
+    if (value.isNumber())
+        return isWhole(value.toNumber()) ? typeSInt32 : typeIEEE64BitFloatingPoint;
     if (value.isString()) return typeUnicodeText;
     if (value.isBigInt()) return typeSInt64;
     if (!value.isObject()) return typeWildCard;
     JS::RootedObject object(cx, &value.toObject());
     if (const AEDesc* const held = heldDescriptor(object)) return held->descriptorType;
     if (JS::IsArrayBufferObject(object) || JS_IsArrayBufferViewObject(object)) return 'rdat';
-    bool is = false;
-    if (JS::IsArray(cx, object, &is) && is) return typeAEList;
-    if (JS::ObjectIsDate(cx, object, &is) && is) return typeLongDateTime;
-    JS::RootedValue inner(cx);
-    if (js::Unbox(cx, object, &inner) && !inner.isUndefined() && !inner.isObject())
-        return naturalType(cx, inner);
-    return JS::IsCallable(object) ? DescType(typeWildCard) : DescType(typeAERecord);
+    bool isArray = false;
+    if (JS::IsArray(cx, object, &isArray) && isArray) return typeAEList;
+    js::ESClass kind = js::ESClass::Other;
+    if (!JS::GetBuiltinClass(cx, object, &kind)) JS_ClearPendingException(cx);
+    if (kind == js::ESClass::Date) return typeLongDateTime;
+    if (kind == js::ESClass::String) return typeUnicodeText;
+    const bool isRecord = kind == js::ESClass::Object || kind == js::ESClass::Error;
+    return isRecord ? DescType(typeAERecord) : DescType(typeWildCard);
 }
 
 }  // namespace osa::script

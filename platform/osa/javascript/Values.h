@@ -1,4 +1,5 @@
-// Values of scripts and descriptors, one from the other. docs/javascript-component.md has the table.
+// Values of scripts and descriptors, one from the other. docs/javascript-component.md has the
+// table.
 #pragma once
 
 #include <CoreServices/AEDataModel.h>
