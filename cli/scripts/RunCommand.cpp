@@ -84,21 +84,20 @@ std::string load(ScriptSession& session, const RunOptions& options) {
                             : session.loadFile(options.name());
 }
 
-/// Has the whole script run, and its run handler when it has one.
+/// Sends the run event, which runs the whole script in languages without a handler for it; one that
+/// takes no such event is executed.
 std::string runScript(const ScriptSession& session, const RunOptions& options) {
-    OSAID value = kOSANullScript;
-    OSAError status =
-        OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
-    if (status != noErr) return session.reason(status);
     SessionDesc event;
-    status = makeEvent(kCoreEventClass, kOpenApplication,
-                       options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
+    OSAError status = makeEvent(kCoreEventClass, kOpenApplication,
+                                options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
     if (status != noErr) return session.reason(status);
-    OSAID answer = kOSANullScript;
+    OSAID value = kOSANullScript;
     status =
-        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &answer);
-    if (status == errAEEventNotHandled) return printValue(session, value);
-    return status != noErr ? session.reason(status) : printValue(session, answer);
+        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
+    if (status == errAEEventNotHandled)
+        status =
+            OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
+    return status != noErr ? session.reason(status) : printValue(session, value);
 }
 
 std::string callHandler(const ScriptSession& session, const RunOptions& options) {

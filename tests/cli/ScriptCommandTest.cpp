@@ -43,9 +43,9 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
     folder_.write("cut.scpt", "JsOsaDAS1.001.00\0"s);
     // in this order
     const std::tuple<std::string, std::string> table[] = {
-        {"run add.js x -y", "0 x-y\n"},
+        {"run add.js x -y", "0 x--y\n"},
         {"run -e '1 +' -e 2", "0 3\n"},
-        {"run -e 'throw {}' -z", "1 osa: -e: "},
+        {"run -e 'throw {}' z", "1 osa: -e: "},
         {"run -z", "2 "},
         {"call add.js add 40 2.5", "0 42.5\n"},
         {"call add.js add 4x true", "0 4xtrue\n"},
