@@ -51,7 +51,6 @@ OSAError Instance::settle(OSAError status) {
         return machine_->stopped();
     }
     if (thrown) {
-        JSAutoRealm realm(cx, host_->base());
         error_.take(cx, current_);
         return errOSAScriptError;
     }
@@ -63,12 +62,15 @@ OSAError Instance::perform(const std::function<OSAError()>& work) {
         const SourceText* const before = current_;
         current_ = nullptr;
         OSAError status = noErr;
+        std::optional<JSAutoRealm> realm;
+        if (host_ != nullptr) realm.emplace(context(), host_->base());
+        const bool isSetUp = realm.has_value();
         try {
             status = work();
         } catch (const std::bad_alloc&) {
             status = memFullErr;
         }
-        if (host_ != nullptr) status = settle(status);
+        if (isSetUp) status = settle(status);
         current_ = before;
         return status;
     });

@@ -28,8 +28,8 @@ class Instance {
     static std::unique_ptr<Instance> make();
     ~Instance();
 
-    /// Does `work` on the engine's thread. An exception that it leaves pending becomes
-    /// errOSAScriptError, a limit that stopped it errOSASystemError.
+    /// Does `work` on the engine's thread, in the room's realm. An exception that it leaves pending
+    /// becomes errOSAScriptError, a limit that stopped it errOSASystemError.
     OSAError perform(const std::function<OSAError()>& work);
     void interrupt() { machine_->interrupt(); }
 

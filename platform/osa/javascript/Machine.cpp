@@ -3,8 +3,10 @@
 
 #include <CoreServices/MacErrors.h>
 
+#include <cstdlib>
 #include <exception>
 #include <new>
+#include <set>
 #include <system_error>
 
 namespace osa::script {
@@ -17,17 +19,33 @@ constexpr auto kTick = 10ms;
 /// Threads get 2 MiB at least; the engine counts from where its thread starts.
 constexpr std::size_t kStackQuota = 1024 * 1024;
 
-/// Contexts are made one after the other: the first one sets the process up.
-std::mutex& making() {
-    static std::mutex mutex;
-    return mutex;
+/// How long the process's end waits for a script.
+constexpr auto kLastWait = 1s;
+
+struct Machines {
+    std::mutex making;  ///< contexts are made one after the other: the first sets the process up
+    std::mutex lock;
+    std::set<Machine*> alive;
+};
+
+Machines& machines() {
+    static auto* const everything = new Machines;
+    return *everything;
+}
+
+/// The engine's helpers must be gone before the static objects that they wait at.
+void endAll() {
+    const std::lock_guard lock(machines().lock);
+    bool ended = true;
+    for (Machine* const machine : machines().alive) ended = machine->end() && ended;
+    if (ended) JS_ShutDown();
 }
 
 bool engineReady() {
     static const bool ready = [] {
         // Larger ones would be lent by the system in one piece before anybody can look.
         JS::SetLargeArrayBuffersEnabled(false);
-        return JS_Init();
+        return JS_Init() && std::atexit(endAll) == 0;
     }();
     return ready;
 }
@@ -51,20 +69,35 @@ bool Machine::start() {
         return false;
     }
     answered_.acquire();
-    return status_ == noErr;
+    if (status_ != noErr) return false;
+    const std::lock_guard lock(machines().lock);
+    return machines().alive.insert(this).second;
 }
 
 Machine::~Machine() {
-    if (!thread_.joinable()) return;
-    if (context_ != nullptr) {
+    {
+        const std::lock_guard lock(machines().lock);
+        machines().alive.erase(this);
+    }
+    if (thread_.joinable() && !end()) thread_.detach();
+}
+
+bool Machine::end() {
+    if (std::this_thread::get_id() == thread_.get_id()) return false;
+    interrupt();
+    const std::unique_lock lock(callers_, kLastWait);
+    if (!lock.owns_lock()) return false;
+    if (!ended_ && context_ != nullptr) {
         work_ = nullptr;
         asked_.release();
     }
-    thread_.join();
+    ended_ = true;
+    if (thread_.joinable()) thread_.join();
+    return true;
 }
 
 void Machine::setUp() {
-    const std::lock_guard lock(making());
+    const std::lock_guard lock(machines().making);
     if (!engineReady()) return;
     const UInt32 bytes = limits_.memoryBytes == 0 ? UINT32_MAX : limits_.memoryBytes;
     JSContext* const cx = JS_NewContext(bytes);
@@ -111,6 +144,7 @@ OSAError Machine::guarded(const std::function<OSAError()>& work) {
 OSAError Machine::call(const std::function<OSAError()>& work) {
     if (std::this_thread::get_id() == thread_.get_id()) return guarded(work);
     const std::lock_guard lock(callers_);
+    if (ended_) return errOSASystemError;
     work_ = &work;
     stopped_ = noErr;
     deadline_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(limits_.milliseconds);

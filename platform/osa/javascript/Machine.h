@@ -29,6 +29,9 @@ class Machine {
     OSAError call(const std::function<OSAError()>& work);
     /// Stops what runs now; on any thread.
     void interrupt();
+    /// For the process's end: ends the thread, after what runs was stopped. Later calls answer
+    /// errOSASystemError. False when the script would not stop, or is what ends the process.
+    bool end();
     /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
     OSAError stopped() const { return stopped_; }
 
@@ -55,7 +58,8 @@ class Machine {
     JSContext* context_ = nullptr;
     JS::PersistentRootedObject memory_;  ///< the engine's account of what it allocated
     std::thread thread_;
-    std::mutex callers_;
+    std::timed_mutex callers_;
+    bool ended_ = false;   ///< with callers_
     std::mutex stopping_;  ///< context_ is alive while this is held and running_ is true
     bool running_ = false;
     std::binary_semaphore asked_{0};

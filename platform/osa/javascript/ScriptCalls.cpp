@@ -50,7 +50,6 @@ OSAError displayText(Instance& instance, const Item& item, bool human, std::u16s
         return noErr;
     }
     JSContext* const cx = instance.context();
-    JSAutoRealm realm(cx, instance.host().base());
     JS::RootedValueArray<2> arguments(cx);
     arguments[0].set(item.value);
     arguments[1].setBoolean(human);
@@ -171,7 +170,6 @@ OSAError display(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDes
 
 OSAError coerceFromDesc(Instance& instance, const AEDesc* desc, SInt32 mode, OSAID* id) {
     if (isStored(desc->descriptorType)) return load(instance, desc, mode, id);
-    JSAutoRealm realm(instance.context(), instance.host().base());
     JS::RootedValue value(instance.context());
     const OSErr status = fromDesc(instance.host(), *desc, &value);
     return status == noErr ? instance.addValue(value, id) : status;
@@ -186,7 +184,6 @@ OSAError coerceToDesc(Instance& instance, OSAID id, DescType type, SInt32 mode, 
                                          : OSAError{errAECoercionFail};
     if (item->kind == Kind::handler) return errAECoercionFail;
     JSContext* const cx = instance.context();
-    JSAutoRealm realm(cx, instance.host().base());
     JS::RootedValue value(cx, item->value);
     Desc desc;
     const OSErr status = toDesc(instance.host(), value, desc.out());
