@@ -13,6 +13,9 @@ constexpr JSClass kGlobal = {
 /// Between a script's global object and its parent's.
 constexpr JSClass kInherited = {"inherited", 0, nullptr, nullptr, nullptr, nullptr};
 
+/// They and what hangs on them are some 20 KiB each.
+constexpr int kManyGlobals = 256;
+
 bool isGlobal(JSObject* object) {
     return JS::GetClass(object) == &kGlobal;
 }
@@ -68,9 +71,16 @@ JSObject* Host::newGlobal(bool withoutSource) {
     JS::RootedObject global(
         cx_, JS_NewGlobalObject(cx_, &kGlobal, nullptr, JS::FireOnNewGlobalHook, options));
     if (global == nullptr) return nullptr;
+    ++globals_;
     JSAutoRealm realm(cx_, global);
     if (!define(global, "on") || !define(global, "console")) return nullptr;
     return global;
+}
+
+void Host::tidy() {
+    if (globals_ < kManyGlobals) return;
+    globals_ = 0;
+    JS_GC(cx_);
 }
 
 bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,

@@ -26,6 +26,9 @@ class Host {
     /// A global object with the language's own objects, `on` and `console`. With `withoutSource`
     /// its functions do not tell their source.
     JSObject* newGlobal(bool withoutSource);
+    /// Collects garbage when many global objects were made since that was done: the engine takes
+    /// them for small.
+    void tidy();
     /// Lets names that `global` does not have be looked up in `parent`, too; null ends that.
     /// `lexicals` are names of the parent's that are no properties of it: they are copied.
     bool inherit(JS::HandleObject global, JS::HandleObject parent,
@@ -40,6 +43,7 @@ class Host {
     bool define(JS::HandleObject global, const char* name);
 
     JSContext* cx_;
+    int globals_ = 0;
     JS::PersistentRootedObject base_, prelude_, file_, descriptor_;
 };
 

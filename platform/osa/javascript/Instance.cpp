@@ -71,6 +71,7 @@ OSAError Instance::perform(const std::function<OSAError()>& work) {
             status = memFullErr;
         }
         if (isSetUp) status = settle(status);
+        if (isSetUp) host_->tidy();
         current_ = before;
         return status;
     });

@@ -3,6 +3,8 @@
 
 #include <CoreServices/MacErrors.h>
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -14,8 +16,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How often a running script is asked whether it may go on.
-constexpr auto kTick = 10ms;
+/// How often the caller looks at the clock and the heap while a script runs.
+constexpr auto kTick = 20ms;
+/// How often a script is asked in any case. A regular expression that is asked five times is given
+/// up by the engine.
+constexpr auto kRarely = 1s;
+
+/// What the process has allocated, roughly.
+std::size_t heapBytes() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
 /// Threads get 2 MiB at least; the engine counts from where its thread starts.
 constexpr std::size_t kStackQuota = 1024 * 1024;
 
@@ -159,7 +171,21 @@ OSAError Machine::call(const std::function<OSAError()>& work) {
 }
 
 void Machine::awaitAnswer() {
-    while (!answered_.try_acquire_for(kTick)) JS_RequestInterruptCallback(context_);
+    using Clock = std::chrono::steady_clock;
+    const bool timed = limits_.milliseconds != 0;
+    const std::size_t growth = limits_.memoryBytes / 8;
+    std::size_t heap = 0;
+    Clock::time_point asked = Clock::now();
+    while (!answered_.try_acquire_for(kTick)) {
+        const Clock::time_point now = Clock::now();
+        const std::size_t used = growth == 0 ? 0 : heapBytes();
+        if (heap == 0) heap = used;
+        const bool grown = growth != 0 && used > heap + growth;
+        if (!grown && now - asked < kRarely && !(timed && now > deadline_)) continue;
+        heap = used;
+        asked = now;
+        JS_RequestInterruptCallback(context_);
+    }
     const std::lock_guard stop(stopping_);
     running_ = false;
 }
