@@ -10,7 +10,7 @@
 #include "cli/Command.h"
 #include "cli/ResourceEdits.h"
 #include "cli/ResourceSelector.h"
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ScriptSession.h"
 
 namespace osa::cli {
 namespace {

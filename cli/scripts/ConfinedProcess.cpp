@@ -1,5 +1,5 @@
 // Work in a child process: its limits, and waiting for it.
-#include "cli/ConfinedProcess.h"
+#include "cli/scripts/ConfinedProcess.h"
 
 #include <linux/audit.h>
 #include <linux/filter.h>

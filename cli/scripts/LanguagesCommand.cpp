@@ -7,7 +7,7 @@
 #include "cli/JsonValue.h"
 #include "cli/RecordFormat.h"
 #include "cli/ResourceSelector.h"
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ScriptSession.h"
 
 namespace osa::cli {
 namespace {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "cli/Command.h"
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ScriptSession.h"
 
 namespace osa::cli {
 namespace {

@@ -7,10 +7,10 @@
 #include <memory>
 
 #include "cli/Command.h"
-#include "cli/ConfinedProcess.h"
 #include "cli/JsonValue.h"
 #include "cli/RecordFormat.h"
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ConfinedProcess.h"
+#include "cli/scripts/ScriptSession.h"
 
 namespace osa::cli {
 namespace {
@@ -73,7 +73,8 @@ std::string printValue(const ScriptSession& session, OSAID value) {
     if (value == kOSANullScript) return {};
     std::string text;
     std::string reason = session.display(value, text);
-    if (reason.empty()) std::printf("%s\n", text.c_str());
+    text += '\n';
+    if (reason.empty()) std::fwrite(text.data(), 1, text.size(), stdout);
     return reason;
 }
 
@@ -83,21 +84,20 @@ std::string load(ScriptSession& session, const RunOptions& options) {
                             : session.loadFile(options.name());
 }
 
-/// Has the whole script run, and its run handler when it has one.
+/// Sends the run event, which runs the whole script in languages without a handler for it; one that
+/// takes no such event is executed.
 std::string runScript(const ScriptSession& session, const RunOptions& options) {
-    OSAID value = kOSANullScript;
-    OSAError status =
-        OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
-    if (status != noErr) return session.reason(status);
     SessionDesc event;
-    status = makeEvent(kCoreEventClass, kOpenApplication,
-                       options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
+    OSAError status = makeEvent(kCoreEventClass, kOpenApplication,
+                                options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
     if (status != noErr) return session.reason(status);
-    OSAID answer = kOSANullScript;
+    OSAID value = kOSANullScript;
     status =
-        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &answer);
-    if (status == errAEEventNotHandled) return printValue(session, value);
-    return status != noErr ? session.reason(status) : printValue(session, answer);
+        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
+    if (status == errAEEventNotHandled)
+        status =
+            OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
+    return status != noErr ? session.reason(status) : printValue(session, value);
 }
 
 std::string callHandler(const ScriptSession& session, const RunOptions& options) {
@@ -136,10 +136,7 @@ int runInChild(const RunOptions& options, Work work) {
 /// The arguments are the script's, whatever they look like; what is before them is the command's.
 void takeRest(const CLI::App& command, RunOptions& options, std::size_t atLeast) {
     options.rest = command.remaining();
-    const bool isEnded = !options.rest.empty() && options.rest.front() == "--";
-    if (isEnded) options.rest.erase(options.rest.begin());
-    const bool isOption = !isEnded && !options.rest.empty() && options.rest.front().size() > 1 &&
-                          options.rest.front().front() == '-';
+    const bool isOption = !options.rest.empty() && options.rest.front().starts_with('-');
     if (isOption) throw CLI::ExtrasError(command.get_name(), {options.rest.front()});
     if (options.rest.size() < atLeast)
         throw CLI::RequiredError(atLeast == 2 ? "FILE and HANDLER" : "FILE or -e");

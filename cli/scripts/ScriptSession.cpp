@@ -1,5 +1,5 @@
 // Scripts for the commands: loading them, and why that failed.
-#include "cli/ScriptSession.h"
+#include "cli/scripts/ScriptSession.h"
 
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
@@ -85,6 +85,18 @@ std::size_t lineAt(const std::u16string& source, std::size_t position) {
         if (source[i] == u'\n' || (source[i] == u'\r' && !isPairsFirst)) ++line;
     }
     return line;
+}
+
+/// For a script that can say nothing any more.
+std::string stoppedReason(OSAError status) {
+    switch (status) {
+        case errOSASystemError:
+            return "was stopped: it took too much time or memory";
+        case userCanceledErr:
+            return "was stopped";
+        default:
+            return "failed";
+    }
 }
 
 std::string languageText(OSType subType) {
@@ -199,26 +211,30 @@ std::string ScriptSession::reason(OSAError status) const {
 }
 
 std::string ScriptSession::scriptReason(OSAError status) const {
-    std::string message;
-    SessionDesc text;
-    if (OSAScriptError(component_, kOSAErrorMessage, typeUnicodeText, &text.desc) == noErr) {
-        SessionDesc bytes;
-        if (AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) == noErr) message = bytes.bytes();
-    }
-    if (message.empty())
-        message = status == errOSAScriptError ? "the script failed" : "the script was stopped";
     SessionDesc range;
     SInt32 start = 0;
     const bool hasRange =
         OSAScriptError(component_, kOSAErrorRange, typeAERecord, &range.desc) == noErr &&
         AEGetParamPtr(&range.desc, keyOSASourceStart, typeSInt32, nullptr, &start, sizeof start,
                       nullptr) == noErr;
-    message = forTerminal(message);
+    // a full message may tell the line itself
+    std::string message =
+        forTerminal(errorText(hasRange ? kOSAErrorBriefMessage : kOSAErrorMessage));
+    if (message.empty()) return stoppedReason(status);
     const std::u16string source = hasRange && start >= 0 ? sourceUnits() : std::u16string();
     return source.empty()
                ? message
                : message + " (line " +
                      std::to_string(lineAt(source, static_cast<std::size_t>(start))) + ")";
+}
+
+std::string ScriptSession::errorText(OSType selector) const {
+    SessionDesc text;
+    SessionDesc bytes;
+    if (OSAScriptError(component_, selector, typeUnicodeText, &text.desc) != noErr ||
+        AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) != noErr)
+        return {};
+    return bytes.bytes();
 }
 
 std::string ScriptSession::loadingReason(OSAError status, const FSRef& file) {

@@ -43,6 +43,7 @@ class ScriptSession {
 
   private:
     std::string scriptReason(OSAError status) const;
+    std::string errorText(OSType selector) const;
     std::string loadingReason(OSAError status, const FSRef& file);
     std::u16string sourceUnits() const;
 

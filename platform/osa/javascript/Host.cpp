@@ -1,0 +1,133 @@
+// Realms and what scripts find in them.
+#include "platform/osa/javascript/Host.h"
+
+#include "platform/osa/javascript/HostObjects.h"
+#include "platform/osa/javascript/Prelude.h"
+#include "platform/osa/javascript/Text.h"
+
+namespace osa::script {
+namespace {
+
+constexpr JSClass kGlobal = {
+    "global", JSCLASS_GLOBAL_FLAGS, &JS::DefaultGlobalClassOps, nullptr, nullptr, nullptr};
+/// Between a script's global object and its parent's.
+constexpr JSClass kInherited = {"inherited", 0, nullptr, nullptr, nullptr, nullptr};
+
+/// They and what hangs on them are some 20 KiB each.
+constexpr int kManyGlobals = 256;
+
+bool isGlobal(JSObject* object) {
+    return JS::GetClass(object) == &kGlobal;
+}
+
+}  // namespace
+
+bool isScope(JSObject* object) {
+    return object != nullptr && (isGlobal(object) || JS::GetClass(object) == &kInherited);
+}
+
+bool Host::setUp() {
+    JS::RealmOptions options;
+    options.creationOptions().setSharedMemoryAndAtomicsEnabled(false);
+    base_ = JS_NewGlobalObject(cx_, &kGlobal, nullptr, JS::FireOnNewGlobalHook, options);
+    if (base_ == nullptr) return false;
+    JSAutoRealm realm(cx_, base_);
+    file_ = newFilePrototype(cx_);
+    descriptor_ = newDescriptorPrototype(cx_);
+    return file_ != nullptr && descriptor_ != nullptr && JS_InitReflectParse(cx_, base_) &&
+           runPrelude();
+}
+
+bool Host::runPrelude() {
+    JS::CompileOptions options(cx_);
+    options.setFileAndLine("prelude", 1);
+    JS::SourceText<char16_t> text;
+    JS::RootedValue value(cx_);
+    if (!text.init(cx_, kPrelude, std::char_traits<char16_t>::length(kPrelude),
+                   JS::SourceOwnership::Borrowed) ||
+        !JS::Evaluate(cx_, options, text, &value) || !value.isObject())
+        return false;
+    prelude_ = &value.toObject();
+    return true;
+}
+
+bool Host::ask(const char* function, const JS::HandleValueArray& arguments,
+               JS::MutableHandleValue answer) {
+    JSAutoRealm realm(cx_, base_);
+    JS::RootedObject prelude(cx_, prelude_);
+    return JS_CallFunctionName(cx_, prelude, function, arguments, answer);
+}
+
+bool Host::define(JS::HandleObject global, const char* name) {
+    JS::RootedValue value(cx_);
+    if (!ask(name, JS::HandleValueArray::empty(), &value)) return false;
+    return JS_DefineProperty(cx_, global, name, value, 0);
+}
+
+JSObject* Host::newGlobal(bool withoutSource) {
+    JS::RealmOptions options;
+    options.creationOptions().setExistingCompartment(base_).setSharedMemoryAndAtomicsEnabled(false);
+    options.behaviors().setDiscardSource(withoutSource);
+    JS::RootedObject global(
+        cx_, JS_NewGlobalObject(cx_, &kGlobal, nullptr, JS::FireOnNewGlobalHook, options));
+    if (global == nullptr) return nullptr;
+    ++globals_;
+    JSAutoRealm realm(cx_, global);
+    if (!define(global, "on") || !define(global, "console")) return nullptr;
+    return global;
+}
+
+void Host::tidy() {
+    if (globals_ < kManyGlobals) return;
+    globals_ = 0;
+    JS_GC(cx_);
+}
+
+bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
+                   const std::vector<std::u16string>& lexicals) {
+    JSAutoRealm realm(cx_, global);
+    JS::RootedObject above(cx_);
+    if (parent == nullptr) {
+        above = JS::GetRealmObjectPrototype(cx_);
+        return above != nullptr && JS_SetPrototype(cx_, global, above);
+    }
+    above = JS_NewObjectWithGivenProto(cx_, &kInherited, parent);
+    if (above == nullptr) return false;
+    JS::RootedValue value(cx_);
+    for (const std::u16string& name : lexicals) {
+        bool found = false;
+        if (!lookUp(cx_, parent, name, &found, &value)) return false;
+        if (found &&
+            !JS_DefineUCProperty(cx_, above, name.data(), name.size(), value, JSPROP_ENUMERATE))
+            return false;
+    }
+    return JS_SetPrototype(cx_, global, above);
+}
+
+bool lookUp(JSContext* cx, JS::HandleObject scope, std::u16string_view name, bool* found,
+            JS::MutableHandleValue value) {
+    *found = false;
+    JS::RootedString string(cx, toString(cx, name));
+    JS::RootedId id(cx);
+    if (string == nullptr || !JS_StringToId(cx, string, &id)) return false;
+    JSAutoRealm realm(cx, scope);
+    if (isGlobal(scope)) {
+        JS::RootedObject declarations(cx, JS_GlobalLexicalEnvironment(scope));
+        if (!JS_HasOwnPropertyById(cx, declarations, id, found)) return false;
+        if (*found && !JS_GetPropertyById(cx, declarations, id, value)) {
+            // It is declared further down than the script came.
+            if (!JS_IsExceptionPending(cx)) return false;
+            JS_ClearPendingException(cx);
+            *found = false;
+        }
+        if (*found) return true;
+    }
+    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx);
+    if (!JS_GetOwnPropertyDescriptorById(cx, scope, id, &property)) return false;
+    // What the language and the room put there is not enumerable.
+    if (property.isNothing() || !property->enumerable()) return true;
+    *found = true;
+    return JS_GetPropertyById(cx, scope, id, value);
+}
+
+}  // namespace osa::script

@@ -1,0 +1,57 @@
+// Realms: the room's own one, and one for each script with what a script finds there.
+//
+// All are of one compartment, so that values go from one to another as they are.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/osa/javascript/Engine.h"
+
+namespace osa::script {
+
+/// On the engine's thread. Functions that answer bool or a pointer leave an exception pending when
+/// they fail.
+class Host {
+  public:
+    explicit Host(JSContext* cx) : cx_(cx), base_(cx), prelude_(cx), file_(cx), descriptor_(cx) {}
+    bool setUp();
+
+    JSContext* context() const { return cx_; }
+    JSObject* base() const { return base_; }
+    JS::HandleObject filePrototype() const { return file_; }
+    JS::HandleObject descriptorPrototype() const { return descriptor_; }
+
+    /// A global object with the language's own objects, `on` and `console`. With `withoutSource`
+    /// its functions do not tell their source.
+    JSObject* newGlobal(bool withoutSource);
+    /// Collects garbage when many global objects were made since that was done: the engine takes
+    /// them for small.
+    void tidy();
+    /// Lets names that `global` does not have be looked up in `parent`, too; null ends that.
+    /// `lexicals` are names of the parent's that are no properties of it: they are copied.
+    bool inherit(JS::HandleObject global, JS::HandleObject parent,
+                 const std::vector<std::u16string>& lexicals);
+
+    /// Calls a function of the prelude, in the room's realm.
+    bool ask(const char* function, const JS::HandleValueArray& arguments,
+             JS::MutableHandleValue answer);
+
+  private:
+    bool runPrelude();
+    bool define(JS::HandleObject global, const char* name);
+
+    JSContext* cx_;
+    int globals_ = 0;
+    JS::PersistentRootedObject base_, prelude_, file_, descriptor_;
+};
+
+/// Whether `object` is a script's global object, or stands between one and its parent.
+bool isScope(JSObject* object);
+/// The property or top-level declaration of that name in `scope` alone; `found` tells whether it is
+/// the script's. What has no value yet is not found.
+bool lookUp(JSContext* cx, JS::HandleObject scope, std::u16string_view name, bool* found,
+            JS::MutableHandleValue value);
+
+}  // namespace osa::script

@@ -1,0 +1,118 @@
+// Instances of the component.
+#include "platform/osa/javascript/Instance.h"
+
+#include <CoreServices/MacErrors.h>
+
+#include <atomic>
+
+namespace osa::script {
+namespace {
+
+/// No two instances give the same number, so that another's is not mistaken for one's own.
+OSAID newID() {
+    static std::atomic<OSAID> last = 0;
+    OSAID id = 0;
+    while (id == kOSANullScript) id = ++last;
+    return id;
+}
+
+}  // namespace
+
+std::unique_ptr<Instance> Instance::make() {
+    OSALimits limits;
+    OSAGetLimits(&limits);
+    std::unique_ptr<Instance> made(new Instance);
+    made->machine_ = Machine::make(limits);
+    if (made->machine_ == nullptr) return nullptr;
+    const OSAError status = made->perform([&made]() -> OSAError {
+        made->host_ = std::make_unique<Host>(made->context());
+        if (!made->host_->setUp()) return memFullErr;
+        JSAutoRealm realm(made->context(), made->host_->base());
+        return made->machine_->watchMemory() ? noErr : memFullErr;
+    });
+    return status == noErr ? std::move(made) : nullptr;
+}
+
+Instance::~Instance() {
+    if (machine_ == nullptr) return;
+    machine_->call([this]() -> OSAError {
+        items_.clear();
+        host_.reset();
+        return noErr;
+    });
+}
+
+OSAError Instance::settle(OSAError status) {
+    JSContext* const cx = context();
+    const bool thrown = JS_IsExceptionPending(cx);
+    if (machine_->stopped() != noErr && (thrown || status == errOSAScriptError)) {
+        JS_ClearPendingException(cx);
+        JS_GC(cx);
+        return machine_->stopped();
+    }
+    if (thrown) {
+        error_.take(cx, current_);
+        return errOSAScriptError;
+    }
+    return status == errOSAScriptError ? OSAError{errOSASystemError} : status;
+}
+
+OSAError Instance::perform(const std::function<OSAError()>& work) {
+    return machine_->call([&]() -> OSAError {
+        const SourceText* const before = current_;
+        current_ = nullptr;
+        OSAError status = noErr;
+        std::optional<JSAutoRealm> realm;
+        if (host_ != nullptr) realm.emplace(context(), host_->base());
+        const bool isSetUp = realm.has_value();
+        try {
+            status = work();
+        } catch (const std::bad_alloc&) {
+            status = memFullErr;
+        }
+        if (isSetUp) status = settle(status);
+        if (isSetUp) host_->tidy();
+        current_ = before;
+        return status;
+    });
+}
+
+Item* Instance::find(OSAID id) {
+    const auto found = items_.find(id);
+    return found == items_.end() ? nullptr : found->second.get();
+}
+
+Item* Instance::findScript(OSAID id) {
+    Item* const item = find(id);
+    return item != nullptr && item->kind == Kind::script ? item : nullptr;
+}
+
+OSAError Instance::add(std::unique_ptr<Item> item, OSAID* id) {
+    OSAID fresh = newID();
+    while (items_.count(fresh) != 0) fresh = newID();
+    items_.emplace(fresh, std::move(item));
+    *id = fresh;
+    return noErr;
+}
+
+OSAError Instance::addValue(JS::HandleValue value, OSAID* id) {
+    auto item = std::make_unique<Item>(context());
+    item->value = value;
+    return add(std::move(item), id);
+}
+
+OSAError Instance::addResult(JS::HandleValue value, OSAID* id) {
+    *id = kOSANullScript;
+    return value.isUndefined() ? OSAError{noErr} : addValue(value, id);
+}
+
+Script::Ptr Instance::compile(StoredSource source) {
+    auto script = std::make_shared<Script>(*machine_, *host_, std::move(source));
+    if (script->compile()) return script;
+    // The script is gone when its error is told.
+    failed_ = script->text();
+    current_ = &failed_;
+    return nullptr;
+}
+
+}  // namespace osa::script

@@ -1,0 +1,67 @@
+// One instance of the component: the numbers that it gave, and what they stand for.
+#pragma once
+
+#include <OpenScripting/OSA.h>
+
+#include <functional>
+#include <unordered_map>
+
+#include "platform/osa/javascript/Script.h"
+
+namespace osa::script {
+
+enum class Kind { script, handler, value };
+
+/// What a number stands for. A handler has the script that it was found in.
+struct Item {
+    explicit Item(JSContext* cx) : value(cx) {}
+    Kind kind = Kind::value;
+    Script::Ptr script;
+    bool isContext = false;
+    JS::PersistentRootedValue value;
+};
+
+/// All but `perform` and `interrupt` are for the work that perform() does.
+class Instance {
+  public:
+    /// Null when there is no memory.
+    static std::unique_ptr<Instance> make();
+    ~Instance();
+
+    /// Does `work` on the engine's thread, in the room's realm. An exception that it leaves pending
+    /// becomes errOSAScriptError, a limit that stopped it errOSASystemError.
+    OSAError perform(const std::function<OSAError()>& work);
+    void interrupt() { machine_->interrupt(); }
+
+    JSContext* context() const { return machine_->context(); }
+    Host& host() { return *host_; }
+    const ScriptError& error() const { return error_; }
+
+    /// Null for a number that the instance did not give.
+    Item* find(OSAID id);
+    /// Null for what is no script either.
+    Item* findScript(OSAID id);
+    OSAError add(std::unique_ptr<Item> item, OSAID* id);
+    OSAError addValue(JS::HandleValue value, OSAID* id);
+    /// The same, but 0 for undefined.
+    OSAError addResult(JS::HandleValue value, OSAID* id);
+    bool remove(OSAID id) { return items_.erase(id) != 0; }
+
+    /// Null with an exception pending.
+    Script::Ptr compile(StoredSource source);
+    /// Where an error of what comes next is looked for. `text` must last as long as the work.
+    void within(const SourceText& text) { current_ = &text; }
+
+  private:
+    Instance() = default;
+    OSAError settle(OSAError status);
+
+    std::unique_ptr<Machine> machine_;
+    std::unique_ptr<Host> host_;
+    std::unordered_map<OSAID, std::unique_ptr<Item>> items_;
+    ScriptError error_;
+    SourceText failed_;
+    const SourceText* current_ = nullptr;
+};
+
+}  // namespace osa::script

@@ -1,0 +1,75 @@
+// One engine on a thread of its own. The engine insists on one thread; an instance of a component
+// may be used on any. Calls are handed over and waited for.
+#pragma once
+
+#include <OSA/ScriptingComponents.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <semaphore>
+#include <thread>
+
+#include "platform/osa/javascript/Engine.h"
+
+namespace osa::script {
+
+class Machine {
+  public:
+    /// Null when there is no memory or no thread for it.
+    static std::unique_ptr<Machine> make(const OSALimits& limits);
+    ~Machine();
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    /// Runs `work` on the engine's thread within the limits and gives its status: memFullErr when
+    /// it throws. Called on that thread (by a coercion that a script's value causes), at once.
+    OSAError call(const std::function<OSAError()>& work);
+    /// Stops what runs now; on any thread.
+    void interrupt();
+    /// For the process's end: ends the thread, after what runs was stopped. Later calls answer
+    /// errOSASystemError. False when the script would not stop, or is what ends the process.
+    bool end();
+    /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
+    OSAError stopped() const { return stopped_; }
+
+    JSContext* context() const { return context_; }
+
+    // On the engine's thread:
+    /// Begins to hold scripts to the memory limit. A realm is entered, whose objects live on.
+    bool watchMemory();
+    /// Runs what promises left to be done.
+    void drain();
+
+  private:
+    explicit Machine(const OSALimits& limits) : limits_(limits) {}
+    void serve();
+    bool start();
+    void setUp();
+    OSAError guarded(const std::function<OSAError()>& work);
+    void awaitAnswer();
+    bool mayGoOn();
+    bool withinMemory();
+    static bool onInterrupt(JSContext* context);
+
+    const OSALimits limits_;
+    JSContext* context_ = nullptr;
+    JS::PersistentRootedObject memory_;  ///< the engine's account of what it allocated
+    std::thread thread_;
+    std::timed_mutex callers_;
+    bool ended_ = false;   ///< with callers_
+    std::mutex stopping_;  ///< context_ is alive while this is held and running_ is true
+    bool running_ = false;
+    std::binary_semaphore asked_{0};
+    std::binary_semaphore answered_{0};
+    const std::function<OSAError()>* work_ = nullptr;  ///< null asks the thread to end
+    OSAError status_ = 0;
+    std::chrono::steady_clock::time_point deadline_;
+    std::atomic<bool> cancelled_ = false;
+    OSAError stopped_ = 0;
+    bool draining_ = false;
+};
+
+}  // namespace osa::script

@@ -1,0 +1,114 @@
+// What the room does in JavaScript itself.
+#include "platform/osa/javascript/Prelude.h"
+
+namespace osa::script {
+
+const char16_t kPrelude[] =
+    uR"js((function () {
+"use strict";
+const parse = Reflect.parse;
+const tagOf = value => Object.prototype.toString.call(value).slice(8, -1);
+const offset = Function.prototype.call.bind(Date.prototype.getTimezoneOffset);
+const time = Function.prototype.call.bind(Date.prototype.getTime);
+const source = Function.prototype.call.bind(Function.prototype.toString);
+
+// A toString of the value's own kind, not the one that every object has.
+function ownText(value) {
+    for (let o = value; o !== null; o = Object.getPrototypeOf(o)) {
+        const above = Object.getPrototypeOf(o);
+        if (above !== null && Object.prototype.hasOwnProperty.call(o, "toString"))
+            return typeof value.toString === "function" ? value.toString : null;
+    }
+    return null;
+}
+
+function primitive(value, human) {
+    switch (typeof value) {
+        case "string": return human ? value : JSON.stringify(value);
+        case "number": return Object.is(value, -0) ? "-0" : String(value);
+        case "bigint": return value + (human ? "" : "n");
+        case "function": return source(value);
+        default: return String(value);
+    }
+}
+
+function object(value, human, above) {
+    const inner = item => display(item, human, above);
+    const items = list => "[" + Array.from(list, inner).join(human ? ", " : ",") + "]";
+    if (Array.isArray(value)) return items(value);
+    const tag = tagOf(value);
+    if (ArrayBuffer.isView(value) && tag !== "DataView")
+        return (human ? "" : "new " + tag + "(") + items(value) + (human ? "" : ")");
+    switch (tag) {
+        case "File": case "Descriptor": return primitive(value.toString(), human);
+        case "Date":
+            return human ? value.toString() : "new Date(" + JSON.stringify(value.toJSON()) + ")";
+        case "RegExp": case "Error": return String(value);
+        case "String": case "Number": case "Boolean": case "BigInt": case "Symbol":
+            return primitive(value.valueOf(), human);
+        case "ArrayBuffer":
+            return (human ? "" : "new Uint8Array(") + items(new Uint8Array(value)) +
+                   (human ? "" : ").buffer");
+        case "Map": case "Set": return (human ? "" : "new " + tag + "(") + items(value) + (human ? "" : ")");
+    }
+    const text = human ? ownText(value) : null;
+    if (text !== null) return String(value);
+    const field = key => (human ? key : JSON.stringify(key)) + (human ? ": " : ":") + inner(value[key]);
+    return "{" + Object.keys(value).map(field).join(human ? ", " : ",") + "}";
+}
+
+function display(value, human, above) {
+    if (typeof value !== "object" || value === null) return primitive(value, human);
+    if (above.includes(value)) {
+        if (human) return "\u2026";
+        throw new TypeError("an object that holds itself has no source");
+    }
+    return object(value, human, above.concat([value]));
+}
+
+function bound(pattern, names) {
+    if (!pattern) return;
+    if (pattern.type === "Identifier") names.push(pattern.name);
+    (pattern.elements || []).forEach(element => bound(element, names));
+    (pattern.properties || []).forEach(property => bound(property.value || property.expression, names));
+    if (pattern.left) bound(pattern.left, names);
+    if (pattern.expression) bound(pattern.expression, names);
+}
+
+function lexicals(text) {
+    let body;
+    try { body = parse(text, {loc: false}).body; } catch (error) { return null; }
+    const names = [];
+    for (const statement of body) {
+        if (statement.type === "VariableDeclaration" && statement.kind !== "var")
+            statement.declarations.forEach(declaration => bound(declaration.id, names));
+        if (statement.type === "ClassStatement") bound(statement.id, names);
+    }
+    return names;
+}
+
+function on() {
+    const table = function (event, handler) {
+        if (typeof event !== "string" || event.length !== 8)
+            throw new TypeError("an event is eight characters: class and ID");
+        if (typeof handler !== "function") throw new TypeError("a handler is a function");
+        Object.defineProperty(table, event,
+            {value: handler, writable: true, enumerable: true, configurable: true});
+    };
+    return table;
+}
+
+return {
+    display: (value, human) => display(value, human, []),
+    lexicals,
+    unboxed: value => value.valueOf(),
+    toLocal: date => time(date) - offset(date) * 60000,
+    on,
+    console() {
+        const nothing = () => {};
+        return {log: nothing, info: nothing, warn: nothing, error: nothing, debug: nothing};
+    }
+};
+})())js";
+
+}  // namespace osa::script

@@ -1,0 +1,15 @@
+// What the room does in JavaScript itself, in a realm of its own that scripts do not see.
+#pragma once
+
+namespace osa::script {
+
+/// An expression that gives an object of functions:
+///   display(value, human)   text of a value
+///   lexicals(source)        names that `let`, `const` and `class` declare at the top level; null
+///                           when they cannot be told
+///   unboxed(object)         the value that an object of Number, String and the like stands for
+///   toLocal(date)           milliseconds since 1970, on the clock of the place
+///   on(), console()         new ones for a script
+extern const char16_t kPrelude[];
+
+}  // namespace osa::script

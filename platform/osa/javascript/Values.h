@@ -1,0 +1,23 @@
+// Values of scripts and descriptors, one from the other. docs/javascript-component.md has the
+// table.
+#pragma once
+
+#include <CoreServices/AEDataModel.h>
+
+#include "platform/osa/javascript/Host.h"
+
+namespace osa::script {
+
+// In the realm that is entered. errOSAScriptError: the engine failed, an exception is pending
+// unless it was stopped.
+
+/// Lists and records nested deeper than 100 levels: errAECoercionFail.
+OSErr fromDesc(const Host& host, const AEDesc& desc, JS::MutableHandleValue value);
+/// The value's natural descriptor. errAECoercionFail for what has none: functions, symbols,
+/// collections, objects that hold themselves or nest deeper than 100 levels, more than a million
+/// values.
+OSErr toDesc(Host& host, JS::HandleValue value, AEDesc* desc);
+/// The type that toDesc would give, without making it.
+DescType naturalType(JSContext* cx, JS::HandleValue value);
+
+}  // namespace osa::script
