@@ -3,7 +3,7 @@
 # as well. Needs root or sudo only when something is missing.
 set -euo pipefail
 build=(g++ cmake ninja-build pkg-config ca-certificates libicu-dev libxcb1-dev nlohmann-json3-dev
-       libcli11-dev)
+       libcli11-dev libmozjs-102-dev)
 test=(clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev libgtest-dev python3
       git attr libimage-exiftool-perl unrtf xvfb)
 case "${1:-build}" in
