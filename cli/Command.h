@@ -34,5 +34,10 @@ void addResourcesCommand(CLI::App& program, int& exitStatus);
 void addInfoCommand(CLI::App& program, int& exitStatus);
 void addDescribeCommand(CLI::App& program, int& exitStatus);
 void addAliasCommand(CLI::App& program, int& exitStatus);
+void addLanguagesCommand(CLI::App& program, int& exitStatus);
+void addSourceCommand(CLI::App& program, int& exitStatus);
+void addCompileCommand(CLI::App& program, int& exitStatus);
+void addRunCommand(CLI::App& program, int& exitStatus);
+void addCallCommand(CLI::App& program, int& exitStatus);
 
 }  // namespace osa::cli

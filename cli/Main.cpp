@@ -1,4 +1,4 @@
-// osa: reads, lists and shows Mac scripts and what they keep in their forks.
+// osa: reads, lists, shows, compiles and runs Mac scripts.
 #include <CoreServices/MacErrors.h>
 
 #include <CLI/CLI.hpp>
@@ -51,6 +51,11 @@ int main(int argc, char** argv) {
     osa::cli::addInfoCommand(program, exitStatus);
     osa::cli::addDescribeCommand(program, exitStatus);
     osa::cli::addAliasCommand(program, exitStatus);
+    osa::cli::addLanguagesCommand(program, exitStatus);
+    osa::cli::addSourceCommand(program, exitStatus);
+    osa::cli::addCompileCommand(program, exitStatus);
+    osa::cli::addRunCommand(program, exitStatus);
+    osa::cli::addCallCommand(program, exitStatus);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

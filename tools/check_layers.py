@@ -45,7 +45,8 @@ CONFINED_EXTRA = {
         "fsextensions": {"<fcntl.h>", "<unistd.h>"},  # faccessat(): no catalog field tells who may write
         "Libraries/TCLClasses": {"<unistd.h>"},  # access(), which GetAccessRights is defined by
         "service": None,  # worker processes
-        "cli": {"<unistd.h>"},  # is the output a terminal
+        # is the output a terminal; scripts run in a child
+        "cli": {"<unistd.h>", "<sys/prctl.h>", "<sys/resource.h>", "<sys/syscall.h>", "<sys/wait.h>"},
     },
 }
 

@@ -98,11 +98,12 @@ class ForkInUse {
     OSErr status_;
 };
 
-/// The file's script resource; errOSABadStorageType when it has none. mapReadErr: a damaged fork.
+/// The file's script resource; errOSABadStorageType when it has none, or no fork. mapReadErr: a
+/// damaged fork.
 Result<OwnedDesc> readScriptResource(const FSRef& file) {
     const ResourceFileInUse fork(file, fsRdPerm);
-    if (fork.status() == mapReadErr || fork.status() == memFullErr) return Failure(fork.status());
-    if (fork.status() != noErr) return Failure(errOSABadStorageType);
+    if (fork.status() == eofErr) return Failure(errOSABadStorageType);
+    if (fork.status() != noErr) return Failure(fork.status());
     const Handle resource = Get1Resource(kScriptResource, kScriptID);
     if (resource == nullptr)
         return Failure(ResError() == resNotFound ? OSStatus{errOSABadStorageType} : ResError());
@@ -176,7 +177,8 @@ struct FileContent {
 Result<FileContent> readFile(const FSRef& file) {
     auto resource = readScriptResource(file);
     if (resource) return FileContent{*std::move(resource), false};
-    const bool isDamaged = resource.status() != errOSABadStorageType;
+    const bool isDamaged = resource.status() == mapReadErr;
+    if (!isDamaged && resource.status() != errOSABadStorageType) return Failure(resource.status());
     OSA_TRY(OwnedDesc data, readDataFork(file));
     const bool isText = !endsAsStoredScript(data.bytes());
     // what the damaged fork held matters then
@@ -184,9 +186,10 @@ Result<FileContent> readFile(const FSRef& file) {
     return FileContent{std::move(data), isText};
 }
 
-bool hasScriptResource(const FSRef& file) {
+Result<bool> hasScriptResource(const FSRef& file) {
     const ResourceFileInUse fork(file, fsRdPerm);
-    if (fork.status() != noErr) return false;
+    if (fork.status() == eofErr || fork.status() == mapReadErr) return false;
+    if (fork.status() != noErr) return Failure(fork.status());
     return Get1Resource(kScriptResource, kScriptID) != nullptr || ResError() != resNotFound;
 }
 
@@ -251,8 +254,10 @@ OSAError storeScriptFile(ComponentInstance instance, OSAID script, DescType desi
     OwnedDesc stored;
     const OSAError status = OSAStore(instance, script, desiredType, modeFlags, &stored.desc);
     if (status != noErr) return status;
-    const OSErr written = hasScriptResource(file) ? writeScriptResource(file, stored.bytes())
-                                                  : writeDataFork(file, stored.bytes());
+    const auto isResource = hasScriptResource(file);
+    if (!isResource) return isResource.status();
+    const OSErr written = *isResource ? writeScriptResource(file, stored.bytes())
+                                      : writeDataFork(file, stored.bytes());
     if (written == noErr) giveFileType(file);
     return written;
 } catch (const std::bad_alloc&) {

@@ -37,7 +37,7 @@ OSA_PLATFORM_EXPORT ComponentInstance OpenComponent(Component aComponent);
 OSA_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType componentType,
                                                            OSType componentSubType);
 /// Disposes of everything that the instance holds, scripts and values included.
-/// badComponentInstance for null.
+/// badComponentInstance for null; of it, as of every status, an OSErr holds the low 16 bits.
 OSA_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance aComponentInstance);
 
 #ifdef __cplusplus

@@ -1,0 +1,185 @@
+// Work in a child process: its limits, and waiting for it.
+#include "cli/scripts/ConfinedProcess.h"
+
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+
+#include "cli/Command.h"
+
+namespace osa::cli {
+namespace {
+
+/// Until an engine is loaded, on a machine that is busy.
+constexpr int kStartMilliseconds = 30'000;
+/// What an engine maps without using it: reserves for code and for its collector.
+constexpr rlim_t kEngineReserve = rlim_t{16} << 30;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kBoundsAddresses = false;  // shadow memory takes terabytes of them
+#else
+constexpr bool kBoundsAddresses = true;
+#endif
+
+#if defined(__x86_64__)
+constexpr UInt32 kArchitecture = AUDIT_ARCH_X86_64;
+#elif defined(__aarch64__)
+constexpr UInt32 kArchitecture = AUDIT_ARCH_AARCH64;
+#else
+#error "the calls of this processor are not known"
+#endif
+
+constexpr std::array kForbiddenCalls = {
+    SYS_socket,           SYS_execve,
+    SYS_execveat,         SYS_ptrace,
+    SYS_process_vm_readv, SYS_process_vm_writev,
+    SYS_io_uring_setup,   SYS_bpf,
+};
+
+/// Has the forbidden calls answer EPERM. Where the kernel has no filters it goes without them.
+void forbidCalls() {
+    constexpr auto kCount = kForbiddenCalls.size();
+    std::array<sock_filter, 6 + 2 * kCount + 1> program;
+    std::size_t at = 0;
+    const auto add = [&](sock_filter instruction) { program[at++] = instruction; };
+    add(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, arch)));
+    add(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, kArchitecture, 1, 0));
+    add(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS));
+    add(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)));
+    // the same calls under the numbers of another calling convention
+    add(BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, 0x40000000, 0, 1));
+    add(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS));
+    for (const long call : kForbiddenCalls) {
+        add(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<UInt32>(call), 0, 1));
+        add(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
+    }
+    add(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog filter{static_cast<unsigned short>(at), program.data()};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+}
+
+void bound(int resource, rlim_t value) {
+    const rlimit limit{value, value};
+    setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+}
+
+void confine(const OSALimits& limits) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    bound(RLIMIT_CORE, 0);
+    // threads of the engine count as well, and starting it
+    if (limits.milliseconds != 0) bound(RLIMIT_CPU, limits.milliseconds / 1000 * 4 + 30);
+    if (limits.memoryBytes != 0 && kBoundsAddresses)
+        bound(RLIMIT_AS, kEngineReserve + 2 * rlim_t{limits.memoryBytes});
+    forbidCalls();
+}
+
+/// What the child tells through its end of a pipe: a byte when the time begins, and the end.
+class Progress {
+  public:
+    explicit Progress(int descriptor) : descriptor_(descriptor) {}
+    ~Progress() { close(descriptor_); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// Waits for the end; false when the child takes too long. A negative time is for ever.
+    bool waitForEnd(int milliseconds) {
+        char byte = 0;
+        switch (next(kStartMilliseconds, byte)) {
+            case Next::timeOut:
+                return false;
+            case Next::end:
+                return true;
+            case Next::byte:
+                return next(milliseconds, byte) != Next::timeOut;
+        }
+        return true;
+    }
+
+  private:
+    enum class Next { byte, end, timeOut };
+
+    Next next(int milliseconds, char& byte) const {
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+        for (;;) {
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+            if (milliseconds >= 0 && left < 0) return Next::timeOut;
+            pollfd wanted{descriptor_, POLLIN, 0};
+            const int ready = poll(&wanted, 1, milliseconds < 0 ? -1 : static_cast<int>(left));
+            if (ready == 0) return Next::timeOut;
+            if (ready > 0) return read(descriptor_, &byte, 1) == 1 ? Next::byte : Next::end;
+        }
+    }
+
+    int descriptor_;
+};
+
+[[noreturn]] void runChild(const OSALimits& limits, int progress,
+                           const std::function<int(const std::function<void()>&)>& work) {
+    confine(limits);
+    int status = kSomethingFailed;
+    try {
+        status = work([progress] { (void)!write(progress, "b", 1); });
+    } catch (...) {
+        std::fputs("osa: the script's process failed\n", stderr);
+    }
+    if (std::fflush(stdout) != 0) status = kSomethingFailed;
+    _exit(status);
+}
+
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+ConfinedOutcome outcomeOf(int status) {
+    if (WIFEXITED(status)) return {WEXITSTATUS(status), {}};
+    const int signal = WTERMSIG(status);
+    if (signal == SIGXCPU) return {kSomethingFailed, "was stopped: it took too much time"};
+    return {kSomethingFailed, std::string("its process ended: ") + strsignal(signal)};
+}
+
+}  // namespace
+
+ConfinedOutcome runConfined(const OSALimits& limits,
+                            const std::function<int(const std::function<void()>&)>& work) {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    int ends[2];
+    if (pipe(ends) != 0) return {kSomethingFailed, "no process can be started for it"};
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[0]);
+        runChild(limits, ends[1], work);
+    }
+    close(ends[1]);
+    Progress progress(ends[0]);
+    if (child < 0) return {kSomethingFailed, "no process can be started for it"};
+    const auto time = static_cast<int>(std::min(limits.milliseconds, UInt32{1} << 29));
+    if (progress.waitForEnd(time == 0 ? -1 : 2 * time)) return outcomeOf(waitFor(child));
+    kill(child, SIGKILL);
+    waitFor(child);
+    return {kSomethingFailed,
+            "was stopped: it did not end within twice its " + std::to_string(time) + " ms"};
+}
+
+}  // namespace osa::cli

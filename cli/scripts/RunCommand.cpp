@@ -1,0 +1,186 @@
+// osa run and osa call: running scripts, and calling their handlers.
+#include <CoreServices/MacErrors.h>
+#include <OSA/ScriptingComponents.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "cli/Command.h"
+#include "cli/JsonValue.h"
+#include "cli/RecordFormat.h"
+#include "cli/scripts/ConfinedProcess.h"
+#include "cli/scripts/ScriptSession.h"
+
+namespace osa::cli {
+namespace {
+
+constexpr AEEventClass kCoreEventClass = 'aevt';
+constexpr AEEventID kOpenApplication = 'oapp';
+
+struct RunOptions {
+    std::string language;
+    OSALimits limits{};
+    std::vector<std::string> lines;
+    std::vector<std::string> rest;  ///< the file, unless there are lines; and the arguments
+
+    bool isText() const { return !lines.empty(); }
+    std::string name() const { return isText() ? "-e" : rest.front(); }
+    std::vector<std::string> arguments(std::size_t before) const {
+        return {rest.begin() + static_cast<std::ptrdiff_t>(before), rest.end()};
+    }
+};
+
+template <typename T>
+OSErr putValue(AEDescList& list, DescType type, T value) {
+    return AEPutPtr(&list, 0, type, &value, sizeof value);
+}
+
+OSErr putText(AEDescList& list, const std::string& argument) {
+    SessionDesc text;
+    const OSErr status = makeText(argument, &text.desc);
+    return status != noErr ? status : AEPutDesc(&list, 0, &text.desc);
+}
+
+/// Numbers and truth values as such, anything else as text.
+OSErr putTyped(AEDescList& list, const std::string& argument) {
+    const Json value = Json::parse(argument, nullptr, false);
+    if (value.is_boolean()) return putValue(list, typeBoolean, Boolean{value.get<bool>()});
+    if (value.is_number_integer()) {
+        const auto number = value.get<SInt64>();
+        const bool fits = value.get<double>() == static_cast<double>(static_cast<SInt32>(number));
+        if (fits) return putValue(list, typeSInt32, static_cast<SInt32>(number));
+    }
+    if (value.is_number()) return putValue(list, typeIEEE64BitFloatingPoint, value.get<double>());
+    return putText(list, argument);
+}
+
+/// An event with the arguments as its direct parameter.
+OSErr makeEvent(AEEventClass eventClass, AEEventID id, const std::vector<std::string>& arguments,
+                OSErr (*put)(AEDescList&, const std::string&), AppleEvent* event) {
+    SessionDesc list;
+    OSErr status = AECreateList(nullptr, 0, 0, &list.desc);
+    for (const std::string& argument : arguments)
+        if (status == noErr) status = put(list.desc, argument);
+    if (status == noErr)
+        status = AECreateAppleEvent(eventClass, id, nullptr, kAutoGenerateReturnID,
+                                    kAnyTransactionID, event);
+    if (status == noErr) status = AEPutParamDesc(event, keyDirectObject, &list.desc);
+    return status;
+}
+
+std::string printValue(const ScriptSession& session, OSAID value) {
+    if (value == kOSANullScript) return {};
+    std::string text;
+    std::string reason = session.display(value, text);
+    text += '\n';
+    if (reason.empty()) std::fwrite(text.data(), 1, text.size(), stdout);
+    return reason;
+}
+
+std::string load(ScriptSession& session, const RunOptions& options) {
+    if (std::string reason = session.open(options.language); !reason.empty()) return reason;
+    return options.isText() ? session.loadText(CLI::detail::join(options.lines, "\n"))
+                            : session.loadFile(options.name());
+}
+
+/// Sends the run event, which runs the whole script in languages without a handler for it; one that
+/// takes no such event is executed.
+std::string runScript(const ScriptSession& session, const RunOptions& options) {
+    SessionDesc event;
+    OSAError status = makeEvent(kCoreEventClass, kOpenApplication,
+                                options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
+    if (status != noErr) return session.reason(status);
+    OSAID value = kOSANullScript;
+    status =
+        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
+    if (status == errAEEventNotHandled)
+        status =
+            OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
+    return status != noErr ? session.reason(status) : printValue(session, value);
+}
+
+std::string callHandler(const ScriptSession& session, const RunOptions& options) {
+    const std::string& handler = options.rest[1];
+    SessionDesc event;
+    SessionDesc name;
+    OSAError status = makeEvent(kASAppleScriptSuite, kASSubroutineEvent, options.arguments(2),
+                                putTyped, &event.desc);
+    if (status == noErr) status = makeText(handler, &name.desc);
+    if (status == noErr) status = AEPutParamDesc(&event.desc, keyASSubroutineName, &name.desc);
+    if (status != noErr) return session.reason(status);
+    OSAID value = kOSANullScript;
+    status =
+        OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
+    if (status == errAEEventNotHandled) return "has no handler '" + forTerminal(handler) + "'";
+    return status != noErr ? session.reason(status) : printValue(session, value);
+}
+
+using Work = std::string (*)(const ScriptSession&, const RunOptions&);
+
+int runInChild(const RunOptions& options, Work work) {
+    OSASetLimits(&options.limits);
+    const ConfinedOutcome outcome =
+        runConfined(options.limits, [&](const std::function<void()>& begin) -> int {
+            ScriptSession session;
+            std::string reason = load(session, options);
+            begin();
+            if (reason.empty()) reason = work(session, options);
+            if (!reason.empty()) reportError(options.name(), reason);
+            return reason.empty() ? kAllWell : kSomethingFailed;
+        });
+    if (!outcome.reason.empty()) reportError(options.name(), outcome.reason);
+    return outcome.exitStatus;
+}
+
+/// The arguments are the script's, whatever they look like; what is before them is the command's.
+void takeRest(const CLI::App& command, RunOptions& options, std::size_t atLeast) {
+    options.rest = command.remaining();
+    const bool isOption = !options.rest.empty() && options.rest.front().starts_with('-');
+    if (isOption) throw CLI::ExtrasError(command.get_name(), {options.rest.front()});
+    if (options.rest.size() < atLeast)
+        throw CLI::RequiredError(atLeast == 2 ? "FILE and HANDLER" : "FILE or -e");
+}
+
+std::shared_ptr<RunOptions> addOptions(CLI::App& command) {
+    auto options = std::make_shared<RunOptions>();
+    OSAGetLimits(&options->limits);
+    command.prefix_command();
+    command
+        .add_option("-l,--language", options->language, "Name or subtype of the text's language")
+        ->type_name("LANGUAGE");
+    command.add_option("--time", options->limits.milliseconds, "Time that it may take; 0: any")
+        ->type_name("MS");
+    command.add_option("--memory", options->limits.memoryBytes, "Memory for its values; 0: any")
+        ->type_name("BYTES");
+    return options;
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& program, int& exitStatus) {
+    CLI::App* const command = program.add_subcommand("run", "Run a script and print its result");
+    const auto options = addOptions(*command);
+    command->footer(
+        "FILE [ARG...], or -e TEXT... [ARG...]: what is behind the file is the script's.");
+    command->add_option("-e", options->lines, "A line of the script; may be repeated")
+        ->type_name("TEXT")
+        ->allow_extra_args(false);
+    command->callback([command, options, &exitStatus] {
+        takeRest(*command, *options, options->isText() ? 0 : 1);
+        exitStatus = runInChild(*options, runScript);
+    });
+}
+
+void addCallCommand(CLI::App& program, int& exitStatus) {
+    CLI::App* const command =
+        program.add_subcommand("call", "Call a handler of a script and print its result");
+    const auto options = addOptions(*command);
+    command->footer("FILE HANDLER [ARG...]: arguments are text, but numbers, true and false.");
+    command->callback([command, options, &exitStatus] {
+        takeRest(*command, *options, 2);
+        exitStatus = runInChild(*options, callHandler);
+    });
+}
+
+}  // namespace osa::cli

@@ -1,0 +1,257 @@
+// Scripts for the commands: loading them, and why that failed.
+#include "cli/scripts/ScriptSession.h"
+
+#include <CoreFoundation/CFRef.h>
+#include <CoreFoundation/CFString.h>
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+#include <OSA/ScriptingComponents.h>
+#include <OpenScripting/OSAGeneric.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "cli/Command.h"
+#include "cli/RecordFormat.h"
+#include "cli/ResourceSelector.h"
+
+namespace osa::cli {
+namespace {
+
+constexpr char kMainScript[] = "/Contents/Resources/Scripts/main.scpt";
+
+std::string nameOf(Component component) {
+    const Handle name = NewHandle(0);
+    std::string text;
+    if (name != nullptr && GetComponentInfo(component, nullptr, name, nullptr, nullptr) == noErr) {
+        const auto* const pascal = reinterpret_cast<const unsigned char*>(*name);
+        text = macRomanText(pascal + 1, pascal[0]);
+    }
+    if (name != nullptr) DisposeHandle(name);
+    return text;
+}
+
+std::string findFile(const std::string& path, FSRef& file) {
+    Boolean isFolder = 0;
+    auto find = [&](const std::string& at) {
+        return FSPathMakeRef(reinterpret_cast<const UInt8*>(at.c_str()), &file, &isFolder);
+    };
+    if (const OSStatus status = find(path); status != noErr) return readingReason(status);
+    if (isFolder == 0) return {};
+    return find(path + kMainScript) == noErr && isFolder == 0 ? "" : "is a folder, but no script";
+}
+
+std::u16string unitsOf(CFStringRef string) {
+    const CFIndex length = CFStringGetLength(string);
+    std::u16string units(static_cast<std::size_t>(length), u'\0');
+    CFStringGetCharacters(string, {0, length}, reinterpret_cast<UniChar*>(units.data()));
+    return units;
+}
+
+/// 'utxt' data.
+std::u16string unitsOf(const std::string& data) {
+    std::u16string units(data.size() / sizeof(char16_t), u'\0');
+    std::copy_n(data.data(), units.size() * sizeof(char16_t),
+                reinterpret_cast<char*>(units.data()));
+    return units;
+}
+
+/// A text file's units, as loading reads them.
+std::u16string readUnits(const FSRef& file) {
+    UInt8 path[4096];
+    if (FSRefMakePath(&file, path, sizeof path) != noErr) return {};
+    std::ifstream stream(reinterpret_cast<const char*>(path), std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+    const bool isUTF16 = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
+    for (const CFStringEncoding encoding : {isUTF16 ? CFStringEncoding{kCFStringEncodingUTF16}
+                                                    : CFStringEncoding{kCFStringEncodingUTF8},
+                                            CFStringGetSystemEncoding()}) {
+        const auto text = CFRef<CFStringRef>::Adopt(CFStringCreateWithBytes(
+            kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
+            static_cast<CFIndex>(bytes.size()), encoding, 1));
+        if (text) return unitsOf(text.get());
+    }
+    return {};
+}
+
+/// Lines end in CR, LF or both.
+std::size_t lineAt(const std::u16string& source, std::size_t position) {
+    std::size_t line = 1;
+    for (std::size_t i = 0; i < std::min(position, source.size()); ++i) {
+        const bool isPairsFirst =
+            source[i] == u'\r' && i + 1 < source.size() && source[i + 1] == u'\n';
+        if (source[i] == u'\n' || (source[i] == u'\r' && !isPairsFirst)) ++line;
+    }
+    return line;
+}
+
+/// For a script that can say nothing any more.
+std::string stoppedReason(OSAError status) {
+    switch (status) {
+        case errOSASystemError:
+            return "was stopped: it took too much time or memory";
+        case userCanceledErr:
+            return "was stopped";
+        default:
+            return "failed";
+    }
+}
+
+std::string languageText(OSType subType) {
+    return "'" + fourCharText(subType) + "'";
+}
+
+}  // namespace
+
+std::string SessionDesc::bytes() const {
+    return desc.dataHandle == nullptr
+               ? std::string()
+               : std::string(*desc.dataHandle, static_cast<std::size_t>(AEGetDescDataSize(&desc)));
+}
+
+OSErr makeText(const std::string& utf8, AEDesc* result) {
+    const std::string valid = toValidUTF8(utf8);
+    return AECoercePtr(typeUTF8Text, valid.data(), static_cast<Size>(valid.size()), typeUnicodeText,
+                       result);
+}
+
+std::vector<Language> languages() {
+    std::vector<Language> found;
+    const ComponentDescription scripting{kOSAComponentType, 0, 0, 0, 0};
+    for (Component at = nullptr; (at = FindNextComponent(at, &scripting)) != nullptr;) {
+        ComponentDescription told{};
+        if (GetComponentInfo(at, &told, nullptr, nullptr, nullptr) == noErr &&
+            told.componentSubType != kOSAGenericScriptingComponentSubtype)
+            found.push_back({nameOf(at), told.componentSubType, at});
+    }
+    return found;
+}
+
+ScriptSession::~ScriptSession() {
+    if (component_ != nullptr) CloseComponent(component_);
+}
+
+std::string ScriptSession::open(const std::string& language) {
+    component_ = OpenDefaultComponent(kOSAComponentType, kOSAGenericScriptingComponentSubtype);
+    if (component_ == nullptr) return "scripts cannot be read here";
+    if (language.empty()) return {};
+    for (const Language& known : languages()) {
+        if (strcasecmp(known.name.c_str(), language.c_str()) != 0 &&
+            fourCharText(known.subType) != language)
+            continue;
+        return reason(OSASetDefaultScriptingComponent(component_, known.subType));
+    }
+    return "there is no language '" + forTerminal(language) + "' here";
+}
+
+std::string ScriptSession::loadFile(const std::string& path) {
+    FSRef file;
+    if (std::string reason = findFile(path, file); !reason.empty()) return reason;
+    const OSAError status = OSALoadFile(component_, &file, nullptr, kOSAModeNull, &script_);
+    return status == noErr ? std::string() : loadingReason(status, file);
+}
+
+std::string ScriptSession::loadText(const std::string& utf8) {
+    SessionDesc text;
+    if (const OSErr status = makeText(utf8, &text.desc); status != noErr) return reason(status);
+    const OSAError status = OSACompile(component_, &text.desc, kOSAModeNull, &script_);
+    if (status == noErr) return {};
+    text_ = unitsOf(text.bytes());
+    return reason(status);
+}
+
+std::string ScriptSession::source(std::string& utf8) const {
+    SessionDesc text;
+    OSAError status = OSAGetSource(component_, script_, typeUnicodeText, &text.desc);
+    SessionDesc bytes;
+    if (status == noErr) status = AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc);
+    utf8 = bytes.bytes();
+    return reason(status);
+}
+
+std::string ScriptSession::display(OSAID value, std::string& utf8) const {
+    SessionDesc text;
+    OSAError status =
+        OSADisplay(component_, value, typeUnicodeText, kOSAModeDisplayForHumans, &text.desc);
+    SessionDesc bytes;
+    if (status == noErr) status = AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc);
+    utf8 = bytes.bytes();
+    return reason(status);
+}
+
+std::string ScriptSession::reason(OSAError status) const {
+    switch (status) {
+        case noErr:
+            return {};
+        case errOSAScriptError:
+        case errOSASystemError:
+        case userCanceledErr:
+            return scriptReason(status);
+        case errOSABadStorageType:
+            return "is no script";
+        case errOSACorruptData:
+        case mapReadErr:
+            return "is a damaged script";
+        case errOSADataFormatObsolete:
+        case errOSADataFormatTooNew:
+            return "is a script of a form that cannot be read";
+        case errOSASourceNotAvailable:
+            return "was stored without its source";
+        case errOSACantOpenComponent:
+            return "its language is not installed";
+        case notAFileErr:
+            return "is no file";
+        case memFullErr:
+            return "takes too much memory";
+        default:
+            return readingReason(status);
+    }
+}
+
+std::string ScriptSession::scriptReason(OSAError status) const {
+    SessionDesc range;
+    SInt32 start = 0;
+    const bool hasRange =
+        OSAScriptError(component_, kOSAErrorRange, typeAERecord, &range.desc) == noErr &&
+        AEGetParamPtr(&range.desc, keyOSASourceStart, typeSInt32, nullptr, &start, sizeof start,
+                      nullptr) == noErr;
+    // a full message may tell the line itself
+    std::string message =
+        forTerminal(errorText(hasRange ? kOSAErrorBriefMessage : kOSAErrorMessage));
+    if (message.empty()) return stoppedReason(status);
+    const std::u16string source = hasRange && start >= 0 ? sourceUnits() : std::u16string();
+    return source.empty()
+               ? message
+               : message + " (line " +
+                     std::to_string(lineAt(source, static_cast<std::size_t>(start))) + ")";
+}
+
+std::string ScriptSession::errorText(OSType selector) const {
+    SessionDesc text;
+    SessionDesc bytes;
+    if (OSAScriptError(component_, selector, typeUnicodeText, &text.desc) != noErr ||
+        AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) != noErr)
+        return {};
+    return bytes.bytes();
+}
+
+std::string ScriptSession::loadingReason(OSAError status, const FSRef& file) {
+    OSType subType = 0;
+    const OSAError told = OSAGetStoredSubType(&file, &subType);
+    if (status == errOSACantOpenComponent && told == noErr)
+        return "stored in language " + languageText(subType) + ", which no component here reads";
+    if (status != errOSAScriptError || told != errOSABadStorageType) return reason(status);
+    text_ = readUnits(file);  // text that does not compile: its lines are the file's
+    return reason(status);
+}
+
+std::u16string ScriptSession::sourceUnits() const {
+    if (script_ == kOSANullScript) return text_;
+    SessionDesc text;
+    if (OSAGetSource(component_, script_, typeUnicodeText, &text.desc) != noErr) return {};
+    return unitsOf(text.bytes());
+}
+
+}  // namespace osa::cli

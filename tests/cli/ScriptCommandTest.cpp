@@ -1,0 +1,101 @@
+// The commands that compile, run and show scripts.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <tuple>
+
+#include "tests/support/TemporaryFolder.h"
+
+namespace osa::test {
+namespace {
+
+using namespace std::string_literals;
+
+class ScriptCommand : public testing::Test {
+  protected:
+    /// Exit status and output, the folder's path left out.
+    std::string run(const std::string& arguments) const {
+        const std::string command = "cd '" + folder_.path() + "' && '" +
+                                    std::getenv("OSA_PROGRAM") + "' " + arguments + " 2>&1";
+        FILE* const pipe = popen(command.c_str(), "r");
+        std::string output;
+        char buffer[4096];
+        for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+            output.append(buffer, n);
+        const int status = pclose(pipe);
+        return std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + " " + output;
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
+    const std::string source =
+        "function add(a, b) { return a + b }\n"
+        "function boom() {\n  throw new Error('no') }\n"
+        "function run(argv) { return argv.join('-') }\n";
+    folder_.write("add.js", source);
+    folder_.write("lines.js", "var a;\r\rvar b = ;");
+    folder_.write("foreign.scpt", "FasdUAS 1.101.10ascr\0\1\0\x0C\xFA\xDE\xDE\xAD"s);
+    folder_.write("cut.scpt", "JsOsaDAS1.001.00\0"s);
+    // in this order
+    const std::tuple<std::string, std::string> table[] = {
+        {"run add.js x -y", "0 x--y\n"},
+        {"run -e '1 +' -e 2", "0 3\n"},
+        {"run -e 'throw {}' z", "1 osa: -e: "},
+        {"run -z", "2 "},
+        {"call add.js add 40 2.5", "0 42.5\n"},
+        {"call add.js add 4x true", "0 4xtrue\n"},
+        {"call add.js none", "1 osa: add.js: has no handler 'none'\n"},
+        {"call add.js boom", "1 osa: add.js: no (line 3)\n"},
+        {"call add.js", "2 "},
+        {"compile add.js", "0 "},
+        {"source a.scpt", "0 " + source},
+        {"compile -x -o bare.scpt a.scpt", "0 "},
+        {"source bare.scpt", "1 osa: bare.scpt: was stored without its source\n"},
+        {"call bare.scpt add 1 2", "0 3\n"},
+        {"compile -r scpt:128 -o fork.scpt -e 5", "0 "},
+        {"run fork.scpt", "0 5\n"},
+        {"compile -o fork.scpt -e 6", "0 "},
+        {"run fork.scpt", "0 6\n"},
+        {"compile -r scpt -e 5", "2 "},
+        {"compile -l nonsense -e 5", "1 osa: -e: there is no language 'nonsense' here\n"},
+        {"compile -l javascript lines.js",
+         "1 osa: lines.js: expected expression, got ';' (line 3)\n"},
+        {"compile -o missing/out -e 5", "1 osa: missing/out: cannot be made\n"},
+        {"source foreign.scpt",
+         "1 osa: foreign.scpt: stored in language 'ascr', which no component here reads\n"},
+        {"source cut.scpt", "1 osa: cut.scpt: is no script\n"},
+        {"source .", "1 osa: .: is a folder, but no script\n"},
+        {"languages --json", R"(0 {"name":"JavaScript","subtype":"jscr","installed":true})"
+                             "\n"},
+    };
+    for (const auto& [arguments, expected] : table) {
+        const std::string told = run(arguments);
+        const bool isWhole = expected.ends_with('\n') || expected == "0 ";
+        EXPECT_EQ(isWhole ? told : told.substr(0, expected.size()), expected) << arguments;
+    }
+    std::filesystem::create_directories(folder_.path("B.scptd/Contents/Resources/Scripts"));
+    std::filesystem::copy(folder_.path("a.scpt"),
+                          folder_.path("B.scptd/Contents/Resources/Scripts/main.scpt"));
+    EXPECT_EQ(run("source B.scptd"), "0 " + source);
+}
+
+TEST_F(ScriptCommand, StopsWhatTakesTooMuch) {
+    const char* const scripts[] = {"for (;;) {}",
+                                   "var a = []; for (;;) a.push(new Array(1000).fill(1.5))",
+                                   "try { for (;;) {} } catch (e) { for (;;) {} }"};
+    for (const std::string script : scripts) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(run("run --time 1000 --memory 67108864 -e '" + script + "'"),
+                  "1 osa: -e: was stopped: it took too much time or memory\n");
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3)) << script;
+    }
+    EXPECT_EQ(run("run -e 'function f() { f() } f()'"), "1 osa: -e: too much recursion (line 1)\n");
+}
+
+}  // namespace
+}  // namespace osa::test
