@@ -19,6 +19,7 @@ FLOORS = {
     "platform/services": 6,
     "platform/events": 7,
     "platform/osa": 8,
+    "platform/osa/javascript": 9,
     "fsextensions": 9, "fileurl": 9,
     "Libraries/MacToolboxLib": 10,
     "Libraries/TCLClasses": 11,
@@ -37,6 +38,7 @@ CONFINED = {
     "platform/text": re.compile(r"^<unicode/"),
     "platform/posix": re.compile(r"^<(fcntl|unistd|dirent|sys/\w+)\.h>"),
     "platform/desktop": re.compile(r"^<(xcb|X11)/"),
+    "platform/osa/javascript": re.compile(r"^<(js/|jsapi|jsfriendapi|mozilla/)"),
     "index": re.compile(r"^<sqlite3\.h>"),
 }
 # Other rooms that may make system calls, and what for.

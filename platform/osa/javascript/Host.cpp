@@ -1,9 +1,9 @@
 // Realms and what scripts find in them.
 #include "platform/osa/javascript/Host.h"
 
-#include "platform/osa/javascript/HostObjects.h"
 #include "platform/osa/javascript/Prelude.h"
 #include "platform/osa/javascript/Text.h"
+#include "platform/osa/javascript/values/HostObjects.h"
 
 namespace osa::script {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "platform/osa/javascript/Calls.h"
 #include "platform/osa/javascript/Text.h"
-#include "platform/osa/javascript/Values.h"
+#include "platform/osa/javascript/values/Values.h"
 
 namespace osa::script {
 namespace {

@@ -89,7 +89,11 @@ TEST_F(Limits, CyclesKeepNoMemory) {
     cycles(1000);
     const long before = residentPages();
     cycles(2000);
+#ifndef __SANITIZE_ADDRESS__  // which keeps freed memory back
     EXPECT_LT(residentPages() - before, 4096) << "16 MiB";
+#else
+    EXPECT_GT(before, 0);
+#endif
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Descriptors that JavaScript has no value for, as objects.
-#include "platform/osa/javascript/HostObjects.h"
+#include "platform/osa/javascript/values/HostObjects.h"
 
 #include <CoreServices/AEHelpers.h>
 #include <CoreServices/Files.h>

@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "platform/osa/javascript/HostObjects.h"
 #include "platform/osa/javascript/Text.h"
-#include "platform/osa/javascript/Values.h"
+#include "platform/osa/javascript/values/HostObjects.h"
+#include "platform/osa/javascript/values/Values.h"
 
 namespace osa::script {
 namespace {
