@@ -1,7 +1,6 @@
 // Work in a child process: its limits, and waiting for it.
 #include "cli/scripts/ConfinedProcess.h"
 
-#include <fcntl.h>
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -166,14 +165,19 @@ class Progress {
     int descriptor_;
 };
 
-/// A pipe beside the standard streams, which may be closed: what is printed must not go into it.
+/// The descriptor under a number that is no standard stream's; negative when there is none.
+int besideStreams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int other = besideStreams(dup(descriptor));
+    close(descriptor);
+    return other;
+}
+
+/// A pipe beside the standard streams, which may be closed: what is printed must not go into it. No
+/// program is started that could inherit it.
 bool makePipe(int (&ends)[2]) {
-    int made[2];
-    if (pipe2(made, O_CLOEXEC) != 0) return false;
-    for (int i = 0; i < 2; ++i) {
-        ends[i] = fcntl(made[i], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-        close(made[i]);
-    }
+    if (pipe(ends) != 0) return false;
+    for (int& end : ends) end = besideStreams(end);
     if (ends[0] >= 0 && ends[1] >= 0) return true;
     for (const int end : ends)
         if (end >= 0) close(end);
