@@ -56,8 +56,14 @@ class OutputFile {
 };
 
 std::string writingReason(OSStatus status) {
-    return status == noErr ? std::string()
-                           : "cannot be written (status " + std::to_string(status) + ")";
+    switch (status) {
+        case noErr:
+            return {};
+        case fLckdErr:
+            return "is locked, or may not be written";
+        default:
+            return "cannot be written (status " + std::to_string(status) + ")";
+    }
 }
 
 std::string storeResource(const ScriptSession& session, const CompileOptions& options, SInt32 mode,

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "cli/Command.h"
 
@@ -27,10 +28,19 @@ namespace {
 
 /// Until an engine is loaded, on a machine that is busy.
 constexpr int kStartMilliseconds = 30'000;
+/// From closing all that it has until a process is gone.
+constexpr int kEndMilliseconds = 10'000;
 /// What an engine maps without using it: reserves for code and for its collector.
 constexpr rlim_t kEngineReserve = rlim_t{16} << 30;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define OSA_HAS_SHADOW_MEMORY
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define OSA_HAS_SHADOW_MEMORY
+#endif
+#if defined(OSA_HAS_SHADOW_MEMORY)
 constexpr bool kBoundsAddresses = false;  // shadow memory takes terabytes of them
 #else
 constexpr bool kBoundsAddresses = true;
@@ -45,10 +55,29 @@ constexpr UInt32 kArchitecture = AUDIT_ARCH_AARCH64;
 #endif
 
 constexpr std::array kForbiddenCalls = {
-    SYS_socket,           SYS_execve,
-    SYS_execveat,         SYS_ptrace,
-    SYS_process_vm_readv, SYS_process_vm_writev,
-    SYS_io_uring_setup,   SYS_bpf,
+    SYS_socket,
+    SYS_execve,
+    SYS_execveat,
+    SYS_ptrace,
+    SYS_process_vm_readv,
+    SYS_process_vm_writev,
+    SYS_io_uring_setup,
+    SYS_bpf,
+    SYS_kill,
+    SYS_tkill,
+    SYS_tgkill,
+    SYS_rt_sigqueueinfo,
+    SYS_rt_tgsigqueueinfo,
+    SYS_pidfd_send_signal,
+    SYS_unlinkat,
+    SYS_renameat,
+    SYS_renameat2,
+    SYS_truncate,
+#if defined(SYS_unlink)  // newer processors have only those above
+    SYS_unlink,
+    SYS_rmdir,
+    SYS_rename,
+#endif
 };
 
 /// Has the forbidden calls answer EPERM. Where the kernel has no filters it goes without them.
@@ -89,7 +118,8 @@ void confine(const OSALimits& limits) {
     forbidCalls();
 }
 
-/// What the child tells through its end of a pipe: a byte when the time begins, and the end.
+/// What the child tells through its end of a pipe: a byte when the time begins, one when it ends,
+/// and the end.
 class Progress {
   public:
     explicit Progress(int descriptor) : descriptor_(descriptor) {}
@@ -97,24 +127,26 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Waits for the end; false when the child takes too long. A negative time is for ever.
-    bool waitForEnd(int milliseconds) {
-        char byte = 0;
-        switch (next(kStartMilliseconds, byte)) {
-            case Next::timeOut:
-                return false;
-            case Next::end:
-                return true;
-            case Next::byte:
-                return next(milliseconds, byte) != Next::timeOut;
-        }
-        return true;
+    /// Waits for the end; why the child is to be stopped, else empty. No time is for ever.
+    std::string waitForEnd(UInt32 limit) const {
+        Next told = next(kStartMilliseconds);
+        if (told == Next::timeOut)
+            return "was stopped: it was not loaded within " + std::to_string(kStartMilliseconds) +
+                   " ms";
+        const auto time = static_cast<int>(std::min(limit, UInt32{1} << 29));
+        if (told == Next::byte) told = next(time == 0 ? -1 : 2 * time);
+        if (told == Next::timeOut)
+            return "was stopped: it did not end within twice its " + std::to_string(limit) + " ms";
+        // it prints, and who reads that may be slow
+        while (told == Next::byte) told = next(-1);
+        return {};
     }
 
   private:
     enum class Next { byte, end, timeOut };
 
-    Next next(int milliseconds, char& byte) const {
+    Next next(int milliseconds) const {
+        char byte = 0;
         using Clock = std::chrono::steady_clock;
         const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
         for (;;) {
@@ -124,36 +156,68 @@ class Progress {
             pollfd wanted{descriptor_, POLLIN, 0};
             const int ready = poll(&wanted, 1, milliseconds < 0 ? -1 : static_cast<int>(left));
             if (ready == 0) return Next::timeOut;
-            if (ready > 0) return read(descriptor_, &byte, 1) == 1 ? Next::byte : Next::end;
+            if (ready < 0) continue;
+            const ssize_t count = read(descriptor_, &byte, 1);
+            if (count >= 0 || errno != EINTR) return count == 1 ? Next::byte : Next::end;
         }
     }
 
     int descriptor_;
 };
 
+/// The descriptor under a number that is no standard stream's; negative when there is none.
+int besideStreams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int other = besideStreams(dup(descriptor));
+    close(descriptor);
+    return other;
+}
+
+/// A pipe beside the standard streams, which may be closed: what is printed must not go into it. No
+/// program is started that could inherit it.
+bool makePipe(int (&ends)[2]) {
+    if (pipe(ends) != 0) return false;
+    for (int& end : ends) end = besideStreams(end);
+    if (ends[0] >= 0 && ends[1] >= 0) return true;
+    for (const int end : ends)
+        if (end >= 0) close(end);
+    return false;
+}
+
 [[noreturn]] void runChild(const OSALimits& limits, int progress,
-                           const std::function<int(const std::function<void()>&)>& work) {
+                           const std::function<int(const ConfinedProgress&)>& work) {
     confine(limits);
     int status = kSomethingFailed;
     try {
-        status = work([progress] { (void)!write(progress, "b", 1); });
+        const auto tell = [progress] { (void)!write(progress, "b", 1); };
+        status = work({tell, tell});
     } catch (...) {
         std::fputs("osa: the script's process failed\n", stderr);
     }
-    if (std::fflush(stdout) != 0) status = kSomethingFailed;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        reportError("standard output", "cannot be written");
+        status = kSomethingFailed;
+    }
     _exit(status);
 }
 
-int waitFor(pid_t child) {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+/// The child's status; nothing when it cannot be told, be it that the child does not end.
+std::optional<int> waitFor(pid_t child) {
+    for (int waited = 0; waited < kEndMilliseconds; ++waited) {
+        int status = 0;
+        const pid_t ended = waitpid(child, &status, WNOHANG);
+        if (ended == child) return status;
+        if (ended < 0 && errno != EINTR) return {};
+        poll(nullptr, 0, 1);
     }
-    return status;
+    kill(child, SIGKILL);
+    return {};
 }
 
-ConfinedOutcome outcomeOf(int status) {
-    if (WIFEXITED(status)) return {WEXITSTATUS(status), {}};
-    const int signal = WTERMSIG(status);
+ConfinedOutcome outcomeOf(std::optional<int> status) {
+    if (!status) return {kSomethingFailed, "how its process ended cannot be told"};
+    if (WIFEXITED(*status)) return {WEXITSTATUS(*status), {}};
+    const int signal = WTERMSIG(*status);
     if (signal == SIGXCPU) return {kSomethingFailed, "was stopped: it took too much time"};
     return {kSomethingFailed, std::string("its process ended: ") + strsignal(signal)};
 }
@@ -161,25 +225,26 @@ ConfinedOutcome outcomeOf(int status) {
 }  // namespace
 
 ConfinedOutcome runConfined(const OSALimits& limits,
-                            const std::function<int(const std::function<void()>&)>& work) {
+                            const std::function<int(const ConfinedProgress&)>& work) {
+    // ignored, as a program may inherit it, it would leave no status to wait for
+    signal(SIGCHLD, SIG_DFL);
     std::fflush(stdout);
     std::fflush(stderr);
     int ends[2];
-    if (pipe(ends) != 0) return {kSomethingFailed, "no process can be started for it"};
+    if (!makePipe(ends)) return {kSomethingFailed, "no process can be started for it"};
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
         runChild(limits, ends[1], work);
     }
     close(ends[1]);
-    Progress progress(ends[0]);
+    const Progress progress(ends[0]);
     if (child < 0) return {kSomethingFailed, "no process can be started for it"};
-    const auto time = static_cast<int>(std::min(limits.milliseconds, UInt32{1} << 29));
-    if (progress.waitForEnd(time == 0 ? -1 : 2 * time)) return outcomeOf(waitFor(child));
+    std::string reason = progress.waitForEnd(limits.milliseconds);
+    if (reason.empty()) return outcomeOf(waitFor(child));
     kill(child, SIGKILL);
     waitFor(child);
-    return {kSomethingFailed,
-            "was stopped: it did not end within twice its " + std::to_string(time) + " ms"};
+    return {kSomethingFailed, std::move(reason)};
 }
 
 }  // namespace osa::cli

@@ -1,4 +1,4 @@
-// Work in a child process that can harm nothing but itself: scripts run in it.
+// Work in a child process that cannot do much harm: scripts run in it.
 #pragma once
 
 #include <OSA/ScriptingComponents.h>
@@ -13,10 +13,18 @@ struct ConfinedOutcome {
     std::string reason;  ///< why the child ended before it was done; else empty
 };
 
-/// Runs `work`, which answers an exit status, in a child without network, without starting programs
-/// and without core files, its processor time and address space bounded by the limits. `work` calls
-/// what it is given when the time begins to count; after twice the time limit the child is killed.
+/// Where the work is, which it tells its parent.
+struct ConfinedProgress {
+    std::function<void()> begin;  ///< the time begins to count; before, it has half a minute
+    std::function<void()> end;    ///< the time counts no longer: what is left takes what it takes
+};
+
+/// Runs `work`, which answers an exit status, in a child without network, without core files, and
+/// without starting programs, signalling processes and removing, renaming or truncating files by
+/// path; its processor time and address space are bounded by the limits. Opening files for writing
+/// stays possible: an engine that gives scripts no files is what keeps them from that. Where the
+/// kernel has no filters of calls only the bounds hold. After twice the time limit it is killed.
 ConfinedOutcome runConfined(const OSALimits& limits,
-                            const std::function<int(const std::function<void()>& begin)>& work);
+                            const std::function<int(const ConfinedProgress&)>& work);
 
 }  // namespace osa::cli

@@ -69,12 +69,11 @@ OSErr makeEvent(AEEventClass eventClass, AEEventID id, const std::vector<std::st
     return status;
 }
 
-std::string printValue(const ScriptSession& session, OSAID value) {
+/// What is printed of a value.
+std::string textOf(const ScriptSession& session, OSAID value, std::string& text) {
     if (value == kOSANullScript) return {};
-    std::string text;
     std::string reason = session.display(value, text);
     text += '\n';
-    if (reason.empty()) std::fwrite(text.data(), 1, text.size(), stdout);
     return reason;
 }
 
@@ -86,7 +85,7 @@ std::string load(ScriptSession& session, const RunOptions& options) {
 
 /// Sends the run event, which runs the whole script in languages without a handler for it; one that
 /// takes no such event is executed.
-std::string runScript(const ScriptSession& session, const RunOptions& options) {
+std::string runScript(const ScriptSession& session, const RunOptions& options, std::string& text) {
     SessionDesc event;
     OSAError status = makeEvent(kCoreEventClass, kOpenApplication,
                                 options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
@@ -97,10 +96,11 @@ std::string runScript(const ScriptSession& session, const RunOptions& options) {
     if (status == errAEEventNotHandled)
         status =
             OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
-    return status != noErr ? session.reason(status) : printValue(session, value);
+    return status != noErr ? session.reason(status) : textOf(session, value, text);
 }
 
-std::string callHandler(const ScriptSession& session, const RunOptions& options) {
+std::string callHandler(const ScriptSession& session, const RunOptions& options,
+                        std::string& text) {
     const std::string& handler = options.rest[1];
     SessionDesc event;
     SessionDesc name;
@@ -113,20 +113,25 @@ std::string callHandler(const ScriptSession& session, const RunOptions& options)
     status =
         OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
     if (status == errAEEventNotHandled) return "has no handler '" + forTerminal(handler) + "'";
-    return status != noErr ? session.reason(status) : printValue(session, value);
+    return status != noErr ? session.reason(status) : textOf(session, value, text);
 }
 
-using Work = std::string (*)(const ScriptSession&, const RunOptions&);
+using Work = std::string (*)(const ScriptSession&, const RunOptions&, std::string&);
 
 int runInChild(const RunOptions& options, Work work) {
     OSASetLimits(&options.limits);
     const ConfinedOutcome outcome =
-        runConfined(options.limits, [&](const std::function<void()>& begin) -> int {
+        runConfined(options.limits, [&](const ConfinedProgress& progress) -> int {
             ScriptSession session;
+            std::string text;
             std::string reason = load(session, options);
-            begin();
-            if (reason.empty()) reason = work(session, options);
-            if (!reason.empty()) reportError(options.name(), reason);
+            progress.begin();
+            if (reason.empty()) reason = work(session, options, text);
+            progress.end();
+            if (reason.empty())
+                std::fwrite(text.data(), 1, text.size(), stdout);
+            else
+                reportError(options.name(), reason);
             return reason.empty() ? kAllWell : kSomethingFailed;
         });
     if (!outcome.reason.empty()) reportError(options.name(), outcome.reason);
@@ -136,16 +141,29 @@ int runInChild(const RunOptions& options, Work work) {
 /// The arguments are the script's, whatever they look like; what is before them is the command's.
 void takeRest(const CLI::App& command, RunOptions& options, std::size_t atLeast) {
     options.rest = command.remaining();
-    const bool isOption = !options.rest.empty() && options.rest.front().starts_with('-');
+    const bool isMarked = !options.rest.empty() && options.rest.front() == "--";
+    if (isMarked) options.rest.erase(options.rest.begin());
+    const bool isOption =
+        !isMarked && !options.rest.empty() && options.rest.front().starts_with('-');
     if (isOption) throw CLI::ExtrasError(command.get_name(), {options.rest.front()});
     if (options.rest.size() < atLeast)
         throw CLI::RequiredError(atLeast == 2 ? "FILE and HANDLER" : "FILE or -e");
+}
+
+/// Has the parser leave "--" to the command: it would go to the program if the command took no
+/// positional arguments. This one takes none, so that all of them remain.
+void keepMark(CLI::App& command) {
+    command.add_option("arguments")
+        ->description("See below; \"--\" before them ends the options")
+        ->check([](const std::string&) { return std::string("is left to the command"); });
+    command.validate_positionals();
 }
 
 std::shared_ptr<RunOptions> addOptions(CLI::App& command) {
     auto options = std::make_shared<RunOptions>();
     OSAGetLimits(&options->limits);
     command.prefix_command();
+    keepMark(command);
     command
         .add_option("-l,--language", options->language, "Name or subtype of the text's language")
         ->type_name("LANGUAGE");

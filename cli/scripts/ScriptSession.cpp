@@ -87,17 +87,17 @@ std::size_t lineAt(const std::u16string& source, std::size_t position) {
     return line;
 }
 
-/// For a script that can say nothing any more.
-std::string stoppedReason(OSAError status) {
-    switch (status) {
-        case errOSASystemError:
-            return "was stopped: it took too much time or memory";
-        case userCanceledErr:
-            return "was stopped";
-        default:
-            return "failed";
-    }
+/// Whether the language would be there with more memory than is allowed.
+bool lacksMemory(OSType subType) {
+    OSALimits limits;
+    OSAGetLimits(&limits);
+    const OSALimits unbounded{limits.milliseconds, 0};
+    OSASetLimits(&unbounded);
+    const ComponentInstance instance = OpenDefaultComponent(kOSAComponentType, subType);
+    OSASetLimits(&limits);
+    return instance != nullptr && CloseComponent(instance) == noErr;
 }
+constexpr char kTooLittleMemory[] = "too little memory was allowed for its language to start";
 
 std::string languageText(OSType subType) {
     return "'" + fourCharText(subType) + "'";
@@ -186,9 +186,11 @@ std::string ScriptSession::reason(OSAError status) const {
         case noErr:
             return {};
         case errOSAScriptError:
+            return scriptReason();
         case errOSASystemError:
+            return "was stopped: it took too much time or memory";
         case userCanceledErr:
-            return scriptReason(status);
+            return "was stopped";
         case errOSABadStorageType:
             return "is no script";
         case errOSACorruptData:
@@ -200,7 +202,7 @@ std::string ScriptSession::reason(OSAError status) const {
         case errOSASourceNotAvailable:
             return "was stored without its source";
         case errOSACantOpenComponent:
-            return "its language is not installed";
+            return startingReason();
         case notAFileErr:
             return "is no file";
         case memFullErr:
@@ -210,7 +212,13 @@ std::string ScriptSession::reason(OSAError status) const {
     }
 }
 
-std::string ScriptSession::scriptReason(OSAError status) const {
+std::string ScriptSession::startingReason() const {
+    OSType subType = 0;
+    OSAGetDefaultScriptingComponent(component_, &subType);
+    return lacksMemory(subType) ? kTooLittleMemory : "its language is not installed";
+}
+
+std::string ScriptSession::scriptReason() const {
     SessionDesc range;
     SInt32 start = 0;
     const bool hasRange =
@@ -220,7 +228,7 @@ std::string ScriptSession::scriptReason(OSAError status) const {
     // a full message may tell the line itself
     std::string message =
         forTerminal(errorText(hasRange ? kOSAErrorBriefMessage : kOSAErrorMessage));
-    if (message.empty()) return stoppedReason(status);
+    if (message.empty()) return "failed";
     const std::u16string source = hasRange && start >= 0 ? sourceUnits() : std::u16string();
     return source.empty()
                ? message
@@ -240,6 +248,8 @@ std::string ScriptSession::errorText(OSType selector) const {
 std::string ScriptSession::loadingReason(OSAError status, const FSRef& file) {
     OSType subType = 0;
     const OSAError told = OSAGetStoredSubType(&file, &subType);
+    if (status == errOSACantOpenComponent && told == noErr && lacksMemory(subType))
+        return kTooLittleMemory;
     if (status == errOSACantOpenComponent && told == noErr)
         return "stored in language " + languageText(subType) + ", which no component here reads";
     if (status != errOSAScriptError || told != errOSABadStorageType) return reason(status);

@@ -42,7 +42,8 @@ class ScriptSession {
     std::string reason(OSAError status) const;
 
   private:
-    std::string scriptReason(OSAError status) const;
+    std::string scriptReason() const;
+    std::string startingReason() const;
     std::string errorText(OSType selector) const;
     std::string loadingReason(OSAError status, const FSRef& file);
     std::u16string sourceUnits() const;

@@ -212,7 +212,7 @@ ComponentInstance OpenComponent(Component aComponent) try {
     const ComponentInstance instance = osa::openHeld(aComponent);
     if (instance != nullptr) hold.keep();
     return instance;
-} catch (const std::bad_alloc&) {
+} catch (...) {
     return nullptr;
 }
 
@@ -226,9 +226,14 @@ OSErr CloseComponent(ComponentInstance aComponentInstance) {
     if (!osa::isInstance(aComponentInstance)) return static_cast<OSErr>(badComponentInstance);
     const std::unique_ptr<ComponentInstanceRecord> instance(aComponentInstance);
     instance->magic = 0;
-    if (instance->calls->close != nullptr) instance->calls->close(instance->storage);
+    OSErr status = noErr;
+    try {
+        if (instance->calls->close != nullptr) instance->calls->close(instance->storage);
+    } catch (...) {
+        status = errOSASystemError;
+    }
     osa::letGo(instance->component);
-    return noErr;
+    return status;
 }
 
 OSErr OSARegisterComponent(OSType subType, const char* name, const OSAComponentCalls* calls,

@@ -46,6 +46,8 @@ OSAError enter(ComponentInstance instance, Arguments... arguments) {
         return entry(instance->storage, arguments...);
     } catch (const std::bad_alloc&) {
         return memFullErr;
+    } catch (...) {
+        return errOSASystemError;
     }
 }
 
@@ -223,7 +225,9 @@ OSAError OSAGetHandlerNames(ComponentInstance scriptingComponent, SInt32 modeFla
                                          contextID);
 }
 
-void OSAInterrupt(ComponentInstance scriptingComponent) {
+void OSAInterrupt(ComponentInstance scriptingComponent) try {
     if (isInstance(scriptingComponent) && scriptingComponent->calls->interrupt != nullptr)
         scriptingComponent->calls->interrupt(scriptingComponent->storage);
+} catch (...) {
+    // there is no status to tell it with; what runs answers for itself
 }

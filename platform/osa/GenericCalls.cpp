@@ -39,7 +39,16 @@ OSAError pass(void* storage, OSAID id, Call call) {
                              [&](ComponentInstance to) { return call(to, real->id); });
 }
 
-/// The same for one that makes a number; kOSANullScript goes to the default component.
+/// The same; kOSANullScript goes to the default component.
+template <typename Call>
+OSAError passOrDefault(void* storage, OSAID id, Call call) {
+    const auto real = self(storage).realOrDefault(id);
+    if (!real) return real.status();
+    return self(storage).run(real->instance,
+                             [&](ComponentInstance to) { return call(to, real->id); });
+}
+
+/// The same for one that makes a number.
 template <typename Call>
 OSAError passAndGive(void* storage, OSAID id, OSAID* result, Call call) {
     const auto real = self(storage).realOrDefault(id);
@@ -173,19 +182,25 @@ OSAError getProperty(void* storage, SInt32 mode, OSAID context, const AEDesc* na
 }
 
 OSAError getPropertyNames(void* storage, SInt32 mode, OSAID context, AEDescList* result) {
-    return pass(storage, context, [&](ComponentInstance to, OSAID real) {
+    return passOrDefault(storage, context, [&](ComponentInstance to, OSAID real) {
         return OSAGetPropertyNames(to, mode, real, result);
     });
 }
 
 OSAError getHandlerNames(void* storage, SInt32 mode, OSAID context, AEDescList* result) {
-    return pass(storage, context, [&](ComponentInstance to, OSAID real) {
+    return passOrDefault(storage, context, [&](ComponentInstance to, OSAID real) {
         return OSAGetHandlerNames(to, mode, real, result);
     });
 }
 
 void interrupt(void* storage) {
     self(storage).interrupt();
+}
+
+/// Whether the component says that it never gave the number, as not every one can.
+bool isUnknown(ComponentInstance instance, OSAID id) {
+    SInt32 ignored = 0;
+    return OSAGetScriptInfo(instance, id, kOSAScriptIsModified, &ignored) == errOSAInvalidID;
 }
 
 /// Runs a call that only the generic component answers.
@@ -198,6 +213,8 @@ OSAError genericCall(ComponentInstance instance, const void* result, Call call) 
         return call(self(instance->storage));
     } catch (const std::bad_alloc&) {
         return memFullErr;
+    } catch (...) {
+        return errOSASystemError;
     }
 }
 
@@ -298,6 +315,8 @@ OSAError OSARealToGenericID(ComponentInstance genericScriptingComponent, OSAID* 
                                 if (*theScriptID == kOSANullScript) return errOSAInvalidID;
                                 if (!generic.owns(theExactComponent))
                                     return errOSAComponentMismatch;
+                                if (osa::isUnknown(theExactComponent, *theScriptID))
+                                    return errOSAInvalidID;
                                 *theScriptID = generic.ids().add({theExactComponent, *theScriptID});
                                 return noErr;
                             });

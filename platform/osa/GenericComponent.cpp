@@ -69,8 +69,7 @@ Result<RealID> GenericComponent::realOrDefault(OSAID id) {
 
 void GenericComponent::noteFailure(ComponentInstance instance, OSAError status) {
     // other statuses tell nothing that could be asked for
-    if (status == errOSAScriptError || status == errOSASystemError || status == userCanceledErr)
-        failed_ = instance;
+    if (status == errOSAScriptError) failed_ = instance;
 }
 
 OSAError storedSubType(const AEDesc& stored, OSType& subType) {

@@ -34,7 +34,7 @@ class GenericComponent {
     /// that is a component's own.
     Result<ComponentInstance> instanceFor(const AEDesc& stored);
     bool owns(ComponentInstance instance) const;
-    /// The instance that failed last; null when none has.
+    /// The instance that answered errOSAScriptError last; null when none has.
     ComponentInstance failed() const { return failed_; }
 
     GenericIDs& ids() { return ids_; }
@@ -44,7 +44,7 @@ class GenericComponent {
     Result<RealID> realOrDefault(OSAID id);
 
     /// Runs `call`, a published one, on the instance, which can be interrupted meanwhile, and keeps
-    /// in mind who failed.
+    /// in mind whose script failed.
     template <typename Call>
     OSAError run(ComponentInstance instance, Call call);
     /// Interrupts what runs, on another thread.

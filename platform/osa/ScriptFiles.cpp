@@ -11,6 +11,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "platform/base/Result.h"
 #include "platform/osa/GenericComponent.h"
@@ -27,6 +28,13 @@ constexpr OSType kScriptFileType = 'osas';
 /// No script is longer; what is may be anything.
 constexpr SInt64 kLongestScript = SInt64{64} << 20;
 
+ByteSpan bytesOf(const AEDesc& desc) {
+    return desc.dataHandle == nullptr
+               ? ByteSpan()
+               : ByteSpan(reinterpret_cast<const std::byte*>(*desc.dataHandle),
+                          static_cast<std::size_t>(AEGetDescDataSize(&desc)));
+}
+
 /// A descriptor that is disposed of.
 struct OwnedDesc {
     AEDesc desc{typeNull, nullptr};
@@ -36,12 +44,7 @@ struct OwnedDesc {
     OwnedDesc& operator=(OwnedDesc&&) = delete;
     ~OwnedDesc() { AEDisposeDesc(&desc); }
 
-    ByteSpan bytes() const {
-        return desc.dataHandle == nullptr
-                   ? ByteSpan()
-                   : ByteSpan(reinterpret_cast<const std::byte*>(*desc.dataHandle),
-                              static_cast<std::size_t>(AEGetDescDataSize(&desc)));
-    }
+    ByteSpan bytes() const { return bytesOf(desc); }
 };
 
 /// A resource file open for a while. What the thread had set is as before afterwards, and a file
@@ -162,9 +165,10 @@ OSAError loadStored(ComponentInstance instance, const AEDesc& stored, Boolean& s
     const OSAError status = OSALoad(instance, &stored, modeFlags, &script);
     if (status != noErr) return status;
     SInt32 hasSource = 0;
-    // a component that does not tell keeps what it loads
+    // a component that does not tell keeps what it loads; nobody keeps an interpreter's line
     const OSAError told = OSAGetScriptInfo(instance, script, kOSACanGetSource, &hasSource);
-    storable = told != noErr || hasSource != 0 ? 1 : 0;
+    const bool isComplete = told != noErr || hasSource != 0;
+    storable = isComplete && !asText(bytesOf(stored)).starts_with("#!") ? 1 : 0;
     return noErr;
 }
 
@@ -208,13 +212,28 @@ OSErr writeScriptResource(const FSRef& file, ByteSpan stored) {
     return ResError();
 }
 
+/// Has the fork hold `start` and, behind it, what it held, up to `size`.
+OSErr overwrite(SInt16 fork, ByteSpan start, SInt64 size) {
+    const OSErr status =
+        FSWriteFork(fork, fsFromStart, 0, static_cast<UInt32>(start.size()), start.data(), nullptr);
+    return status != noErr ? status : FSSetForkSize(fork, fsFromStart, size);
+}
+
+/// The fork is cut last, and has its old bytes again when something fails: it never holds less than
+/// it did for want of room.
 OSErr writeDataFork(const FSRef& file, ByteSpan stored) {
+    if (stored.size() > static_cast<std::size_t>(kLongestScript)) return fileBoundsErr;
     ForkInUse fork(file, fsRdWrPerm);
     if (fork.status() != noErr) return fork.status();
-    if (const OSErr status = FSSetForkSize(fork.number(), fsFromStart, 0); status != noErr)
-        return status;
-    const OSErr status = FSWriteFork(fork.number(), fsFromStart, 0,
-                                     static_cast<UInt32>(stored.size()), stored.data(), nullptr);
+    SInt64 size = 0;
+    if (const OSErr status = FSGetForkSize(fork.number(), &size); status != noErr) return status;
+    const auto length = static_cast<SInt64>(stored.size());
+    std::vector<std::byte> old(static_cast<std::size_t>(std::min(size, length)));
+    OSErr status = FSReadFork(fork.number(), fsFromStart, 0, static_cast<UInt32>(old.size()),
+                              old.data(), nullptr);
+    if (status != noErr) return status;
+    status = overwrite(fork.number(), stored, length);
+    if (status != noErr) overwrite(fork.number(), old, size);
     const OSErr closed = fork.close();
     return status != noErr ? status : closed;
 }

@@ -18,8 +18,8 @@ class ScriptCommand : public testing::Test {
   protected:
     /// Exit status and output, the folder's path left out.
     std::string run(const std::string& arguments) const {
-        const std::string command = "cd '" + folder_.path() + "' && '" +
-                                    std::getenv("OSA_PROGRAM") + "' " + arguments + " 2>&1";
+        const std::string command =
+            "cd '" + folder_.path() + "' && '" + std::getenv("OSA_PROGRAM") + "' 2>&1 " + arguments;
         FILE* const pipe = popen(command.c_str(), "r");
         std::string output;
         char buffer[4096];
@@ -47,6 +47,12 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
         {"run -e '1 +' -e 2", "0 3\n"},
         {"run -e 'throw {}' z", "1 osa: -e: "},
         {"run -z", "2 "},
+        {"run -z -- add.js", "2 "},
+        {"run -- add.js -- -x", "0 ----x\n"},
+        {"run -e 'function run(a) { return a[0] }' -- -5", "0 -5\n"},
+        {"run -e 7 >/dev/full", "1 osa: standard output: cannot be written\n"},
+        {"run --memory 1000 -e 7", "1 osa: -e: too little memory was allowed"},
+        {"run --time 500 -e 'Array(200000).join(\"x\")' | (sleep 1.5; wc -c)", "0 200000\n"},
         {"call add.js add 40 2.5", "0 42.5\n"},
         {"call add.js add 4x true", "0 4xtrue\n"},
         {"call add.js none", "1 osa: add.js: has no handler 'none'\n"},

@@ -90,6 +90,8 @@ enum {
 //   errOSASourceNotAvailable stored without source
 //   errOSAScriptError        the script is wrong or failed: OSAScriptError tells more
 //   errOSASystemError        the component failed, or a limit stopped the script
+//   errOSACantOpenComponent  no component of the subtype, or no instance of it can be had
+//   errOSAComponentMismatch  script and context are of different components
 //   errAECoercionFail        no such type for this value
 
 /// Loads a stored script of type typeOSAGenericStorage, or of the component's own type.
@@ -105,7 +107,8 @@ OSA_PLATFORM_EXPORT OSAError OSAStore(ComponentInstance scriptingComponent, OSAI
 OSA_PLATFORM_EXPORT OSAError OSALoadFile(ComponentInstance scriptingComponent,
                                          const FSRef* scriptFile, Boolean* storable,
                                          SInt32 modeFlags, OSAID* resultingScriptID);
-/// Writes into the fork that the file keeps a stored script in, else into its data fork.
+/// Writes into the fork that the file keeps a stored script in, else into its data fork. The data
+/// fork is as it was when writing fails, unless putting that back fails as well.
 OSA_PLATFORM_EXPORT OSAError OSAStoreFile(ComponentInstance scriptingComponent, OSAID scriptID,
                                           DescType desiredType, SInt32 modeFlags,
                                           const FSRef* scriptFile);

@@ -25,7 +25,9 @@ OSA_PLATFORM_EXPORT OSAError OSAGetScriptingComponent(ComponentInstance genericS
 OSA_PLATFORM_EXPORT OSAError OSAGetScriptingComponentFromStored(
     ComponentInstance genericScriptingComponent, const AEDesc* scriptData,
     ScriptingComponentSelector* scriptingSubType);
-/// From a number of the generic component to its component's own, and back.
+/// From a number of the generic component to its component's own, and back. errOSAInvalidID for
+/// numbers that were never given, of which the way back can tell only where the component's
+/// OSAGetScriptInfo does; errOSAComponentMismatch when the instance is not the generic one's.
 OSA_PLATFORM_EXPORT OSAError OSAGenericToRealID(ComponentInstance genericScriptingComponent,
                                                 OSAID* theScriptID,
                                                 ComponentInstance* theExactComponent);

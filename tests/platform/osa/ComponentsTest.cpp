@@ -164,11 +164,16 @@ TEST_F(Components, GenericKeepsTheLanguagesApart) {
     EXPECT_EQ(OSARealToGenericID(generic_, &real, instance), noErr);
     EXPECT_EQ(real, a);
     EXPECT_EQ(OSARealToGenericID(generic_, &real, generic_), errOSAComponentMismatch);
+    OSAID never = 999;
+    EXPECT_EQ(OSARealToGenericID(generic_, &never, instance), errOSAInvalidID);
+    AEDescList names;
+    EXPECT_EQ(OSAGetHandlerNames(generic_, 0, 0, &names), errOSABadSelector);
 
     OSAID bad = 0;
     AEDesc message;
     EXPECT_EQ(compile('Bfak', "bad", bad), errOSAScriptError);
     EXPECT_EQ(compile('Afak', "bad", a), errOSAScriptError);
+    EXPECT_EQ(compile('Bfak', "throw", bad), errOSASystemError);
     EXPECT_EQ(OSAScriptError(generic_, kOSAErrorMessage, typeChar, &message), noErr);
     EXPECT_EQ(take(message), "no A");
     EXPECT_EQ(source(a), "three");

@@ -1,4 +1,5 @@
-// A language for tests: a script's value is its source; the source "bad" fails to compile.
+// A language for tests: a script's value is its source; the source "bad" fails to compile, and
+// with "throw" the component throws.
 #pragma once
 
 #include <CoreServices/MacErrors.h>
@@ -42,6 +43,7 @@ class FakeLanguage {
             const std::string script = bytesOf(text);
             AEDisposeDesc(&text);
             if (status == noErr && script == "bad") status = errOSAScriptError;
+            if (script == "throw") throw 1;
             return status != noErr ? status : self(storage).put(script, id);
         };
         table.load = [](void* storage, const AEDesc* data, SInt32, OSAID* id) -> OSAError {
