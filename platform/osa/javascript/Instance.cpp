@@ -24,8 +24,8 @@ std::unique_ptr<Instance> Instance::make() {
     std::unique_ptr<Instance> made(new Instance);
     made->machine_ = Machine::make(limits);
     if (made->machine_ == nullptr) return nullptr;
-    const OSAError status = made->perform([&made]() -> OSAError {
-        made->host_ = std::make_unique<Host>(made->context());
+    const OSAError status = made->perform([&made, &limits]() -> OSAError {
+        made->host_ = std::make_unique<Host>(made->context(), limits.memoryBytes);
         if (!made->host_->setUp()) return memFullErr;
         JSAutoRealm realm(made->context(), made->host_->base());
         return made->machine_->watchMemory() ? noErr : memFullErr;
