@@ -7,6 +7,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -54,8 +55,12 @@ pid_t& owner() {
 }
 
 /// The engine's helpers must be gone before the static objects that they wait at.
-void endAll() {
-    if (getpid() != owner()) return;
+void endAll(int status, void*) {
+    if (getpid() != owner()) {
+        // Helpers that a forked child has no more still wait at those objects: they cannot go.
+        std::fflush(nullptr);
+        _exit(status);
+    }
     const std::lock_guard lock(machines().lock);
     bool ended = true;
     for (Machine* const machine : machines().alive) ended = machine->end() && ended;
@@ -67,7 +72,7 @@ bool engineReady() {
         // Larger ones would be lent by the system in one piece before anybody can look.
         owner() = getpid();
         JS::SetLargeArrayBuffersEnabled(false);
-        return JS_Init() && std::atexit(endAll) == 0;
+        return JS_Init() && on_exit(endAll, nullptr) == 0;
     }();
     return ready;
 }
