@@ -14,6 +14,7 @@
 #include <js/Interrupt.h>
 #include <js/MemoryCallbacks.h>
 #include <js/Object.h>
+#include <js/Promise.h>
 #include <js/PropertyAndElement.h>
 #include <js/SourceText.h>
 #include <js/String.h>

@@ -32,10 +32,7 @@ bool Host::setUp() {
     base_ = JS_NewGlobalObject(cx_, &kGlobal, nullptr, JS::FireOnNewGlobalHook, options);
     if (base_ == nullptr) return false;
     JSAutoRealm realm(cx_, base_);
-    file_ = newFilePrototype(cx_);
-    descriptor_ = newDescriptorPrototype(cx_);
-    return file_ != nullptr && descriptor_ != nullptr && JS_InitReflectParse(cx_, base_) &&
-           runPrelude();
+    return JS_InitReflectParse(cx_, base_) && runPrelude();
 }
 
 bool Host::runPrelude() {
@@ -58,10 +55,25 @@ bool Host::ask(const char* function, const JS::HandleValueArray& arguments,
     return JS_CallFunctionName(cx_, prelude, function, arguments, answer);
 }
 
-bool Host::define(JS::HandleObject global, const char* name) {
-    JS::RootedValue value(cx_);
-    if (!ask(name, JS::HandleValueArray::empty(), &value)) return false;
-    return JS_DefineProperty(cx_, global, name, value, 0);
+/// What scripts can hold is of their own realm, from where there is no way into the room's.
+bool Host::furnish() {
+    JS::CompileOptions options(cx_);
+    options.setFileAndLine("prelude", 1);
+    JS::SourceText<char16_t> text;
+    JS::RootedValue ignored(cx_);
+    return text.init(cx_, kFurniture, std::char_traits<char16_t>::length(kFurniture),
+                     JS::SourceOwnership::Borrowed) &&
+           JS::Evaluate(cx_, options, text, &ignored);
+}
+
+JSObject* Host::heldPrototype(bool file) {
+    JS::RootedObject global(cx_, JS::CurrentGlobalOrNull(cx_));
+    const std::uint32_t slot = file ? 0 : 1;
+    const JS::Value known = JS::GetReservedSlot(global, slot);
+    if (known.isObject()) return &known.toObject();
+    JSObject* const made = file ? newFilePrototype(cx_) : newDescriptorPrototype(cx_);
+    if (made != nullptr) JS::SetReservedSlot(global, slot, JS::ObjectValue(*made));
+    return made;
 }
 
 JSObject* Host::newGlobal(bool withoutSource) {
@@ -73,8 +85,7 @@ JSObject* Host::newGlobal(bool withoutSource) {
     if (global == nullptr) return nullptr;
     ++globals_;
     JSAutoRealm realm(cx_, global);
-    if (!define(global, "on") || !define(global, "console")) return nullptr;
-    return global;
+    return furnish() ? global.get() : nullptr;
 }
 
 void Host::tidy() {

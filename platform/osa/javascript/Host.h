@@ -15,13 +15,16 @@ namespace osa::script {
 /// they fail.
 class Host {
   public:
-    explicit Host(JSContext* cx) : cx_(cx), base_(cx), prelude_(cx), file_(cx), descriptor_(cx) {}
+    Host(JSContext* cx, std::size_t memoryBytes)
+        : cx_(cx), memoryBytes_(memoryBytes), base_(cx), prelude_(cx) {}
     bool setUp();
 
     JSContext* context() const { return cx_; }
+    /// Whether a conversion may take so many bytes.
+    bool affords(std::size_t bytes) const { return memoryBytes_ == 0 || bytes <= memoryBytes_; }
     JSObject* base() const { return base_; }
-    JS::HandleObject filePrototype() const { return file_; }
-    JS::HandleObject descriptorPrototype() const { return descriptor_; }
+    /// The entered realm's own prototype of File, or of Descriptor.
+    JSObject* heldPrototype(bool file);
 
     /// A global object with the language's own objects, `on` and `console`. With `withoutSource`
     /// its functions do not tell their source.
@@ -40,11 +43,12 @@ class Host {
 
   private:
     bool runPrelude();
-    bool define(JS::HandleObject global, const char* name);
+    bool furnish();
 
     JSContext* cx_;
+    const std::size_t memoryBytes_;
     int globals_ = 0;
-    JS::PersistentRootedObject base_, prelude_, file_, descriptor_;
+    JS::PersistentRootedObject base_, prelude_;
 };
 
 /// Whether `object` is a script's global object, or stands between one and its parent.

@@ -24,8 +24,8 @@ std::unique_ptr<Instance> Instance::make() {
     std::unique_ptr<Instance> made(new Instance);
     made->machine_ = Machine::make(limits);
     if (made->machine_ == nullptr) return nullptr;
-    const OSAError status = made->perform([&made]() -> OSAError {
-        made->host_ = std::make_unique<Host>(made->context());
+    const OSAError status = made->perform([&made, &limits]() -> OSAError {
+        made->host_ = std::make_unique<Host>(made->context(), limits.memoryBytes);
         if (!made->host_->setUp()) return memFullErr;
         JSAutoRealm realm(made->context(), made->host_->base());
         return made->machine_->watchMemory() ? noErr : memFullErr;
@@ -51,7 +51,7 @@ OSAError Instance::settle(OSAError status) {
         return machine_->stopped();
     }
     if (thrown) {
-        error_.take(cx, current_);
+        error_.take(cx, current_.get());
         return errOSAScriptError;
     }
     return status == errOSAScriptError ? OSAError{errOSASystemError} : status;
@@ -59,7 +59,7 @@ OSAError Instance::settle(OSAError status) {
 
 OSAError Instance::perform(const std::function<OSAError()>& work) {
     return machine_->call([&]() -> OSAError {
-        const SourceText* const before = current_;
+        const auto before = current_;
         current_ = nullptr;
         OSAError status = noErr;
         std::optional<JSAutoRealm> realm;
@@ -110,8 +110,7 @@ Script::Ptr Instance::compile(StoredSource source) {
     auto script = std::make_shared<Script>(*machine_, *host_, std::move(source));
     if (script->compile()) return script;
     // The script is gone when its error is told.
-    failed_ = script->text();
-    current_ = &failed_;
+    within(script->text());
     return nullptr;
 }
 

@@ -49,8 +49,8 @@ class Instance {
 
     /// Null with an exception pending.
     Script::Ptr compile(StoredSource source);
-    /// Where an error of what comes next is looked for. `text` must last as long as the work.
-    void within(const SourceText& text) { current_ = &text; }
+    /// Where an error of what comes next is looked for; copied, as what runs may dispose of it.
+    void within(const SourceText& text) { current_ = std::make_shared<const SourceText>(text); }
 
   private:
     Instance() = default;
@@ -60,8 +60,7 @@ class Instance {
     std::unique_ptr<Host> host_;
     std::unordered_map<OSAID, std::unique_ptr<Item>> items_;
     ScriptError error_;
-    SourceText failed_;
-    const SourceText* current_ = nullptr;
+    std::shared_ptr<const SourceText> current_;
 };
 
 }  // namespace osa::script

@@ -4,7 +4,10 @@
 #include <CoreServices/MacErrors.h>
 
 #include <malloc.h>
+#include <signal.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -45,8 +48,19 @@ Machines& machines() {
     return *everything;
 }
 
+/// The process that set the engine up.
+pid_t& owner() {
+    static pid_t process = 0;
+    return process;
+}
+
 /// The engine's helpers must be gone before the static objects that they wait at.
-void endAll() {
+void endAll(int status, void*) {
+    if (getpid() != owner()) {
+        // Helpers that a forked child has no more still wait at those objects: they cannot go.
+        std::fflush(nullptr);
+        _exit(status);
+    }
     const std::lock_guard lock(machines().lock);
     bool ended = true;
     for (Machine* const machine : machines().alive) ended = machine->end() && ended;
@@ -56,8 +70,9 @@ void endAll() {
 bool engineReady() {
     static const bool ready = [] {
         // Larger ones would be lent by the system in one piece before anybody can look.
+        owner() = getpid();
         JS::SetLargeArrayBuffersEnabled(false);
-        return JS_Init() && std::atexit(endAll) == 0;
+        return JS_Init() && on_exit(endAll, nullptr) == 0;
     }();
     return ready;
 }
@@ -67,7 +82,67 @@ double number(JSContext* cx, JS::HandleObject object, const char* name) {
     return JS_GetProperty(cx, object, name, &value) && value.isNumber() ? value.toNumber() : 0;
 }
 
+/// The thread that is made meanwhile takes none of the host's signals.
+class NoSignals {
+  public:
+    NoSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
 }  // namespace
+
+/// What promises left to be done, which ends with the call that caused it.
+class Machine::Jobs : public JS::JobQueue {
+  public:
+    explicit Jobs(Machine& machine) : machine_(machine), waiting_(machine.context_, Waiting()) {}
+    void clear() { waiting_.get().clear(); }
+
+    JSObject* getIncumbentGlobal(JSContext* cx) override { return JS::CurrentGlobalOrNull(cx); }
+    bool enqueuePromiseJob(JSContext* cx, JS::HandleObject, JS::HandleObject job, JS::HandleObject,
+                           JS::HandleObject) override {
+        if (waiting_.get().append(job)) return true;
+        JS_ReportOutOfMemory(cx);
+        return false;
+    }
+    bool empty() const override { return waiting_.get().empty(); }
+    void runJobs(JSContext* cx) override {
+        if (running_) return;
+        running_ = true;
+        JS::RootedObject job(cx);
+        JS::RootedValue callee(cx), ignored(cx);
+        for (std::size_t i = 0; i < waiting_.get().length() && machine_.stopped_ == noErr; ++i) {
+            job = waiting_.get()[i];
+            waiting_.get()[i] = nullptr;
+            callee.setObject(*job);
+            JSAutoRealm realm(cx, job);
+            if (JS_CheckForInterrupt(cx) && !JS::Call(cx, JS::UndefinedHandleValue, callee,
+                                                      JS::HandleValueArray::empty(), &ignored))
+                JS_ClearPendingException(cx);
+        }
+        clear();
+        running_ = false;
+    }
+
+  protected:
+    js::UniquePtr<SavedJobQueue> saveJobQueue(JSContext*) override { return nullptr; }
+
+  private:
+    using Waiting = JS::GCVector<JSObject*, 0, js::SystemAllocPolicy>;
+    Machine& machine_;
+    JS::PersistentRooted<Waiting> waiting_;
+    bool running_ = false;
+};
+
+Machine::Machine(const OSALimits& limits) : limits_(limits), process_(getpid()) {}
 
 std::unique_ptr<Machine> Machine::make(const OSALimits& limits) {
     std::unique_ptr<Machine> machine(new Machine(limits));
@@ -76,6 +151,7 @@ std::unique_ptr<Machine> Machine::make(const OSALimits& limits) {
 
 bool Machine::start() {
     try {
+        const NoSignals none;
         thread_ = std::thread([this] { serve(); });
     } catch (const std::system_error&) {
         return false;
@@ -95,6 +171,7 @@ Machine::~Machine() {
 }
 
 bool Machine::end() {
+    if (getpid() != process_) return false;
     if (std::this_thread::get_id() == thread_.get_id()) return false;
     interrupt();
     const std::unique_lock lock(callers_, kLastWait);
@@ -121,12 +198,13 @@ void Machine::setUp() {
         cx,
         [](JSContext*, void* self) { static_cast<Machine*>(self)->stopped_ = errOSASystemError; },
         this);
-    if (!js::UseInternalJobQueues(cx) || !JS::InitSelfHostedCode(cx) ||
-        !JS_AddInterruptCallback(cx, onInterrupt)) {
+    if (!JS::InitSelfHostedCode(cx) || !JS_AddInterruptCallback(cx, onInterrupt)) {
         JS_DestroyContext(cx);
         return;
     }
     context_ = cx;
+    jobs_ = std::make_unique<Jobs>(*this);
+    JS::SetJobQueue(cx, jobs_.get());
 }
 
 void Machine::serve() {
@@ -139,9 +217,12 @@ void Machine::serve() {
         asked_.acquire();
         if (work_ == nullptr) break;
         status_ = guarded(*work_);
+        jobs_->clear();
         answered_.release();
     }
     memory_.reset();
+    JS::SetJobQueue(context_, nullptr);
+    jobs_.reset();
     JS_DestroyContext(context_);
 }
 
@@ -154,6 +235,7 @@ OSAError Machine::guarded(const std::function<OSAError()>& work) {
 }
 
 OSAError Machine::call(const std::function<OSAError()>& work) {
+    if (getpid() != process_) return errOSASystemError;
     if (std::this_thread::get_id() == thread_.get_id()) return guarded(work);
     const std::lock_guard lock(callers_);
     if (ended_) return errOSASystemError;
@@ -203,9 +285,7 @@ bool Machine::watchMemory() {
 }
 
 void Machine::drain() {
-    draining_ = true;
-    js::RunJobs(context_);
-    draining_ = false;
+    jobs_->runJobs(context_);
 }
 
 bool Machine::onInterrupt(JSContext* context) {
@@ -220,7 +300,6 @@ bool Machine::mayGoOn() {
     } else if (stopped_ == noErr && !withinMemory()) {
         stopped_ = errOSASystemError;
     }
-    if (stopped_ != noErr && draining_) js::StopDrainingJobQueue(context_);
     return stopped_ == noErr;
 }
 

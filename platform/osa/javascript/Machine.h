@@ -44,7 +44,8 @@ class Machine {
     void drain();
 
   private:
-    explicit Machine(const OSALimits& limits) : limits_(limits) {}
+    class Jobs;
+    explicit Machine(const OSALimits& limits);
     void serve();
     bool start();
     void setUp();
@@ -57,6 +58,8 @@ class Machine {
     const OSALimits limits_;
     JSContext* context_ = nullptr;
     JS::PersistentRootedObject memory_;  ///< the engine's account of what it allocated
+    std::unique_ptr<Jobs> jobs_;
+    const int process_;  ///< a child that was forked has no thread of ours
     std::thread thread_;
     std::timed_mutex callers_;
     bool ended_ = false;   ///< with callers_
@@ -69,7 +72,6 @@ class Machine {
     std::chrono::steady_clock::time_point deadline_;
     std::atomic<bool> cancelled_ = false;
     OSAError stopped_ = 0;
-    bool draining_ = false;
 };
 
 }  // namespace osa::script

@@ -87,28 +87,46 @@ function lexicals(text) {
     return names;
 }
 
-function on() {
-    const table = function (event, handler) {
-        if (typeof event !== "string" || event.length !== 8)
-            throw new TypeError("an event is eight characters: class and ID");
-        if (typeof handler !== "function") throw new TypeError("a handler is a function");
-        Object.defineProperty(table, event,
-            {value: handler, writable: true, enumerable: true, configurable: true});
-    };
-    return table;
+// A script's own callable may be handed an array of this realm; nothing can be changed from there.
+const frozen = new Set();
+function freeze(value) {
+    if (value === null || typeof value !== "object" && typeof value !== "function") return;
+    if (frozen.has(value)) return;
+    frozen.add(value);
+    freeze(Object.getPrototypeOf(value));
+    for (const key of Reflect.ownKeys(value)) {
+        const property = Object.getOwnPropertyDescriptor(value, key);
+        [property.value, property.get, property.set].forEach(freeze);
+    }
+    Object.freeze(value);
 }
+[globalThis, function* () {}, async function () {}, async function* () {}, [][Symbol.iterator](),
+ ""[Symbol.iterator](), new Map().entries(), new Set().entries(), "".matchAll(/a/g)].forEach(freeze);
 
 return {
     display: (value, human) => display(value, human, []),
     lexicals,
     unboxed: value => value.valueOf(),
-    toLocal: date => time(date) - offset(date) * 60000,
-    on,
-    console() {
-        const nothing = () => {};
-        return {log: nothing, info: nothing, warn: nothing, error: nothing, debug: nothing};
-    }
+    toLocal: date => time(date) - offset(date) * 60000
 };
+})())js";
+
+const char16_t kFurniture[] =
+    uR"js((function () {
+"use strict";
+const define = Object.defineProperty;
+const table = function (event, handler) {
+    if (typeof event !== "string" || event.length !== 8)
+        throw new TypeError("an event is eight characters: class and ID");
+    if (typeof handler !== "function") throw new TypeError("a handler is a function");
+    define(table, event,
+        {value: handler, writable: true, enumerable: true, configurable: true});
+};
+
+const nothing = () => {};
+define(globalThis, "on", {value: table});
+define(globalThis, "console", {value:
+    {log: nothing, info: nothing, warn: nothing, error: nothing, debug: nothing}});
 })())js";
 
 }  // namespace osa::script

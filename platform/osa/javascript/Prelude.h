@@ -1,4 +1,4 @@
-// What the room does in JavaScript itself, in a realm of its own that scripts do not see.
+// What the room does in JavaScript itself, in a realm of its own that is frozen.
 #pragma once
 
 namespace osa::script {
@@ -9,7 +9,8 @@ namespace osa::script {
 ///                           when they cannot be told
 ///   unboxed(object)         the value that an object of Number, String and the like stands for
 ///   toLocal(date)           milliseconds since 1970, on the clock of the place
-///   on(), console()         new ones for a script
 extern const char16_t kPrelude[];
+/// Run in each script's realm before the script is: `on` and `console`.
+extern const char16_t kFurniture[];
 
 }  // namespace osa::script

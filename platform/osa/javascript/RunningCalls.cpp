@@ -117,20 +117,22 @@ bool runWhole(Script& script, JS::MutableHandleValue result) {
 }
 
 /// Finds the script and sees to it that it was run, so that what it declares is there.
-OSAError ready(Instance& instance, OSAID id, Item** item) {
-    *item = instance.findScript(id);
-    if (*item == nullptr) return errOSAInvalidID;
-    instance.within((*item)->script->text());
+OSAError ready(Instance& instance, OSAID id, Script::Ptr* script) {
+    const Item* const item = instance.findScript(id);
+    if (item == nullptr) return errOSAInvalidID;
+    // Held, because what runs may dispose of it by way of a coercion.
+    *script = item->script;
+    instance.within((*script)->text());
     bool fresh = false;
     JS::RootedValue result(instance.context());
-    return (*item)->script->ensureRun(&fresh, &result) ? noErr : errOSAScriptError;
+    return (*script)->ensureRun(&fresh, &result) ? noErr : errOSAScriptError;
 }
 
 OSAError getNames(Instance& instance, OSAID id, bool functions, AEDescList* result) {
-    Item* item = nullptr;
-    if (const OSAError status = ready(instance, id, &item); status != noErr) return status;
+    Script::Ptr script;
+    if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
     std::vector<std::u16string> names;
-    if (!item->script->names(functions, &names)) return errOSAScriptError;
+    if (!script->names(functions, &names)) return errOSAScriptError;
     Desc list;
     OSErr status = AECreateList(nullptr, 0, false, list.out());
     for (const std::u16string& name : names) {
@@ -188,14 +190,14 @@ OSAError getHandler(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OS
     Name name;
     if (instance.findScript(id) == nullptr) return errOSAInvalidID;
     if (const OSErr status = nameOf(*desc, true, &name); status != noErr) return status;
-    Item* item = nullptr;
-    if (const OSAError status = ready(instance, id, &item); status != noErr) return status;
+    Script::Ptr script;
+    if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
     JS::RootedValue function(instance.context());
-    if (!item->script->handler(name, &function)) return errOSAScriptError;
+    if (!script->handler(name, &function)) return errOSAScriptError;
     if (!isFunction(function)) return errOSAInvalidAccess;
     auto handler = std::make_unique<Item>(instance.context());
     handler->kind = Kind::handler;
-    handler->script = item->script;
+    handler->script = script;
     handler->value = function;
     return instance.add(std::move(handler), resultID);
 }
@@ -204,11 +206,11 @@ OSAError getProperty(Instance& instance, SInt32, OSAID id, const AEDesc* desc, O
     Name name;
     if (instance.findScript(id) == nullptr) return errOSAInvalidID;
     if (const OSErr status = nameOf(*desc, false, &name); status != noErr) return status;
-    Item* item = nullptr;
-    if (const OSAError status = ready(instance, id, &item); status != noErr) return status;
+    Script::Ptr script;
+    if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
     JS::RootedValue value(instance.context());
     bool found = false;
-    if (!item->script->property(name.text, &found, &value)) return errOSAScriptError;
+    if (!script->property(name.text, &found, &value)) return errOSAScriptError;
     if (!found || isFunction(value)) return errOSAInvalidAccess;
     return instance.addValue(value, resultID);
 }

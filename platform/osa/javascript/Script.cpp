@@ -55,6 +55,7 @@ bool Script::declarations(std::vector<std::u16string>* names, bool* known) {
     if (!JS::GetArrayLength(cx_, list, &count)) return false;
     for (std::uint32_t i = 0; i < count; ++i) {
         if (!JS_GetElement(cx_, list, i, &name)) return false;
+        if (!name.isString()) return false;
         JS::RootedString string(cx_, name.toString());
         if (!toText(cx_, string, &names->emplace_back())) return false;
     }

@@ -26,22 +26,24 @@ OSAError addScript(Instance& instance, Script::Ptr script, bool isContext, OSAID
     return instance.add(std::move(item), id);
 }
 
-OSAError augment(Instance& instance, Item& item, std::u16string source) {
+OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) {
     const SourceText more{"addition", std::move(source)};
     instance.within(more);
     JS::RootedValue result(instance.context());
     bool fresh = false;
-    if (!item.script->ensureRun(&fresh, &result)) return errOSAScriptError;
-    if (item.script->augment(more)) return noErr;
+    if (!script->ensureRun(&fresh, &result)) return errOSAScriptError;
+    if (script->augment(more)) return noErr;
     return errOSAScriptError;
 }
 
 /// A new script that has what `from` has: its source, and its properties when it was run.
 OSAError copyScript(Instance& instance, const Item& from, OSAID* id) {
-    const Script::Ptr copy = instance.compile({from.script->text().text, from.script->runOnly()});
+    const Script::Ptr original = from.script;
+    const bool isContext = from.isContext;
+    const Script::Ptr copy = instance.compile({original->text().text, original->runOnly()});
     if (copy == nullptr) return errOSAScriptError;
-    if (!copy->takeOver(*from.script)) return errOSAScriptError;
-    return addScript(instance, copy, from.isContext, id);
+    if (!copy->takeOver(*original)) return errOSAScriptError;
+    return addScript(instance, copy, isContext, id);
 }
 
 OSAError displayText(Instance& instance, const Item& item, bool human, std::u16string* text) {
@@ -56,6 +58,8 @@ OSAError displayText(Instance& instance, const Item& item, bool human, std::u16s
     JS::RootedValue answer(cx);
     if (!instance.host().ask("display", arguments, &answer)) return errOSAScriptError;
     JS::RootedString string(cx, JS::ToString(cx, answer));
+    if (string != nullptr && !instance.host().affords(JS_GetStringLength(string) * 2))
+        return memFullErr;
     return string != nullptr && toText(cx, string, text) ? noErr : errOSAScriptError;
 }
 
@@ -82,12 +86,12 @@ OSAError store(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDesc*
 }
 
 OSAError compile(Instance& instance, const AEDesc* source, SInt32 mode, OSAID* id) {
-    Item* const previous = *id == kOSANullScript ? nullptr : instance.findScript(*id);
+    Item* previous = *id == kOSANullScript ? nullptr : instance.findScript(*id);
     if (previous == nullptr && *id != kOSANullScript) return errOSAInvalidID;
     std::u16string text;
     if (const OSErr status = textOf(*source, &text); status != noErr) return status;
     if (previous != nullptr && (mode & kOSAModeAugmentContext) != 0)
-        return augment(instance, *previous, std::move(text));
+        return augment(instance, previous->script, std::move(text));
     Script::Ptr script =
         instance.compile({std::move(text), (mode & kOSAModePreventGetSource) != 0});
     if (script == nullptr) return errOSAScriptError;
@@ -95,6 +99,9 @@ OSAError compile(Instance& instance, const AEDesc* source, SInt32 mode, OSAID* i
     JS::RootedValue result(instance.context());
     if (isContext) instance.within(script->text());
     if (isContext && !script->run(&result)) return errOSAScriptError;
+    // What ran may have disposed of it.
+    if (previous != nullptr && (previous = instance.findScript(*id)) == nullptr)
+        return errOSAInvalidID;
     if (previous == nullptr) return addScript(instance, std::move(script), isContext, id);
     previous->script = std::move(script);
     previous->isContext = isContext;
@@ -147,7 +154,10 @@ OSAError getScriptInfo(Instance& instance, OSAID id, OSType selector, SInt32* re
             *result = !isValue && !item->script->runOnly();
             return noErr;
         case kASHasOpenHandler:
-            *result = item->kind == Kind::script && handlesOpening(*item->script);
+            if (const Script::Ptr script = item->kind == Kind::script ? item->script : nullptr)
+                *result = handlesOpening(*script);
+            else
+                *result = 0;
             return noErr;
         case kOSAScriptBestType:
             *result = static_cast<SInt32>(typeOSAGenericStorage);

@@ -60,7 +60,7 @@ bool isNumber(DescType type) {
 
 class Reader {
   public:
-    explicit Reader(const Host& host) : host_(host), cx_(host.context()) {}
+    explicit Reader(Host& host) : host_(host), cx_(host.context()) {}
 
     OSErr read(const AEDesc& desc, JS::MutableHandleValue value) {
         const DescType type = desc.descriptorType;
@@ -102,8 +102,9 @@ class Reader {
     }
 
     OSErr opaque(const AEDesc& desc, JS::MutableHandleValue value) {
-        return object(newHostObject(cx_, desc, host_.filePrototype(), host_.descriptorPrototype()),
-                      value);
+        JS::RootedObject prototype(cx_, host_.heldPrototype(isFileType(desc.descriptorType)));
+        if (prototype == nullptr) return object(nullptr, value);
+        return object(newHostObject(cx_, desc, prototype), value);
     }
 
     OSErr text(const AEDesc& desc, JS::MutableHandleValue value) {
@@ -236,14 +237,14 @@ class Reader {
         });
     }
 
-    const Host& host_;
+    Host& host_;
     JSContext* const cx_;
     int depth_ = 0;
 };
 
 }  // namespace
 
-OSErr fromDesc(const Host& host, const AEDesc& desc, JS::MutableHandleValue value) {
+OSErr fromDesc(Host& host, const AEDesc& desc, JS::MutableHandleValue value) {
     return Reader(host).read(desc, value);
 }
 

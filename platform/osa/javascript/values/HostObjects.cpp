@@ -139,16 +139,15 @@ JSObject* newDescriptorPrototype(JSContext* cx) {
     return newPrototype(cx, kDescriptorProperties, kDescriptorMethods);
 }
 
-JSObject* newHostObject(JSContext* cx, const AEDesc& desc, JS::HandleObject filePrototype,
-                        JS::HandleObject descriptorPrototype) {
+JSObject* newHostObject(JSContext* cx, const AEDesc& desc, JS::HandleObject prototype) {
     auto held = std::make_unique<Desc>();
     if (AEDuplicateDesc(&desc, held->out()) != noErr) {
         JS_ReportOutOfMemory(cx);
         return nullptr;
     }
     const bool file = isFileType(desc.descriptorType);
-    JSObject* const object = JS_NewObjectWithGivenProto(cx, file ? &kFile : &kDescriptor,
-                                                        file ? filePrototype : descriptorPrototype);
+    JSObject* const object =
+        JS_NewObjectWithGivenProto(cx, file ? &kFile : &kDescriptor, prototype);
     if (object != nullptr) JS::SetReservedSlot(object, kHeld, JS::PrivateValue(held.release()));
     return object;
 }

@@ -16,8 +16,7 @@ bool isFileType(DescType type);
 JSObject* newFilePrototype(JSContext* cx);
 JSObject* newDescriptorPrototype(JSContext* cx);
 /// An object that holds a copy of `desc`; null with an exception pending.
-JSObject* newHostObject(JSContext* cx, const AEDesc& desc, JS::HandleObject filePrototype,
-                        JS::HandleObject descriptorPrototype);
+JSObject* newHostObject(JSContext* cx, const AEDesc& desc, JS::HandleObject prototype);
 /// What such an object holds; null for any other.
 const AEDesc* heldDescriptor(JSObject* object);
 /// A Uint8Array with a copy of the data; null with an exception pending.

@@ -36,6 +36,12 @@ class Writer {
     }
 
   private:
+    /// Counts what a string takes before it is made flat: one may stand for any number of others.
+    bool spend(JSString* string) {
+        spent_ += JS_GetStringLength(string) * sizeof(char16_t);
+        return host_.affords(spent_);
+    }
+
     OSErr any(JS::HandleValue value, AEDesc* desc) {
         if (value.isNull()) return code(cMissingValue, desc);
         if (value.isUndefined()) return code('undf', desc);
@@ -62,6 +68,7 @@ class Writer {
 
     OSErr text(JSString* text, AEDesc* desc) {
         JS::RootedString string(cx_, text);
+        if (!spend(string)) return memFullErr;
         std::u16string characters;
         if (!toText(cx_, string, &characters)) return kThrown;
         return answerText(characters, typeUnicodeText, desc);
@@ -128,6 +135,7 @@ class Writer {
         arguments[0].setObject(*object);
         JS::RootedValue local(cx_);
         if (!host_.ask("toLocal", arguments, &local)) return kThrown;
+        if (!local.isNumber()) return errAECoercionFail;
         const double milliseconds = local.toNumber();
         if (std::isnan(milliseconds)) return errAECoercionFail;
         const auto seconds = static_cast<SInt64>(std::floor(milliseconds / 1000) + kEpoch);
@@ -166,7 +174,9 @@ class Writer {
             return kThrown;
         JS::RootedString name(cx_, JS::ToString(cx_, key));
         std::u16string characters;
-        if (name == nullptr || !toText(cx_, name, &characters)) return kThrown;
+        if (name == nullptr) return kThrown;
+        if (!spend(name)) return memFullErr;
+        if (!toText(cx_, name, &characters)) return kThrown;
         Desc item;
         const OSErr status = write(value, item.out());
         return status == noErr ? putField(characters, item.desc, record, others) : status;
@@ -195,6 +205,7 @@ class Writer {
     JSContext* const cx_;
     int depth_ = 0;
     int count_ = 0;
+    std::size_t spent_ = 0;
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace osa::script {
 // unless it was stopped.
 
 /// Lists and records nested deeper than 100 levels: errAECoercionFail.
-OSErr fromDesc(const Host& host, const AEDesc& desc, JS::MutableHandleValue value);
+OSErr fromDesc(Host& host, const AEDesc& desc, JS::MutableHandleValue value);
 /// The value's natural descriptor. errAECoercionFail for what has none: functions, symbols,
 /// collections, objects that hold themselves or nest deeper than 100 levels, more than a million
 /// values.

@@ -1,5 +1,9 @@
 // Scripts that would never end, take everything, or reach outside.
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
@@ -77,6 +81,44 @@ TEST_F(Limits, NothingOutsideIsWithinReach) {
                   " 'Atomics', 'fetch', 'setTimeout'].filter(n => n in globalThis)"),
               "[]");
     EXPECT_EQ(run("console.log('nowhere')"), "nothing");
+}
+
+TEST_F(Limits, NoWayLeadsIntoTheRoomsRealm) {
+    for (const char* const source :
+         {"on.constructor('return this')() === globalThis",
+          "console.log.constructor('return this')() === globalThis",
+          "(() => { try { on(); } catch (e) { return e instanceof TypeError; } })()"})
+        EXPECT_EQ(run(source), "true") << source;
+    EXPECT_EQ(
+        shown(valueOf("({get a() { return 1; }, toString: new Proxy(function () {}, {apply(t, o,"
+                      " a) { a.constructor.prototype.join = () => 1.5; return 'x'; }})})"),
+              kOSAModeDisplayForHumans)
+                .substr(0, 2) != "1.",
+        true);
+    EXPECT_EQ(shown(valueOf("[1, 2]")), "[1,2]");
+}
+
+TEST_F(Limits, JobsEndWithTheCallThatFailed) {
+    EXPECT_EQ(run("globalThis.o = []; Promise.resolve().then(() => { for (;;); }); throw 1"),
+              "E-1753");
+    EXPECT_EQ(run("6 * 7"), "42");
+    EXPECT_EQ(run("Promise.resolve().then(() => { throw 1; }); 3"), "3");
+}
+
+TEST_F(Limits, ConversionsAreCountedBeforeTheyAreMade) {
+    const OSAID shared = valueOf("const s = 'x'.repeat(1 << 22); Array(100).fill(s)");
+    const std::string answer = printed(shared);
+    EXPECT_TRUE(answer == "E-108" || answer == "E-1750") << answer;
+    OSADispose(js, shared);
+}
+
+TEST_F(Limits, AForkedChildEnds) {
+    EXPECT_EQ(run("1"), "1");
+    const pid_t child = fork();
+    if (child == 0) std::exit(OSADispose(js, 1) == noErr ? 1 : 0);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(Limits, CyclesKeepNoMemory) {
