@@ -127,8 +127,8 @@ void COSAID::Copy(OSAID id) {
 
 void COSAID::Load(const AEDesc* desc, SInt32 modeFlags) {
     Free();
-    FailOSErr(desc == nullptr ? OSStatus{paramErr} : OSStatus{noErr});
-    switch (desc->descriptorType) {
+    const DescType type = desc == nullptr ? DescType{typeNull} : desc->descriptorType;
+    switch (type) {
         case typeFSRef:
         case typeAlias:
         case 'file':
