@@ -46,6 +46,7 @@ CONFINED_EXTRA = {
     "platform/posix": {
         "fsextensions": {"<fcntl.h>", "<unistd.h>"},  # faccessat(): no catalog field tells who may write
         "Libraries/TCLClasses": {"<unistd.h>"},  # access(), which GetAccessRights is defined by
+        "platform/osa/javascript": {"<unistd.h>"},  # ending the copy of a process that has engines
         "service": None,  # worker processes
         # is the output a terminal; scripts run in a child
         "cli": {"<unistd.h>", "<sys/prctl.h>", "<sys/resource.h>", "<sys/syscall.h>", "<sys/wait.h>"},
