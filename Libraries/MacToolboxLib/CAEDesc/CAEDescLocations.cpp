@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "Libraries/MacToolboxLib/CAEDesc/CAEDesc.h"
+#include "Libraries/MacToolboxLib/TBUtilities/Applications/Applications.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "fileurl/FileURL.h"
 
@@ -134,28 +135,10 @@ OSType CAEDescReader::GetSignature() const {
     return signature;
 }
 
-namespace {
-
-/// The first running process with the signature; procNotFound when there is none.
-OSStatus FindProcess(OSType signature, ProcessSerialNumber& psn) {
-    psn = {0, kNoProcess};
-    OSStatus status = noErr;
-    while ((status = GetNextProcess(&psn)) == noErr) {
-        ProcessInfoRec info{};
-        info.processInfoLength = sizeof info;
-        if (GetProcessInformation(&psn, &info) == noErr && info.processSignature == signature) {
-            break;
-        }
-    }
-    return status;
-}
-
-}  // namespace
-
 ProcessSerialNumber CAEDescReader::GetPSN() const {
     ProcessSerialNumber psn{};
     if (Is(typeApplSignature)) {
-        FailOSErr(FindProcess(GetSignature(), psn));
+        if (!GetApplicationPSN(GetSignature(), psn)) FailOSErr(procNotFound);
     } else if (Is(typeProcessSerialNumber)) {
         if (AEGetDescDataSize(&mDesc) < static_cast<Size>(sizeof psn)) FailOSErr(errAECorruptData);
         GetData(reinterpret_cast<char*>(&psn), sizeof psn);

@@ -158,8 +158,7 @@ OSA_PLATFORM_EXPORT OSErr FSResolveAliasFileWithMountFlags(FSRef* theRef,
 /// The same with flags 0.
 OSA_PLATFORM_EXPORT OSErr FSResolveAliasFile(FSRef* theRef, Boolean resolveAliasChains,
                                              Boolean* targetIsFolder, Boolean* wasAliased);
-/// The same for an old-style specification, which becomes the target's; bdNamErr when that has no
-/// such form.
+/// The same for an FSSpec, which becomes the target's; bdNamErr when that has no such form.
 OSA_PLATFORM_EXPORT OSErr ResolveAliasFile(FSSpec* theSpec, Boolean resolveAliasChains,
                                            Boolean* targetIsFolder, Boolean* wasAliased);
 /// Whether the object is an alias file or a link, and whether it is a folder itself.
