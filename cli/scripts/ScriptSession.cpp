@@ -171,6 +171,19 @@ std::string ScriptSession::source(std::string& utf8) const {
     return reason(status);
 }
 
+std::string ScriptSession::uncompiledText() const {
+    const auto isControl = [](char16_t unit) {
+        return unit < 0x20 && unit != u'\t' && unit != u'\n' && unit != u'\f' && unit != u'\r';
+    };
+    SessionDesc bytes;
+    if (std::any_of(text_.begin(), text_.end(), isControl) ||
+        AECoercePtr(typeUnicodeText, text_.data(),
+                    static_cast<Size>(text_.size() * sizeof(char16_t)), typeUTF8Text,
+                    &bytes.desc) != noErr)
+        return {};
+    return bytes.bytes();
+}
+
 std::string ScriptSession::display(OSAID value, std::string& utf8) const {
     SessionDesc text;
     OSAError status =

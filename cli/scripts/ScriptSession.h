@@ -36,6 +36,9 @@ class ScriptSession {
 
     /// The script's source in UTF-8.
     std::string source(std::string& utf8) const;
+    /// The text of the file last loaded in vain, in UTF-8, when it is a text that does not compile
+    /// here: it is its own source. Empty otherwise.
+    std::string uncompiledText() const;
     /// A value as people read it, in UTF-8.
     std::string display(OSAID value, std::string& utf8) const;
     /// Why a call of this session failed: for errors of the script what it says, and the line.

@@ -74,6 +74,7 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
         {"compile -o missing/out -e 5", "1 osa: missing/out: cannot be made\n"},
         {"source foreign.scpt",
          "1 osa: foreign.scpt: stored in language 'ascr', which no component here reads\n"},
+        {"source lines.js", "0 var a;\r\rvar b = ;\n"},
         {"source cut.scpt", "1 osa: cut.scpt: is no script\n"},
         {"source .", "1 osa: .: is a folder, but no script\n"},
         {"languages --json", R"(0 {"name":"JavaScript","subtype":"jscr","installed":true})"
