@@ -91,25 +91,17 @@ inline OSAComponentCalls loggingCalls() {
     t.size = sizeof t;
     t.open = [](ComponentInstance, void**) { return OSAError{noErr}; };
     t.close = [](void*) {};
-    t.load = entry<"load">;
-    t.store = entry<"store">;
-    t.loadFile = entry<"loadFile">;
-    t.storeFile = entry<"storeFile">;
-    t.execute = entry<"execute">;
-    t.executeEvent = entry<"event">;
-    t.display = entry<"display">;
+    t.load = entry<"load">, t.store = entry<"store">;
+    t.loadFile = entry<"loadFile">, t.storeFile = entry<"storeFile">;
+    t.execute = entry<"execute">, t.executeEvent = entry<"event">;
+    t.display = entry<"display">, t.getSource = entry<"source">;
     t.dispose = [](void*, OSAID id) {
         EXPECT_EQ(gComponent->alive.erase(id), 1U) << id << " is disposed of again";
         return entry<"dispose">(nullptr, id);
     };
-    t.getScriptInfo = entry<"info">;
-    t.compile = entry<"compile">;
-    t.copyID = entry<"copy">;
-    t.getSource = entry<"source">;
-    t.coerceFromDesc = entry<"set">;
-    t.coerceToDesc = entry<"get">;
-    t.getHandler = entry<"handler">;
-    t.getProperty = entry<"property">;
+    t.compile = entry<"compile">, t.copyID = entry<"copy">, t.getScriptInfo = entry<"info">;
+    t.coerceFromDesc = entry<"set">, t.coerceToDesc = entry<"get">;
+    t.getHandler = entry<"handler">, t.getProperty = entry<"property">;
     return t;
 }
 
@@ -152,6 +144,20 @@ class Scripts : public testing::Test {
     }
     void check(std::initializer_list<Row> rows) {
         for (const Row& row : rows) EXPECT_EQ(did(row.work, row.told), row.log);
+    }
+
+    /// Each operation of the platform in `work` fails once, which is told to `after` with the
+    /// status.
+    template <typename After>
+    void failEach(const Work& work, After after) {
+        for (UInt32 nth = 1, failed = 1; failed != 0; ++nth) {
+            const Resources before;
+            OSStatus status = noErr;
+            failed = failing(nth, false, [&] { status = thrown(work); });
+            EXPECT_EQ(CurResFile(), files[0]) << nth;
+            EXPECT_EQ(Resources(), before) << nth;
+            after(status);
+        }
     }
 
     const NoLeaks leaks;
