@@ -156,7 +156,7 @@ class Scripts : public testing::Test {
             failed = failing(nth, false, [&] { status = thrown(work); });
             EXPECT_EQ(CurResFile(), files[0]) << nth;
             EXPECT_EQ(Resources(), before) << nth;
-            after(status);
+            after(status, failed != 0);
         }
     }
 
