@@ -1,547 +1,376 @@
-// COSAID against a component that logs what it is asked and answers as it is told.
-#include "Libraries/MacToolboxLib/COSAID/COSAID.h"
-
-#include <CoreServices/Finder.h>
-#include <CoreServices/MacMemory.h>
+// COSAIDReader and COSAID: their slots, reading values, who disposes of what, running and lookups.
+#include <CoreServices/AEObjects.h>
 #include <CoreServices/Processes.h>
-#include <CoreServices/Resources.h>
-#include <OSA/ScriptingComponents.h>
 
+#include <bit>
+#include <optional>
 #include <random>
 
-#include "tests/support/Library.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/Test.h"
+#include "tests/Libraries/LoggingComponent.h"
 
 namespace osa::test {
 namespace {
 
-const std::string kTrailer = "\xFA\xDE\xDE\xAD";
-
-/// What the component was asked, what it answers, and the numbers that are alive.
-struct Component {
-    std::vector<std::string> log;
-    std::map<std::string, OSAError> status;
-    std::map<OSType, SInt32> info{{'best', 'utxt'}};
-    std::string stored = "script" + kTrailer;
-    std::string event;  // the last one, flattened
-    std::set<OSAID> alive;
-    OSAID next = 1;
-
-    OSAError called(const std::string& call) {
-        log.push_back(call);
-        const auto told = status.find(call.substr(0, call.find(' ')));
-        return told == status.end() ? noErr : told->second;
-    }
-    OSAError give(const std::string& call, OSAID* id) {
-        if (const OSAError failed = called(call); failed != noErr) return failed;
-        alive.insert(*id = next++);
-        return noErr;
-    }
-    /// The calls since, each with a "; " behind it.
-    std::string takeLog() {
-        std::string all;
-        for (const std::string& call : std::exchange(log, {})) all += call + "; ";
-        return all;
-    }
-};
-Component* gComponent = nullptr;
-
-std::string code(UInt32 value) {
-    return {static_cast<char>(value >> 24), static_cast<char>(value >> 16),
-            static_cast<char>(value >> 8), static_cast<char>(value)};
+template <typename Function>
+long slotIn(Function function) {
+    return std::bit_cast<std::array<long, 2>>(function)[0] / static_cast<long>(sizeof(void*));
+}
+template <typename... Arguments>
+long slot(void (COSAID::*function)(Arguments...)) {
+    return slotIn(function);
 }
 
-const unsigned char* pascal(const std::string& text) {
-    static Str255 name;
-    name[0] = static_cast<unsigned char>(text.size());
-    std::copy(text.begin(), text.end(), name + 1);
-    return name;
+TEST_F(Scripts, StayInTheirSlots) {
+    using C = COSAID;
+    const auto list = [](auto... slots) { return std::vector<long>{slots...}; };
+    EXPECT_EQ(
+        list(slot(&C::SetOSAID), slotIn(&C::HasOpenHandler), slot(&C::Set),
+             slot<const FSRef*, SInt32>(&C::Load), slot<const FSRef*, bool&, SInt32>(&C::Load),
+             slot<const AEDesc*, SInt32>(&C::Load), slot<const FSRef&, bool&, SInt32>(&C::LoadFile),
+             slot<const FSRef&, SInt32>(&C::LoadFile), slot(&C::StoreFile), slot<C&>(&C::Aquire),
+             slot<const COSAIDReader&>(&C::Aquire), slot<OSAID>(&C::Aquire),
+             slot<const C&>(&C::Copy), slot<OSAID>(&C::Copy), slot(&C::Free)),
+        list(2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16));
 }
 
-std::string dataOfDesc(const AEDesc& desc) {
-    std::string bytes(static_cast<std::size_t>(AEGetDescDataSize(&desc)), '\0');
-    AEGetDescData(&desc, bytes.data(), static_cast<Size>(bytes.size()));
-    return bytes;
-}
-
-std::string mode(SInt32 flags) {
-    return " mode " + std::to_string(flags);
-}
-
-OSAError answer(const std::string& call, DescType type, AEDesc* result) {
-    const OSAError status = gComponent->called(call);
-    if (status != noErr) return status;
-    const std::string text = type == typeUnicodeText ? std::string("a\0b\0", 4) : "ab";
-    return AECreateDesc(type == typeWildCard ? DescType{typeChar} : type, text.data(),
-                        static_cast<Size>(text.size()), result);
-}
-
-std::string flattened(const AEDesc* desc) {
-    std::string bytes(static_cast<std::size_t>(AESizeOfFlattenedDesc(desc)), '\0');
-    AEFlattenDesc(desc, bytes.data(), static_cast<Size>(bytes.size()), nullptr);
-    return bytes;
-}
-
-OSAComponentCalls calls() {
-    OSAComponentCalls table{};
-    table.size = sizeof table;
-    table.open = [](ComponentInstance, void** storage) {
-        *storage = nullptr;
-        return OSAError{noErr};
+TEST_F(Scripts, TypesGoByWhatIsAnswered) {
+    const COSAIDReader script(instance, 1);
+    const auto is = [&] {
+        component.log += code(script.GetType()) + (script.IsText() ? " text" : "") +
+                         (script.IsFile() ? " file" : "") +
+                         (script.IsMissingValue() ? " missing" : "") +
+                         (script.IsUndefined() ? " undefined" : "");
     };
-    table.close = [](void*) {};
-    table.load = [](void*, const AEDesc* data, SInt32 flags, OSAID* id) {
-        return gComponent->give("load " + dataOfDesc(*data) + mode(flags), id);
-    };
-    table.store = [](void*, OSAID, DescType type, SInt32 flags, AEDesc* result) {
-        const OSAError status = gComponent->called("store " + code(type) + mode(flags));
-        const std::string& stored = gComponent->stored;
-        return status != noErr
-                   ? status
-                   : AECreateDesc(type, stored.data(), static_cast<Size>(stored.size()), result);
-    };
-    table.execute = [](void*, OSAID id, OSAID context, SInt32 flags, OSAID* result) {
-        return gComponent->give(
-            "execute " + std::to_string(id) + " in " + std::to_string(context) + mode(flags),
-            result);
-    };
-    table.executeEvent = [](void*, const AppleEvent* event, OSAID, SInt32 flags, OSAID* result) {
-        gComponent->event = flattened(event);
-        return gComponent->give("event" + mode(flags), result);
-    };
-    table.display = [](void*, OSAID, DescType type, SInt32 flags, AEDesc* result) {
-        return answer("display " + code(type) + mode(flags), type, result);
-    };
-    table.dispose = [](void*, OSAID id) {
-        return gComponent->alive.erase(id) == 1 ? OSAError{noErr} : OSAError{errOSAInvalidID};
-    };
-    table.getScriptInfo = [](void*, OSAID, OSType selector, SInt32* result) {
-        *result = gComponent->info[selector];
-        return gComponent->called("info " + code(selector));
-    };
-    table.compile = [](void*, const AEDesc* source, SInt32 flags, OSAID* id) {
-        const std::string call = "compile " + dataOfDesc(*source) + mode(flags);
-        return *id != 0 ? gComponent->called(call) : gComponent->give(call, id);
-    };
-    table.copyID = [](void*, OSAID from, OSAID* to) {
-        return gComponent->give("copy " + std::to_string(from), to);
-    };
-    table.getSource = [](void*, OSAID, DescType type, AEDesc* result) {
-        return answer("source " + code(type), type, result);
-    };
-    table.coerceFromDesc = [](void*, const AEDesc* desc, SInt32 flags, OSAID* id) {
-        return gComponent->give("set " + dataOfDesc(*desc) + mode(flags), id);
-    };
-    table.coerceToDesc = [](void*, OSAID, DescType type, SInt32 flags, AEDesc* result) {
-        return answer("get " + code(type) + mode(flags), type, result);
-    };
-    table.getHandler = [](void*, SInt32 flags, OSAID, const AEDesc* name, OSAID* id) {
-        return gComponent->give("handler " + dataOfDesc(*name) + mode(flags), id);
-    };
-    table.getProperty = [](void*, SInt32 flags, OSAID, const AEDesc* name, OSAID* id) {
-        return gComponent->give("property " + dataOfDesc(*name) + mode(flags), id);
-    };
-    return table;
-}
-
-class Scripts : public testing::Test {
-  protected:
-    Scripts() {
-        gComponent = &component;
-        static const OSAComponentCalls table = calls();
-        ::Component registered = nullptr;
-        OSARegisterComponent('test', "Test", &table, &registered);
-        instance = OpenDefaultComponent(kOSAComponentType, 'test');
+    const std::pair<const char*, std::vector<OSType>> rows[] = {
+        {" text", {'itxt', 'TEXT', 'encs', 'STXT', 'utf8', 'utxt', 'sutx'}},
+        {" file", {'fss ', 'file', 'fsrf', 'alis', 'psxf', 'furl'}},
+        {"", {'scpt', 'enum', 'list', 'bool', 'null'}}};
+    for (const auto& [expected, types] : rows)
+        for (const OSType type : types) {
+            component.info = {{'cscr', 1}, {'cntx', -1}, {'best', static_cast<SInt32>(type)}};
+            EXPECT_EQ(did(is, "info 1 cntx=-1"), code(type) + expected);
+        }
+    const std::string twice = "get 1 **** 0; get 1 **** 0; ";
+    component.info = {{'best', 'type'}};
+    for (const auto& [value, log] :
+         {std::pair{OSType{'msng'}, " missing"}, {'undf', " undefined"}}) {
+        component.value = descOf('type', value);
+        check({{is, twice + "type" + log}, {is, twice + "type", "get=-1"}});
     }
-    ~Scripts() override {
-        CloseComponent(instance);
-        EXPECT_EQ(CurResFile(), current);
-        EXPECT_TRUE(component.alive.empty()) << "not disposed of";
-        gComponent = nullptr;
-    }
-    /// Owns a new number.
-    void fill(COSAID& script) {
-        script.Aquire(component.next);
-        component.alive.insert(component.next++);
-    }
+    EXPECT_FALSE(script.IsMissingValue());
+    CAEDesc key = descOf('TEXT', "disk:file"), container;
+    CreateObjSpecifier('file', const_cast<AEDesc*>(&container.GetDesc()), 'name',
+                       const_cast<AEDesc*>(&key.GetDesc()), 0, component.value.Receive());
+    component.info = {{'best', 'obj '}};
+    check({{is, "get 1 **** 0; obj  file"}, {is, "get 1 **** 0; -1", "get=-1"}});
+    component.logsInfo = true;
+    const std::string both = "info 1 cscr; info 1 cntx; ", all = both + "info 1 best; ";
+    const auto type = [&](SInt32 compiled, SInt32 context) {
+        component.info = {{'cscr', compiled}, {'cntx', context}};
+        return [&] { component.log += code(script.GetType()); };
+    };
+    const auto isNone = [&] { EXPECT_FALSE(script.IsUndefined() || script.IsMissingValue()); };
+    check({{type(1, 1), all + "-1", "info 1 best=-1"}, {isNone, all + all, "info=-1"}});
+    check({{type(0, 0x01000000), both + "scpt"}});
+    check({{type(INT32_MIN, 0), "info 1 cscr; scpt"}});
+}
 
-    Component component;
-    ComponentInstance instance = nullptr;
-    const ResFileRefNum current = CurResFile();
-    const NoLeaks leaks;
-};
-
-TEST_F(Scripts, TypesAreReadFromTheFirstByte) {
-    COSAID script(instance);
-    EXPECT_EQ(script.GetType(), DescType{typeNull});
-    CAEDesc value;
-    script.Get(value, typeChar, 0);
-    EXPECT_EQ(value.GetType(), DescType{typeNull});
-    EXPECT_EQ(component.takeLog(), "") << "nobody is asked about nothing";
-    fill(script);
-    const std::tuple<SInt32, SInt32, OSType, const char*> rows[] = {
-        {1, 1, 'utxt', "info cscr; info cntx; info best; "},
-        {0x01000000, 0, 'scpt', "info cscr; "},
-        {0, 0x01000000, 'scpt', "info cscr; info cntx; "},
-        {0, 0, 'utxt', "info cscr; info cntx; info best; "}};
-    for (const auto& [compiled, context, type, log] : rows) {
-        component.info = {{'cscr', compiled}, {'cntx', context}, {'best', 'utxt'}};
-        EXPECT_EQ(script.GetType(), type);
-        EXPECT_EQ(component.takeLog(), log);
-    }
-    component.status["info"] = errOSAInvalidID;
-    EXPECT_EQ(thrown([&] { script.GetType(); }), errOSAInvalidID);
-    EXPECT_FALSE(script.IsUndefined() || script.IsMissingValue());
-    EXPECT_EQ(thrown([&] { script.IsFile(); }), errOSAInvalidID);
+TEST_F(Scripts, ValuesAreAskedForInTheirOrder) {
+    const COSAIDReader script(instance, 1);
+    CAEDesc desc;
+    TCLString text;
+    std::string bytes;
+    SCoreFoundation<CFStringRef> string;
+    const auto get = [&](DescType type, OSAID id = 1) {
+        return [&, type, id] {
+            COSAIDReader(instance, id).Get(desc, type, 0x40);
+            component.log += code(desc.GetType()) + " " + dataOf(desc);
+        };
+    };
+    const auto show = [&](DescType type) { return [&, type] { script.Display(desc, type, 5); }; };
+    const auto read = [&](DescType type) { return [&, type] { script.GetSource(desc, type); }; };
+    const std::string shown("display 1 utxt 72; utxt t\0e\0x\0t\0", 32);
+    const std::string sources = "source 1 STXT; display 1 TEXT 0; ";
+    check({{get('TEXT'), "get 1 STXT 64; TEXT text"},
+           {get('TEXT'), "get 1 STXT 64; -1700", "get=-1700"},
+           {get('****'), shown},
+           {get('STXT'), shown},
+           {get('best'), shown},
+           {get('utxt'), "display 1 utxt 72; -1751", "display=-1751"},
+           {get('long'), "get 1 long 64; long text"},
+           {[&] { component.info['best'] = 'list', get('best')(); }, "get 1 best 64; TEXT value"},
+           {get('TEXT'), "get 1 TEXT 64; -1751", "get=-1751"},
+           {get('TEXT', 0), "null "},
+           {show('STXT'), "display 1 STXT 5; display 1 TEXT 0; ", "display 1 STXT=-1700"},
+           {show('STXT'), "display 1 STXT 5; -1751", "display=-1751"},
+           {show('utxt'), "display 1 utxt 5; -1700", "display=-1700"},
+           {read('best'), "source 1 STXT; source 1 TEXT; ", "source 1 STXT=-1700"},
+           {read('utxt'), "source 1 utxt; -1700", "source=-1700"},
+           {read('utxt'), "source 1 utxt; display 1 TEXT 0; ", "source=-1751"},
+           {read('STXT'), sources + "source 1 TEXT; ", "source 1 STXT=-1751,display=-1700"},
+           {read('STXT'), sources + "-1756", "source=-1751,display=-1756"},
+           {[&] { script.Display(text, 1), script.GetSource(text); },
+            "display 1 best 1; source 1 utxt; "},
+           {[&] { script.Display(bytes, 1), script.GetSource(bytes); },
+            "display 1 TEXT 1; source 1 TEXT; "},
+           {[&] { script.Display(string, 1), script.GetSource(string); },
+            "display 1 utxt 1; source 1 utxt; "}});
+    EXPECT_TRUE(text == utf16("text") && bytes == "text" && CFEqual(string, CFSTR("text")));
     testing::internal::CaptureStderr();
     script.Get(static_cast<AEDesc*>(nullptr), typeChar, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Libraries/MacToolboxLib/COSAID:147: failed assertion `value'\n");
 }
 
-TEST_F(Scripts, ValuesAreAskedForInTheirOrder) {
-    COSAID script(instance);
-    fill(script);
-    const auto asks = [&](std::map<std::string, OSAError> statuses, auto work) {
-        component.status = std::move(statuses);
-        component.takeLog();
-        const OSStatus status = thrown(work);
-        std::string log = component.takeLog();
-        while (log.starts_with("info")) log.erase(0, log.find("; ") + 2);
-        return log + std::to_string(status);
-    };
-    CAEDesc desc;
-    const auto get = [&](DescType type) {
-        const std::string log = asks({}, [&] { script.Get(desc, type, 0x40); });
-        return log + " " + code(desc.GetType());
-    };
-    for (const DescType type :
-         {DescType{typeWildCard}, DescType{'STXT'}, DescType{'best'}, DescType{'utxt'}})
-        EXPECT_EQ(get(type), "display utxt mode 72; 0 utxt") << code(type);
-    EXPECT_EQ(get('long'), "get long mode 64; 0 long");
-    component.info['best'] = 'list';
-    EXPECT_EQ(get('utxt'), "get utxt mode 64; 0 utxt");
+/// Logs the calls that come through the table.
+class Hooked : public COSAID {
+  public:
+    using COSAID::COSAID, COSAID::Copy, COSAID::Load, COSAID::LoadFile;
+    void Copy(OSAID id) override { note("Copy; "), COSAID::Copy(id); }
+    void Load(const FSRef* f, bool& isFork, SInt32 flags) override {
+        note("Flag; "), COSAID::Load(f, isFork, flags);
+    }
+    void Load(const FSRef* f, SInt32 flags) override { note("File; "), COSAID::Load(f, flags); }
+    void Load(const AEDesc* d, SInt32 flags) override { note("Desc; "), COSAID::Load(d, flags); }
+    void LoadFile(const FSRef& f, bool& storable, SInt32 flags) override {
+        note("Flag; "), COSAID::LoadFile(f, storable, flags);
+    }
+    void Free() override { note(mID != 0 ? "Free; " : ""), COSAID::Free(); }
 
-    const auto show = [&](DescType type) { return [&, type] { script.Display(desc, type, 5); }; };
-    EXPECT_EQ(asks({{"display", -1700}}, show('STXT')),
-              "display STXT mode 5; display TEXT mode 0; -1700");
-    EXPECT_EQ(asks({{"display", -1700}}, show('utxt')), "display utxt mode 5; -1700");
-    const auto read = [&](DescType type) { return [&, type] { script.GetSource(desc, type); }; };
-    EXPECT_EQ(asks({}, read('best')), "source STXT; 0");
-    EXPECT_EQ(asks({{"source", -1700}}, read('best')), "source STXT; source TEXT; -1700");
-    EXPECT_EQ(asks({{"source", -1700}}, read('utxt')), "source utxt; -1700");
-    EXPECT_EQ(asks({{"source", -1751}}, read('utxt')), "source utxt; display TEXT mode 0; 0");
-    EXPECT_EQ(asks({{"source", -1751}, {"display", -1700}}, read('STXT')),
-              "source STXT; display TEXT mode 0; source TEXT; -1751");
-    TCLString text;
-    std::string bytes;
-    SCoreFoundation<CFStringRef> string;
-    EXPECT_EQ(asks({}, [&] { script.Display(text, 1); }), "display best mode 1; -1700");
-    EXPECT_EQ(asks({}, [&] { script.GetSource(text); }), "source utxt; 0");
-    EXPECT_EQ(asks({}, [&] { script.Display(bytes, 1), script.GetSource(bytes); }),
-              "display TEXT mode 1; source TEXT; 0");
-    EXPECT_EQ(asks({}, [&] { script.Display(string, 1), script.GetSource(string); }),
-              "display utxt mode 1; source utxt; 0");
+  private:
+    static void note(const char* what) { gComponent->log += what; }
+};
+
+TEST_F(Scripts, NumbersAreReplacedThroughTheTable) {
+    const FSRef file = refOf(folder.write("file", "x" + kTrailer));
+    const CAEDesc text = descOf('TEXT', "a");
+    const AEDesc* const desc = &text.GetDesc();
+    std::optional<Hooked> one, two;
+    CAEDesc value;
+    const auto load = [&](DescType type) {
+        return [&, type] {
+            CAEDesc named = descOf(type, "a");
+            if (type != 'file') named.SetFileSpec(&file, type);
+            one->Load(&named.GetDesc(), 7);
+        };
+    };
+    const auto loadFile = [&](Boolean told) {
+        return [&, told] {
+            component.storable = told;
+            bool is = told == 0;
+            one->LoadFile(file, is, 8);
+            EXPECT_EQ(is, told != 0);
+        };
+    };
+    const auto borrow = [&] {
+        one->Aquire(COSAIDReader(instance, component.fresh()));
+        EXPECT_EQ(one->GetComponent(), instance);
+    };
+    const std::string free = "Free; dispose 1; ", content = "x" + kTrailer;
+    const std::string loaded = "Desc; " + free + "File; Flag; Desc; load scpt " + content + " 7; ";
+    const std::string byFile = "Flag; " + free + "loadFile " + content + " 8; ";
+    // One holds 1 before, two 2; what they hold afterwards comes last.
+    const Row rows[] = {
+        {[&] { one->SetOSAID(instance, 1); }, "1 2"},
+        {[&] { one->SetOSAID(instance, component.fresh()); }, free + "3 2"},
+        {[&] { one->SetOSAID(nullptr, 1); }, free + "1 2"},
+        {[&] { one->SetComponent(nullptr), borrow(); }, free + "3 2"},
+        {[&] { one->Set(desc); }, free + "set TEXT a 0; -1 0 2", "set=-1"},
+        {[&] { one->Aquire(*two), FailOSErr(two->GetComponent() ? 9 : 0); }, free + "2 0"},
+        {borrow, free + "3 2"},
+        {[&] { one->Aquire(component.fresh()); }, free + "3 2"},
+        {[&] { one->Copy(*two); }, "Copy; copy 2; " + free + "3 2"},
+        {[&] { one->Copy(*two); }, "Copy; copy 2; -1 1 2", "copy=-1"},
+        {[&] { one->Copy(OSAID{0}); }, "Copy; " + free + "0 2"},
+        {[&] { one->Compile(desc, 6); }, "compile TEXT a 6 1; -1 1 2", "compile=-1"},
+        {[&] { one->Free(), one->Compile(desc, 6); }, free + "compile TEXT a 6; 3 2"},
+        {[&] { one->Load(desc, 7); }, "Desc; " + free + "load TEXT a 7; -1 0 2", "load=-1"},
+        {load('fsrf'), loaded + "3 2"},
+        {load('alis'), loaded + "3 2"},
+        {load('fss '), loaded + "3 2"},
+        {load('furl'), loaded + "-1 0 2", "load=-1"},
+        {load('file'), "Desc; " + free + "-1700 0 2"},
+        {loadFile(1), byFile + "3 2"},
+        {loadFile(0), byFile + "3 2"},
+        {[&] { one->LoadFile(file, 8); }, byFile + "-1 0 2", "loadFile=-1"},
+        {[&] { one->StoreFile(file, 9); }, "storeFile 1 scpt 9 " + content + "; -1 1 2",
+         "store=-1"},
+        {[&] { one->Execute(*two, 4); }, "Free; dispose 2; execute 1 0 4; 1 3"},
+        {[&] { one->Execute(*two, *one, 4); }, free + "execute 0 2 4; -1 0 2", "execute=-1"},
+        {[&] { one->Execute(4); }, "execute 1 0 4; dispose 3; 1 2"},
+        {[&] { one->Execute(value, 4); }, "execute 1 0 4; get 3 **** 0; dispose 3; 1 2"},
+        {[&] { one->Execute(*two, value, 4); }, "execute 1 2 4; get 3 **** 0; dispose 3; 1 2"},
+        {[&] { one->Execute(*two, value, 4); }, "execute 1 2 4; -1 1 2", "execute=-1"},
+        {[&] { one->ExecuteEvent(desc, 4); }, "event TEXT a 1 4; dispose 3; 1 2"},
+        {[&] { two->SetComponent(nullptr), one->ExecuteEvent(desc, *two, 4); },
+         "Free; dispose 2; event TEXT a 1 4; -1 1 0", "event=-1"},
+        {[&] { one->CallFunction("f", *two, 4); }, "Free; dispose 2; event 1 4; -1 1 0",
+         "event=-1"},
+        {[&] { one->CallFunction("f", value, 4); }, "event 1 4; -1 1 2", "event=-1"},
+        {[&] { one->ExecuteEvent(desc, *two, 4); }, "Free; dispose 2; event TEXT a 1 4; 1 3"}};
+    component.info['best'] = 'list';
+    for (const Row& row : rows) {
+        component.next = 1;
+        for (auto* const script : {&one, &two}) script->emplace(instance).Aquire(component.fresh());
+        std::string log = did(row.work, row.told);
+        if (!log.empty() && !log.ends_with(' ')) log += " ";
+        EXPECT_EQ(log + std::to_string(one->GetOSAID()) + " " + std::to_string(two->GetOSAID()),
+                  row.log);
+        one.reset(), two.reset();
+    }
+    EXPECT_EQ(dataOf(value), "value") << "left as it was";
 }
 
 TEST_F(Scripts, EveryNumberIsDisposedOfOnce) {
     std::minstd_rand random(1904);
     COSAID scripts[3] = {COSAID(instance), COSAID(instance), COSAID(instance)};
-    const CAEDesc text(true);
+    const CAEDesc text = descOf('TEXT', "a");
     for (int round = 0; round < 3000; ++round) {
-        COSAID& one = scripts[random() % 3];
-        COSAID& other = scripts[random() % 3];
-        component.status = {{std::array{"set", "copy", "load", "none"}[random() % 4], -50}};
-        (void)thrown([&] {
-            switch (random() % 8) {
-                case 0:
-                    return one.Set(&text.GetDesc());
-                case 1:
-                    return one.Copy(other);
-                case 2:
-                    return &one != &other ? one.Aquire(other) : one.Free();
-                case 3:
-                    return one.Load(&text.GetDesc(), 0);
-                case 4:
-                    return one.SetOSAID(instance, one.GetOSAID());
-                case 5:
-                    return one.SetComponent(instance);
-                case 6:
-                    return one.Compile(&text.GetDesc(), 0);
-                default:
-                    return fill(one);
-            }
-        });
-        if (one.GetComponent() == nullptr) one.SetComponent(instance);
-        if (other.GetComponent() == nullptr) other.SetComponent(instance);
+        COSAID &one = scripts[random() % 3], &other = scripts[random() % 3];
+        const Work works[] = {[&] { one.Set(&text.GetDesc()); },
+                              [&] { one.Copy(other); },
+                              [&] { &one != &other ? one.Aquire(other) : one.Free(); },
+                              [&] { one.Load(&text.GetDesc(), 0); },
+                              [&] { one.SetOSAID(instance, one.GetOSAID()); },
+                              [&] { one.SetComponent(instance); },
+                              [&] { one.Compile(&text.GetDesc(), 0); },
+                              [&] { one.Execute(other, 0); },
+                              [&] { one.Aquire(component.fresh()); }};
+        did(works[random() % 9], std::array{"set=-1", "co=-1", "load=-1", ""}[random() % 4]);
         std::size_t held = 0;
-        for (const COSAID& script : scripts) held += script.GetOSAID() != 0;
+        for (COSAID& script : scripts) {
+            if (script.GetComponent() == nullptr) script.SetComponent(instance);
+            held += script.GetOSAID() != 0;
+        }
         ASSERT_EQ(component.alive.size(), held);
     }
-    component.takeLog();
-    COSAID empty(instance);
-    empty.Copy(OSAID{0});
-    EXPECT_EQ(component.takeLog(), "") << "there is nothing to copy";
+}
+
+CAEDesc eventOf(AEEventClass eventClass, AEEventID id, const CAEDescReader& name = CAEDesc(),
+                const CAEDescReader& list = CAEDesc()) {
+    const CAEDesc self = descOf('psn ', ProcessSerialNumber{0, kCurrentProcess});
+    CAEDesc event;
+    AEDesc* const made = event.Receive();
+    FailOSErr(AECreateAppleEvent(eventClass, id, &self.GetDesc(), 0, kAnyTransactionID, made));
+    if (!name.Empty()) FailOSErr(AEPutParamDesc(made, 'snam', &name.GetDesc()));
+    if (!list.Empty()) FailOSErr(AEPutParamDesc(made, '----', &list.GetDesc()));
+    return event;
+}
+
+/// All of an event but its return ID.
+std::string bytesOf(CAEDesc event, SInt32& returnID) {
+    auto* const desc = const_cast<AEDesc*>(&event.GetDesc());
+    AEGetAttributePtr(desc, 'rtid', 'long', nullptr, &returnID, sizeof returnID, nullptr);
+    AEPutAttributePtr(desc, 'rtid', 'long', "none", sizeof returnID);
+    std::string bytes(static_cast<std::size_t>(AESizeOfFlattenedDesc(desc)), '\0');
+    AEFlattenDesc(desc, bytes.data(), static_cast<Size>(bytes.size()), nullptr);
+    return bytes;
 }
 
 TEST_F(Scripts, SubroutineEventsHoldNameAndParameters) {
-    COSAID script(instance);
+    const COSAIDReader script(instance, 1);
     COSAID result(instance);
-    fill(script);
-    const CAEDesc a(true);
-    const CAEDesc b(false);
-    const auto sent = [&] {
-        AEDesc event;
-        EXPECT_EQ(AEUnflattenDesc(component.event.data(), &event), noErr);
-        const CAEDesc copy{CAEDescReader(event)};
-        AEDisposeDesc(&event);
-        return copy;
-    };
-    const auto parameters = [&] {
-        const CAEDesc event = sent();
-        CAEDesc list;
-        const OSStatus none = thrown([&] { event.GetProperty('----', list, typeWildCard); });
-        if (none != noErr) return std::to_string(none);
-        std::string all = code(list.GetType());
-        for (SInt32 i = 1; i <= list.CountItems(); ++i) {
-            CAEDesc item;
-            list.GetItem(i, item, typeWildCard);
-            all += item.GetBool() ? " 1" : " 0";
-        }
-        return all;
-    };
-    script.CallFunction("caf\x8E", result, kOSAModeNeverInteract);
-    EXPECT_EQ(component.takeLog(), "event mode 16; ");
-    EXPECT_EQ(parameters(), "-1701") << "no parameter at all";
-    const CAEDesc event = sent();
-    CAEDesc name;
-    event.GetProperty('snam', name, typeWildCard);
-    EXPECT_EQ(code(name.GetType()) + dataOfDesc(name.GetDesc()), "TEXTcaf\x8E");
     CAEDesc value;
-    script.CallFunction("f", value, a, 0);
-    EXPECT_EQ(parameters(), "list 1");
-    script.CallFunction("f", result, a, b, 0);
-    EXPECT_EQ(parameters(), "list 1 0");
-    script.Call("f", b, a, b, 0);
-    EXPECT_EQ(parameters(), "list 0 1 0");
-    script.Call("f", b, a, b, a, 0);
-    EXPECT_EQ(parameters(), "list 0 1 0 1");
-    script.CallFunction("f", result, b, a, b, a, a, 0);
-    EXPECT_EQ(parameters(), "list 0 1 0 1 1");
-    CAEDesc list;
-    list.MakeList();
-    script.CallFunctionParamList(a, result, list, 3);
-    EXPECT_EQ(parameters(), "list");
-    sent().GetProperty('snam', name, typeWildCard);
-    EXPECT_EQ(name.GetType(), DescType{typeBoolean});
-    component.status["event"] = errOSAScriptError;
-    EXPECT_EQ(thrown([&] { script.CallFunction("f", result, 0); }), errOSAScriptError);
-    EXPECT_EQ(result.GetOSAID(), 0U) << "freed before it is run";
-}
-
-TEST_F(Scripts, NamesAreWrappedWhileTheyAreRefused) {
-    COSAID script(instance);
-    fill(script);
-    component.status = {{"handler", paramErr}, {"property", paramErr}};
-    for (const auto& [length, count, last] :
-         {std::tuple{0, 128, 254}, {1, 128, 255}, {253, 2, 255}, {254, 1, 254}, {255, 1, 255}}) {
-        Str255 name;
-        std::memset(name, 'x', sizeof name);
-        name[0] = static_cast<unsigned char>(length);
-        OSAID id = 0;
-        EXPECT_EQ(thrown([&] { script.GetHandler(name, &id); }), paramErr);
-        EXPECT_EQ(component.log.size(), static_cast<std::size_t>(count)) << length;
-        EXPECT_EQ(component.log.back().size(), std::strlen("handler  mode 0") + last) << length;
-        component.takeLog();
-        EXPECT_EQ(thrown([&] { script.GetProperty(name, &id); }), paramErr);
-        EXPECT_EQ(component.log.size(), static_cast<std::size_t>(count));
-        component.takeLog();
-        CAEDesc desc(name);
-        EXPECT_EQ(thrown([&] { script.GetProperty(&desc.GetDesc(), &id); }), paramErr);
-        const std::size_t wrapped = length < 254 ? count : 128 + 1;
-        EXPECT_EQ(component.log.size(), length == 253 ? 2U : wrapped) << length;
-        if (length >= 254) {
-            EXPECT_EQ(component.log[1], length == 254 ? "property  mode 0" : "property | mode 0");
-        }
-        component.takeLog();
+    component.info['best'] = 'list';
+    const CAEDesc a = descOf('TEXT', "a"), b = descOf('long', SInt32{2}), none;
+    const CAEDesc caf = descOf('TEXT', "caf\x8E");
+    const std::tuple<Work, CAEDesc, CAEDesc> rows[] = {
+        {[&] { script.CallFunction("caf\x8E", result, 3); }, caf, none},
+        {[&] { script.CallFunction("caf\x8E", value, a, 3); }, caf, listOf({a})},
+        {[&] { script.Call("caf\x8E", b, a, 3); }, caf, listOf({b, a})},
+        {[&] { script.CallFunction("caf\x8E", result, a, b, b, 3); }, caf, listOf({a, b, b})},
+        {[&] { script.CallFunction("", value, a, a, b, a, 3); }, descOf('TEXT', ""),
+         listOf({a, a, b, a})},
+        {[&] { script.Call("caf\x8E", a, b, a, b, b, 3); }, caf, listOf({a, b, a, b, b})},
+        {[&] { script.CallFunctionParamList(b, result, listOf({a}), 3); }, b, listOf({a})},
+        {[&] { script.CallFunctionParamList(b, value, a, 3); }, b, a}};
+    std::set<SInt32> returnIDs;
+    for (int index = 0; const auto& [work, name, list] : rows) {
+        SCOPED_TRACE(index);
+        SInt32 returnID = 0, ignored = 0;
+        EXPECT_NE(did(work).find("event 1 3; "), std::string::npos);
+        EXPECT_EQ(bytesOf(component.event, returnID),
+                  bytesOf(eventOf('ascr', 'psbr', name, list), ignored));
+        EXPECT_TRUE(returnIDs.insert(returnID).second) << "each has one of its own";
+        EXPECT_EQ(result.GetOSAID() != 0, index % 3 == 0) << "who gets the result";
+        EXPECT_EQ(value.Empty(), index++ % 3 != 1);
+        result.Free(), value.Free();
     }
-    component.status = {{"property", 0x10000}};
-    OSAID id = 0;
-    EXPECT_EQ(thrown([&] { script.GetProperty(pascal("x"), &id); }), noErr)
-        << "16 bits of it count";
-}
-
-TEST_F(Scripts, HandlersAreLookedUpByEvent) {
-    COSAID script(instance);
-    const auto ask = [&](AEEventClass eventClass, AEEventID id, const char* name = nullptr) {
-        const ProcessSerialNumber self = {0, kCurrentProcess};
-        const CAEDesc target(&self);
-        AppleEvent event;
-        FailOSErr(AECreateAppleEvent(eventClass, id, &target.GetDesc(), -1, 0, &event));
-        if (name != nullptr)
-            AEPutParamPtr(&event, 'snam', typeChar, name, static_cast<Size>(std::strlen(name)));
-        std::string told;
-        const OSStatus status = thrown([&] { told = script.HasHandler(&event) ? "yes" : "no"; });
-        AEDisposeDesc(&event);
-        return component.takeLog() + (status == noErr ? told : std::to_string(status));
-    };
-    EXPECT_EQ(ask('aevt', 'oapp'), "no") << "of an empty one";
-    fill(script);
-    const std::string asked = "handler aevtpdoc mode 0; ";
-    EXPECT_EQ(ask('aevt', 'oapp'), "yes");
-    EXPECT_EQ(ask('aevt', 'odoc'), "info hsod; no");
-    EXPECT_EQ(ask('aevt', 'pdoc'), asked + "yes");
-    EXPECT_EQ(ask('ascr', 'psbr', "f"), "handler f mode 0; yes");
-    EXPECT_EQ(ask('ascr', 'psbr'), "-1701");
-    EXPECT_EQ(ask('ascr', 'noop'), "handler ascrnoop mode 0; yes");
-    component.info['hsod'] = 1;
-    EXPECT_EQ(ask('aevt', 'odoc'), "info hsod; yes");
-    component.status = {{"handler", 0x10000}, {"info", -1}};
-    EXPECT_EQ(ask('aevt', 'pdoc'), asked + "yes") << "16 bits";
-    EXPECT_FALSE(script.HasHandler('aevt', 'pdoc')) << "32 bits";
-    EXPECT_EQ(thrown([&] { script.HasOpenHandler(); }), -1);
-    EXPECT_FALSE(script.HasHandler(&CAEDesc::sTrue.GetDesc()));
 }
 
 TEST_F(Scripts, WrongComponentsEndTheProcess) {
-    COSAID script(instance);
-    COSAID stranger(nullptr);
-    COSAID result(instance);
-    component.takeLog();
-    EXPECT_DEATH(script.Execute(stranger, 0), "COSAID:1162: failed assertion `result.GetComp");
-    EXPECT_DEATH(script.Execute(stranger, result, 0), "COSAID:1137: failed assertion `parent.Get");
-    EXPECT_DEATH(script.Execute(result, stranger, 0), "COSAID:1138: failed assertion `result.Get");
-    fill(script);
-    COSAID parent(instance);
-    fill(parent);
-    script.Execute(parent, result, 4);
-    EXPECT_EQ(component.takeLog(), "execute 1 in 2 mode 4; ");
+    const COSAIDReader script(instance, 1);
+    COSAID other(nullptr);
+    EXPECT_DEATH(script.Execute(other, 0), "COSAID:1162: failed assertion `result.GetComponent");
+    EXPECT_DEATH(script.Execute(other, other, 0), "COSAID:1137: failed assertion `parent.Get");
+    EXPECT_DEATH(script.Execute(script, other, 0), "COSAID:1138: failed assertion `result.Get");
 }
 
-/// The type and ID of every resource, and the script's bytes.
-std::string resourcesOf(const std::string& path) {
-    const FSRef ref = refOf(path);
-    const ResFileRefNum file = FSOpenResFile(&ref, fsRdPerm);
-    if (file == -1) return "none";
-    std::string all = std::to_string(Count1Resources('scpt')) + "+" +
-                      std::to_string(Count1Resources('TEXT')) + " ";
-    if (const Handle script = Get1Resource('scpt', 128))
-        all += std::string(*script, static_cast<std::size_t>(GetHandleSize(script)));
-    CloseResFile(file);
-    return all;
-}
-
-void addText(const FSRef& ref) {
-    const ResFileRefNum file = FSOpenResFile(&ref, fsRdWrPerm);
-    AddResource(NewHandle(3), 'TEXT', 128, nullptr);
-    CloseResFile(file);
-}
-
-TEST_F(Scripts, AreStoredInEightShapesAndLoadedAgain) {
-    const TemporaryFolder folder;
-    const FSRef parent = refOf(folder.path());
-    const FSRef beside = refOf(folder.write("beside", ""));
-    FSSpec spec{};
-    FailOSErr(FSGetCatalogInfo(&beside, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    COSAID script(instance);
-    fill(script);
-    // The fork, the shape, and the file that this makes.
-    for (const auto& [isInFork, shape, name] : {std::tuple{false, 0, "res URL"},
-                                                {false, 1, "res name"},
-                                                {false, 2, "res spec"},
-                                                {true, 0, "data URL"},
-                                                {true, 1, "data name"},
-                                                {true, 2, "data spec"}}) {
-        SCOPED_TRACE(name);
-        const bool isFork = isInFork;
-        const int form = shape;
-        HFSUniStr255 leaf;
-        FromTCLString(utf16(name), leaf);
-        const std::string path = folder.path(name);
-        std::string escaped = path;
-        escaped.replace(escaped.rfind(' '), 1, "%20");
-        const TCLString url = utf16("file://" + escaped);
-        std::memcpy(spec.name, pascal(name), std::strlen(name) + 1);
-        const auto store = [&](OSType creator, bool withSource) {
-            const auto length = static_cast<UInt16>(url.size());
-            if (isFork && form == 0) script.StoreDF(length, url.data(), creator, withSource);
-            if (isFork && form == 1) script.StoreDF(&parent, &leaf, creator, withSource);
-            if (isFork && form == 2) script.StoreDF(&spec, creator, withSource);
-            if (!isFork && form == 0) script.Store(length, url.data(), creator, withSource);
-            if (!isFork && form == 1) script.Store(&parent, &leaf, creator, withSource);
-            if (!isFork && form == 2) script.Store(&spec, creator, withSource);
+TEST_F(Scripts, NamesAreWrappedWhileTheyAreRefused) {
+    const COSAIDReader script(instance, 1);
+    COSAID found(instance);
+    OSAID id = 0;
+    for (const std::size_t length : {0, 1, 252, 253, 254, 255}) {
+        const std::string name(length, 'x');
+        const CAEDesc desc = descOf('TEXT', name);
+        Str255 pascal = {static_cast<unsigned char>(length)};
+        std::copy(name.begin(), name.end(), pascal + 1);
+        // What is asked for, beginning with a name.
+        const auto asked = [](const std::string& call, std::string from) {
+            std::string all = call + " 0 1 TEXT " + from + "; ";
+            for (; from.size() <= 253; all += call + " 0 1 TEXT " + from + "; ")
+                from = "|" + from + "|";
+            return all + "-50";
         };
-        const auto check = [&](const std::string& others) {
-            EXPECT_EQ(isFork ? contentOf(path) : resourcesOf(path),
-                      (isFork ? "" : "1+" + others + " ") + component.stored);
-            const FinderInfo finder = specOf(path).GetFinderInfo();
-            EXPECT_EQ(code(finder.fdType) + code(finder.fdCreator), "osasToyS");
-            COSAID loaded(instance);
-            bool isDataFork = !isFork;
-            const FSRef file = refOf(path);
-            component.takeLog();
-            loaded.Load(&file, isDataFork, 9);
-            EXPECT_EQ(isDataFork, isFork);
-            EXPECT_EQ(component.takeLog(), "load " + component.stored + " mode 9; ");
-        };
-        component.stored = "a much longer script" + kTrailer;
-        store('ToyS', true);
-        EXPECT_EQ(component.takeLog(), "store scpt mode 0; ");
-        check("0");
-        const FSRef file = refOf(path);
-        if (!isFork) addText(file);
-        component.stored = "short" + kTrailer;
-        store('else', false);
-        EXPECT_EQ(component.takeLog(), "store scpt mode 1; ");
-        check("1");
-        component.stored = "by reference" + kTrailer;
-        isFork ? script.StoreDF(&file, true) : script.Store(&file, true);
-        check("1");
-        component.status["store"] = errOSASourceNotAvailable;
-        EXPECT_EQ(thrown([&] { store('else', true); }), errOSASourceNotAvailable);
-        component.status.clear();
-        check("1");
+        const std::string wrapped = length < 254 ? "|" + name + "|" : length == 254 ? "" : "|";
+        check({{[&] { script.GetHandler(pascal, &id); }, asked("handler", name), "h=-50"},
+               {[&] { script.GetProperty(pascal, &id); }, asked("property", name), "p=-50"},
+               {[&] { script.GetProperty(&desc.GetDesc(), &id); },
+                "property 0 1 TEXT " + name + "; " + asked("property", wrapped), "p=-50"}});
     }
-    EXPECT_EQ(thrown([&] { script.Store(&parent, nullptr, 'ToyS', true); }), paramErr);
-    for (const auto& [text, status] :
-         {std::pair{std::string("file:///nowhere/at%20all"), OSStatus{memFullErr}},
-          {"file://" + folder.path() + "/" + std::string(256, 'x'), errFSNameTooLong}}) {
-        const TCLString url = utf16(text);
-        EXPECT_EQ(
-            thrown([&] { script.StoreDF(static_cast<UInt16>(url.size()), url.data(), 0, true); }),
-            status);
-    }
+    const unsigned char x[] = "\1x";
+    const AEDesc* const desc = &CAEDesc::sTrue.GetDesc();
+    const std::string once = "property 0 1 bool \1; ";
+    check({{[&] { script.GetHandler(x, &id), found.Aquire(id); },
+            "handler 0 1 TEXT x; handler 0 1 TEXT |x|; ", "handler 0 1 TEXT x=131022"},
+           {[&] { script.GetHandler(x, &id); }, "handler 0 1 TEXT x; -1", "handler=131071"},
+           {[&] { script.GetProperty(x, &id); }, "property 0 1 TEXT x; ", "property=65536"},
+           {[&] { script.GetProperty(desc, &id); }, once, "property=65536"},
+           {[&] { script.GetProperty(desc, &id); }, once + "-50", "property=-50"}});
 }
 
-TEST_F(Scripts, LoadingFallsBackToTheDataFork) {
-    const TemporaryFolder folder;
-    COSAID script(instance);
-    const std::tuple<std::string, OSAError, OSStatus, bool> rows[] = {
-        {"x" + kTrailer, noErr, noErr, true},
-        {kTrailer, noErr, eofErr, false},
-        {"text", noErr, eofErr, false},
-        {"x" + kTrailer, errOSABadStorageType, errOSABadStorageType, false}};
-    for (const auto& [content, status, thrownStatus, isLoaded] : rows) {
-        SCOPED_TRACE(content);
-        const FSRef file = refOf(folder.write("script", content));
-        component.status["load"] = status;
-        bool isDataFork = false;
-        EXPECT_EQ(thrown([&] { script.Load(&file, isDataFork, 0); }), thrownStatus);
-        EXPECT_EQ(isDataFork, isLoaded);
-        EXPECT_EQ(script.GetOSAID() != 0, isLoaded);
-        EXPECT_EQ(COSAID::IsDataForkScript(&file), content.size() == 5);
-    }
-    component.status.clear();
-    const FSRef file = refOf(folder.write("script", "y" + kTrailer));
-    CAEDesc desc;
-    desc.SetFileSpec(&file, typeFileURL);
-    script.Load(&desc.GetDesc(), 2);
-    EXPECT_NE(component.takeLog().find("load y" + kTrailer + " mode 2"), std::string::npos);
-    bool storable = false;
-    component.status["load"] = errOSACorruptData;
-    EXPECT_EQ(thrown([&] { script.LoadFile(file, storable, 0); }), errOSACorruptData);
-    EXPECT_EQ(script.GetOSAID(), 0U);
+TEST_F(Scripts, HandlersAreLookedUpByEvent) {
+    component.logsInfo = true;
+    const COSAIDReader script(instance, 1), nothing(instance, 0);
+    const auto has = [&](OSType eventClass, OSType id, const COSAIDReader& in,
+                         const CAEDesc& name = CAEDesc()) {
+        return [&, in, event = eventOf(eventClass, id, name)] {
+            component.log += in.HasHandler(&event.GetDesc()) ? "yes" : "no";
+        };
+    };
+    const auto hasPrint = [&](const COSAIDReader& in) {
+        return [&, in] { component.log += in.HasHandler('aevt', 'pdoc') ? "yes" : "no"; };
+    };
+    const std::string asked = "handler 0 1 evnt aevtpdoc; ", dropped = "dispose 1; yes";
+    const CAEDesc f = descOf('utxt', "f");
+    check({{has('aevt', 'oapp', nothing), "no"},
+           {has('aevt', 'oapp', script), "yes"},
+           {has('aevt', 'odoc', script), "info 1 hsod; no"},
+           {has('aevt', 'pdoc', script), asked + dropped},
+           {has('aevt', 'pdoc', script), asked + "yes", "handler=65536"},
+           {has('aevt', 'pdoc', script), asked + "no", "handler=1"},
+           {has('test', 'oapp', script), "handler 0 1 evnt testoapp; no", "handler=1"},
+           {has('ascr', 'noop', script), "handler 0 1 evnt ascrnoop; no", "handler=1"},
+           {has('ascr', 'psbr', script), "-1701"},
+           {has('ascr', 'psbr', script, f), "handler 0 1 utxt f; yes", "handler=65536"},
+           {[&] { component.info['hsod'] = 0x100, has('aevt', 'odoc', script)(); },
+            "info 1 hsod; yes"},
+           {[&] { script.HasOpenHandler(); }, "info 1 hsod; -1", "info=-1"},
+           {[&] { EXPECT_FALSE(nothing.HasOpenHandler()); }, ""},
+           {[&] { EXPECT_FALSE(script.HasHandler(&CAEDesc::sTrue.GetDesc())); }, ""},
+           {hasPrint(nothing), "no"},
+           {hasPrint(script), asked + "no", "handler=65536"},
+           {[&] { component.next = 1, hasPrint(script)(); }, asked + dropped}});
 }
 
 }  // namespace

@@ -35,9 +35,9 @@ struct Place {
         if (folder.Get() == nullptr) FailOSErr(fnfErr);
         const SCoreFoundation<CFStringRef> last(CFURLCopyLastPathComponent(url));
         FailNIL(last);
+        if (!CFURLGetFSRef(folder, &parent)) FailOSErr(memFullErr);
         if (CFStringGetLength(last) > kLongestName) FailOSErr(errFSNameTooLong);
         FromCFString(last, name);
-        if (!CFURLGetFSRef(folder, &parent)) FailOSErr(memFullErr);
     }
 };
 
