@@ -2,6 +2,7 @@
 #include <CoreServices/MacErrors.h>
 #include <OSA/ScriptingComponents.h>
 
+#include <functional>
 #include <new>
 
 #include "platform/osa/javascript/Calls.h"
@@ -20,7 +21,8 @@ template <typename... Arguments, OSAError (*Call)(Instance&, Arguments...)>
 struct Entry<Call> {
     static OSAError enter(void* storage, Arguments... arguments) {
         Instance& instance = instanceOf(storage);
-        return instance.perform([&]() -> OSAError { return Call(instance, arguments...); });
+        const auto work = [&]() -> OSAError { return Call(instance, arguments...); };
+        return instance.perform(std::cref(work));
     }
 };
 
@@ -42,6 +44,10 @@ OSAError scriptError(void* storage, OSType selector, DescType type, AEDesc* resu
     return instanceOf(storage).error().answer(selector, type, result);
 }
 
+OSAError dispose(void* storage, OSAID id) {
+    return instanceOf(storage).dispose(id);
+}
+
 void interrupt(void* storage) {
     instanceOf(storage).interrupt();
 }
@@ -58,7 +64,7 @@ constexpr OSAComponentCalls kCalls = {
     .executeEvent = Entry<executeEvent>::enter,
     .display = Entry<display>::enter,
     .scriptError = scriptError,
-    .dispose = Entry<dispose>::enter,
+    .dispose = dispose,
     .getScriptInfo = Entry<getScriptInfo>::enter,
     .compile = Entry<compile>::enter,
     .copyID = Entry<copyID>::enter,

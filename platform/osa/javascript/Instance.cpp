@@ -4,9 +4,13 @@
 #include <CoreServices/MacErrors.h>
 
 #include <atomic>
+#include <utility>
 
 namespace osa::script {
 namespace {
+
+/// How many numbers are disposed of before that alone is worth a call.
+constexpr std::size_t kMostDisposed = 64;
 
 /// No two instances give the same number, so that another's is not mistaken for one's own.
 OSAID newID() {
@@ -22,6 +26,7 @@ std::unique_ptr<Instance> Instance::make() {
     OSALimits limits;
     OSAGetLimits(&limits);
     std::unique_ptr<Instance> made(new Instance);
+    made->disposed_.reserve(kMostDisposed);
     made->machine_ = Machine::make(limits);
     if (made->machine_ == nullptr) return nullptr;
     const OSAError status = made->perform([&made, &limits]() -> OSAError {
@@ -36,6 +41,7 @@ std::unique_ptr<Instance> Instance::make() {
 Instance::~Instance() {
     if (machine_ == nullptr) return;
     machine_->call([this]() -> OSAError {
+        disposed_.clear();
         items_.clear();
         host_.reset();
         return noErr;
@@ -59,8 +65,8 @@ OSAError Instance::settle(OSAError status) {
 
 OSAError Instance::perform(const std::function<OSAError()>& work) {
     return machine_->call([&]() -> OSAError {
-        const auto before = current_;
-        current_ = nullptr;
+        disposed_.clear();
+        const auto before = std::exchange(current_, nullptr);
         OSAError status = noErr;
         std::optional<JSAutoRealm> realm;
         if (host_ != nullptr) realm.emplace(context(), host_->base());
@@ -74,6 +80,17 @@ OSAError Instance::perform(const std::function<OSAError()>& work) {
         if (isSetUp) host_->tidy();
         current_ = before;
         return status;
+    });
+}
+
+OSAError Instance::dispose(OSAID id) {
+    if (disposed_.size() == kMostDisposed) perform([]() -> OSAError { return noErr; });
+    return machine_->aside([&]() -> OSAError {
+        const auto found = items_.find(id);
+        if (found == items_.end()) return errOSAInvalidID;
+        disposed_.push_back(std::move(found->second));
+        items_.erase(found);
+        return noErr;
     });
 }
 
@@ -110,7 +127,7 @@ Script::Ptr Instance::compile(StoredSource source) {
     auto script = std::make_shared<Script>(*machine_, *host_, std::move(source));
     if (script->compile()) return script;
     // The script is gone when its error is told.
-    within(script->text());
+    within(script);
     return nullptr;
 }
 

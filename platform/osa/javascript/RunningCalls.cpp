@@ -122,7 +122,7 @@ OSAError ready(Instance& instance, OSAID id, Script::Ptr* script) {
     if (item == nullptr) return errOSAInvalidID;
     // Held, because what runs may dispose of it by way of a coercion.
     *script = item->script;
-    instance.within((*script)->text());
+    instance.within(*script);
     bool fresh = false;
     JS::RootedValue result(instance.context());
     return (*script)->ensureRun(&fresh, &result) ? noErr : errOSAScriptError;
@@ -161,7 +161,7 @@ OSAError execute(Instance& instance, OSAID id, OSAID context, SInt32, OSAID* res
     if (parent == nullptr && context != kOSANullScript) return errOSAInvalidID;
     // Held, because what runs may dispose of it by way of a coercion.
     const Script::Ptr script = item->script;
-    instance.within(script->text());
+    instance.within(script);
     JS::RootedValue result(instance.context());
     if (item->kind == Kind::handler) {
         JS::RootedValue function(instance.context(), item->value);
@@ -180,7 +180,7 @@ OSAError executeEvent(Instance& instance, const AppleEvent* event, OSAID context
     const Item* const item = instance.findScript(context);
     if (item == nullptr) return errOSAInvalidID;
     const Script::Ptr script = item->script;
-    instance.within(script->text());
+    instance.within(script);
     JS::RootedValue result(instance.context());
     const OSAError status = Delivery(instance, *script, *event).deliver(&result);
     return status == noErr ? instance.addResult(result, resultID) : status;
