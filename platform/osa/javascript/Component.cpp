@@ -36,7 +36,7 @@ OSAError open(ComponentInstance, void** storage) {
 }
 
 void close(void* storage) {
-    delete static_cast<Instance*>(storage);
+    instanceOf(storage).close();
 }
 
 /// The last error stays as it is, so this is no work for the engine.

@@ -63,24 +63,33 @@ OSAError Instance::settle(OSAError status) {
     return status == errOSAScriptError ? OSAError{errOSASystemError} : status;
 }
 
+OSAError Instance::performHere(const std::function<OSAError()>& work) {
+    disposed_.clear();
+    const auto before = std::exchange(current_, nullptr);
+    OSAError status = noErr;
+    std::optional<JSAutoRealm> realm;
+    if (host_ != nullptr) realm.emplace(context(), host_->base());
+    const bool isSetUp = realm.has_value();
+    try {
+        status = work();
+    } catch (const std::bad_alloc&) {
+        status = memFullErr;
+    }
+    if (isSetUp) status = settle(status);
+    if (isSetUp) host_->tidy();
+    current_ = before;
+    return status;
+}
+
 OSAError Instance::perform(const std::function<OSAError()>& work) {
-    return machine_->call([&]() -> OSAError {
-        disposed_.clear();
-        const auto before = std::exchange(current_, nullptr);
-        OSAError status = noErr;
-        std::optional<JSAutoRealm> realm;
-        if (host_ != nullptr) realm.emplace(context(), host_->base());
-        const bool isSetUp = realm.has_value();
-        try {
-            status = work();
-        } catch (const std::bad_alloc&) {
-            status = memFullErr;
-        }
-        if (isSetUp) status = settle(status);
-        if (isSetUp) host_->tidy();
-        current_ = before;
-        return status;
-    });
+    const OSAError status = machine_->call([&] { return performHere(work); });
+    if (closed_ && !machine_->isCauseOfThis()) delete this;
+    return status;
+}
+
+void Instance::close() {
+    closed_ = true;
+    if (!machine_->isCauseOfThis()) delete this;
 }
 
 OSAError Instance::dispose(OSAID id) {

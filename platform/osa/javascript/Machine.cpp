@@ -106,15 +106,25 @@ class NoSignals {
 
 }  // namespace
 
-/// The time that an engine's thread spends in a call of another, which may not call back: the first
-/// would wait for itself.
+bool Machine::leadsHere() const {
+    const Machine* last = this;
+    while (last != here && last->visited_ != nullptr) last = last->visited_;
+    return last == here;
+}
+
+bool Machine::isCauseOfThis() const {
+    if (here == nullptr) return false;
+    const std::lock_guard lock(machines().visiting);
+    return leadsHere();
+}
+
+/// The time that an engine's thread spends in a call of another machine, unless that waits for it.
 class Machine::Visit {
   public:
-    explicit Visit(Machine& host) {
+    explicit Visit(const Machine& host) {
         if (here == nullptr) return;
         const std::lock_guard lock(machines().visiting);
-        for (const Machine* next = &host; next != nullptr; next = next->visited_)
-            isCircle_ = isCircle_ || next == here;
+        isCircle_ = host.leadsHere();
         if (!isCircle_) here->visited_ = &host;
     }
     ~Visit() {

@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 #include "tests/platform/osa/javascript/Scripting.h"
 
@@ -74,6 +76,44 @@ TEST_F(Limits, InterruptionAndForeignThreads) {
     EXPECT_EQ(answer, "E-128");
     OSAInterrupt(js);
     EXPECT_EQ(run("1"), "1");
+}
+
+/// The first instance's coercions call the second, whose call the first and close it.
+struct Ring {
+    ComponentInstance instances[2];
+    OSAID values[2];
+    int calls = 0;
+    OSAError refusal = noErr;
+
+    static OSErr next(const AEDesc*, DescType type, SInt32, AEDesc* result);
+    static std::ptrdiff_t threads() {
+        const std::filesystem::directory_iterator tasks("/proc/self/task");
+        return std::distance(begin(tasks), end(tasks));
+    }
+} ring;
+
+OSErr Ring::next(const AEDesc*, DescType type, SInt32, AEDesc* result) {
+    if (ring.calls++ == 0)
+        return OSErr(OSACoerceToDesc(ring.instances[1], ring.values[1], type, 0, result));
+    ring.refusal = OSACoerceToDesc(ring.instances[0], ring.values[0], typeSInt16, 0, result);
+    const OSErr nested = OSErr(OSADispose(ring.instances[0], ring.values[0]));
+    return nested == errOSASystemError ? CloseComponent(ring.instances[0]) : nested;
+}
+
+TEST_F(Limits, InstancesThatCallEachOtherAreRefusedAndMayBeClosed) {
+    const OSAID first = valueOf("1");
+    ring = {{js, OpenDefaultComponent(kOSAComponentType, 'jscr')}, {first, kOSANullScript}};
+    const std::ptrdiff_t threads = Ring::threads();
+    const Desc two(typeUTF8Text, "2");
+    ASSERT_EQ(OSACoerceFromDesc(ring.instances[1], two, 0, &ring.values[1]), noErr);
+    const auto handler = reinterpret_cast<AECoercionHandlerUPP>(&Ring::next);
+    AEInstallCoercionHandler(typeWildCard, 'ring', handler, 0, 1, 0);
+    Desc answer;
+    EXPECT_EQ(OSACoerceToDesc(std::exchange(js, nullptr), first, 'ring', 0, answer.out()), noErr);
+    EXPECT_EQ(ring.refusal, errOSASystemError);
+    EXPECT_EQ(Ring::threads(), threads - 1) << "the first has ended";
+    AERemoveCoercionHandler(typeWildCard, 'ring', handler, 0);
+    CloseComponent(ring.instances[1]);
 }
 
 TEST_F(Limits, NothingOutsideIsWithinReach) {
