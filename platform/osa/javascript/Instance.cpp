@@ -33,7 +33,7 @@ std::unique_ptr<Instance> Instance::make() {
         made->host_ = std::make_unique<Host>(made->context(), limits.memoryBytes);
         if (!made->host_->setUp()) return memFullErr;
         JSAutoRealm realm(made->context(), made->host_->base());
-        return made->machine_->watchMemory() ? noErr : memFullErr;
+        return made->machine_->watch() ? noErr : memFullErr;
     });
     return status == noErr ? std::move(made) : nullptr;
 }

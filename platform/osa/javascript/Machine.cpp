@@ -287,7 +287,7 @@ void Machine::interrupt() {
     JS_RequestInterruptCallback(context_);
 }
 
-bool Machine::watchMemory() {
+bool Machine::watch() {
     memory_ = js::gc::NewMemoryInfoObject(context_);
     return memory_ != nullptr;
 }
@@ -303,6 +303,8 @@ bool Machine::onInterrupt(JSContext* context) {
 bool Machine::mayGoOn() {
     if (cancelled_) {
         stopped_ = userCanceledErr;
+    } else if (memory_ == nullptr) {
+        return true;
     } else if (limits_.milliseconds != 0 && Clock::now() > deadline_) {
         stopped_ = errOSASystemError;
     } else if (stopped_ == noErr && !withinMemory()) {
@@ -312,7 +314,7 @@ bool Machine::mayGoOn() {
 }
 
 bool Machine::withinMemory() {
-    if (limits_.memoryBytes == 0 || memory_ == nullptr) return true;
+    if (limits_.memoryBytes == 0) return true;
     const bool enabled = JS_DisableInterruptCallback(context_);
     const auto used = [this] {
         return number(context_, memory_, "gcBytes") + number(context_, memory_, "mallocBytes");

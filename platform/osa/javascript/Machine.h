@@ -45,8 +45,8 @@ class Machine {
     JSContext* context() const { return context_; }
 
     // On the engine's thread:
-    /// Begins to hold scripts to the memory limit. A realm is entered, whose objects live on.
-    bool watchMemory();
+    /// Begins to hold scripts to the limits. A realm is entered, whose objects live on.
+    bool watch();
     /// Runs what promises left to be done.
     void drain();
 

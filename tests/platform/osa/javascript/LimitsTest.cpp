@@ -46,23 +46,35 @@ TEST_F(Limits, StopScriptsAndLeaveTheInstanceUsable) {
         "for (;;);",
         "try { for (;;); } finally { for (;;); }",
         "function again() { Promise.resolve().then(again); } again();",
+        "Promise.resolve().then(() => { for (;;); })",
         "while (true) try { while (true); } catch (e) {}",
         "/^(?:a|a)*?b$/.test('a'.repeat(40))",
         "({valueOf() { for (;;); }}) + 1",
         "[3, 1, 2].sort(() => { for (;;); })",
+        "({get a() { for (;;); }})",
+        "({toString() { for (;;); }})",
         "let held = []; for (;;) held.push(new Array(1000).fill({}))",
         "let big = []; for (;;) big.push(new Uint8Array(1e6).fill(1))",
         "let s = 'x'; for (;;) { s += s + 'y'; s.charCodeAt(s.length - 1); }",
     };
-    for (const char* const source : sources) {
-        SCOPED_TRACE(source);
-        const auto start = std::chrono::steady_clock::now();
-        const std::string answer = run(source);
-        EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753")) << answer;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 600ms);
-        EXPECT_EQ(run("6 * 7"), "42");
+    for (const UInt32 milliseconds : {50, 300}) {
+        limit(milliseconds, 64u << 20);
+        for (const char* const source : sources) {
+            SCOPED_TRACE(source);
+            const OSAID script = compiled(source);
+            bool inTime = false;  // once in three, as others use the machine
+            for (int attempt = 0; attempt < 3 && !inTime; ++attempt) {
+                const auto start = std::chrono::steady_clock::now();
+                const std::string answer = run(script, kOSANullScript, kOSAModeDisplayForHumans);
+                inTime = std::chrono::steady_clock::now() - start < 2ms * milliseconds;
+                EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753"))
+                    << answer;
+            }
+            EXPECT_TRUE(inTime) << milliseconds;
+            OSADispose(js, script);
+            EXPECT_EQ(run("6 * 7"), "42");
+        }
     }
-    EXPECT_EQ(shown(valueOf("({get a() { for (;;); }})")), "E-1750");
 }
 
 TEST_F(Limits, InterruptionAndForeignThreads) {
@@ -164,15 +176,28 @@ TEST_F(Limits, AForkedChildEnds) {
 TEST_F(Limits, CyclesKeepNoMemory) {
     limit(10'000, 256u << 20);
     const auto cycles = [this](int count) {
-        for (int i = 0; i < count; ++i)
-            ASSERT_EQ(run("let o = {a: [1, 2, 'text']}; function f() { return o; } f()"),
-                      "{\"a\":[1,2,\"text\"]}");
+        for (int i = 0; i < count; ++i) {
+            const OSAID script =
+                compiled("let o = {a: [1, 'text']}; function f() { return o; } f()");
+            Desc stored, value;
+            OSAID loaded = kOSANullScript, copy = kOSANullScript;
+            ASSERT_EQ(OSAStore(js, script, typeOSAGenericStorage, 0, stored.out()), noErr);
+            ASSERT_EQ(OSALoad(js, stored, 0, &loaded), noErr);
+            ASSERT_EQ(run(loaded), "{\"a\":[1,\"text\"]}");
+            const OSAID list = valueOf("[1, {b: 2}, null]");
+            ASSERT_EQ(OSACoerceToDesc(js, list, typeAEList, 0, value.out()), noErr);
+            ASSERT_EQ(OSACoerceFromDesc(js, value, 0, &copy), noErr);
+            ASSERT_EQ(run("throw new Error('no')"), "E-1753");
+            for (const OSAID id : {script, loaded, list, copy})
+                ASSERT_EQ(OSADispose(js, id), noErr);
+            ASSERT_EQ(OSADispose(js, copy), errOSAInvalidID);
+        }
     };
-    cycles(1000);
+    cycles(300);
     const long before = residentPages();
-    cycles(2000);
+    cycles(700);
 #ifndef __SANITIZE_ADDRESS__  // which keeps freed memory back
-    EXPECT_LT(residentPages() - before, 4096) << "16 MiB";
+    EXPECT_LT(residentPages() - before, 1024) << "4 MiB";
 #else
     EXPECT_GT(before, 0);
 #endif
