@@ -173,8 +173,8 @@ bool Machine::end() {
     if (getpid() != process_) return false;
     if (here == this) return false;
     interrupt();
-    const std::unique_lock lock(callers_, kLastWait);
-    if (!lock.owns_lock()) return false;
+    std::unique_lock lock(callers_, std::try_to_lock);
+    if (!lock.owns_lock() && !lock.try_lock_for(kLastWait)) return false;
     if (!ended_ && context_ != nullptr) {
         work_ = nullptr;
         asked_.give();
