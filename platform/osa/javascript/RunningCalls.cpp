@@ -1,6 +1,7 @@
 // Calls that run scripts and look into them.
 #include <CoreServices/MacErrors.h>
 
+#include "platform/base/FourCC.h"
 #include "platform/osa/javascript/Calls.h"
 #include "platform/osa/javascript/Text.h"
 #include "platform/osa/javascript/values/Values.h"
@@ -60,7 +61,7 @@ class Delivery {
 
     /// The top level is what handles the event "run" when no function does.
     OSAError runItself(bool fresh, JS::MutableHandleValue result) {
-        if (class_ != 'aevt' || id_ != 'oapp') return errAEEventNotHandled;
+        if (class_ != FourCC("aevt") || id_ != FourCC("oapp")) return errAEEventNotHandled;
         return fresh || script_.run(result) ? noErr : errOSAScriptError;
     }
 
@@ -149,7 +150,8 @@ bool handlesOpening(Script& script) {
     JS::RootedValue result(script.context());
     bool fresh = false;
     const bool found = script.ensureRun(&fresh, &result) &&
-                       script.handler(eventName('aevt', 'odoc'), &result) && isFunction(result);
+                       script.handler(eventName(FourCC("aevt"), FourCC("odoc")), &result) &&
+                       isFunction(result);
     JS_ClearPendingException(script.context());
     return found;
 }
