@@ -12,6 +12,7 @@
 #include <new>
 #include <vector>
 
+#include "platform/base/FourCC.h"
 #include "platform/text/TextConverter.h"
 
 namespace osa {
@@ -41,7 +42,8 @@ Register& componentRegister() {
         auto made = std::make_unique<Register>();
         made->components.push_back(builtIn(kOSAGenericScriptingComponentSubtype,
                                            "Generic Scripting System", "", &genericCalls()));
-        made->components.push_back(builtIn('jscr', "JavaScript", "libosajavascript.so", nullptr));
+        made->components.push_back(
+            builtIn(FourCC("jscr"), "JavaScript", "libosajavascript.so", nullptr));
         return made.release();
     }();
     return *everything;

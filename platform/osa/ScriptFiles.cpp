@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/FourCC.h"
 #include "platform/base/Result.h"
 #include "platform/osa/GenericComponent.h"
 #include "platform/osa/StoredScripts.h"
@@ -22,9 +23,9 @@
 namespace osa {
 namespace {
 
-constexpr ResType kScriptResource = 'scpt';
+constexpr ResType kScriptResource = FourCC("scpt");
 constexpr ResID kScriptID = 128;
-constexpr OSType kScriptFileType = 'osas';
+constexpr OSType kScriptFileType = FourCC("osas");
 /// No script is longer; what is may be anything.
 constexpr SInt64 kLongestScript = SInt64{64} << 20;
 

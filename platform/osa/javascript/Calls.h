@@ -12,7 +12,6 @@ OSAError load(Instance&, const AEDesc*, SInt32 mode, OSAID*);
 OSAError store(Instance&, OSAID, DescType, SInt32 mode, AEDesc*);
 OSAError compile(Instance&, const AEDesc*, SInt32 mode, OSAID*);
 OSAError copyID(Instance&, OSAID, OSAID*);
-OSAError dispose(Instance&, OSAID);
 OSAError getSource(Instance&, OSAID, DescType, AEDesc*);
 OSAError getScriptInfo(Instance&, OSAID, OSType selector, SInt32*);
 OSAError display(Instance&, OSAID, DescType, SInt32 mode, AEDesc*);

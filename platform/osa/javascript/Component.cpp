@@ -2,6 +2,7 @@
 #include <CoreServices/MacErrors.h>
 #include <OSA/ScriptingComponents.h>
 
+#include <functional>
 #include <new>
 
 #include "platform/osa/javascript/Calls.h"
@@ -20,7 +21,8 @@ template <typename... Arguments, OSAError (*Call)(Instance&, Arguments...)>
 struct Entry<Call> {
     static OSAError enter(void* storage, Arguments... arguments) {
         Instance& instance = instanceOf(storage);
-        return instance.perform([&]() -> OSAError { return Call(instance, arguments...); });
+        const auto work = [&]() -> OSAError { return Call(instance, arguments...); };
+        return instance.perform(std::cref(work));
     }
 };
 
@@ -34,12 +36,16 @@ OSAError open(ComponentInstance, void** storage) {
 }
 
 void close(void* storage) {
-    delete static_cast<Instance*>(storage);
+    instanceOf(storage).close();
 }
 
 /// The last error stays as it is, so this is no work for the engine.
 OSAError scriptError(void* storage, OSType selector, DescType type, AEDesc* result) {
     return instanceOf(storage).error().answer(selector, type, result);
+}
+
+OSAError dispose(void* storage, OSAID id) {
+    return instanceOf(storage).dispose(id);
 }
 
 void interrupt(void* storage) {
@@ -58,7 +64,7 @@ constexpr OSAComponentCalls kCalls = {
     .executeEvent = Entry<executeEvent>::enter,
     .display = Entry<display>::enter,
     .scriptError = scriptError,
-    .dispose = Entry<dispose>::enter,
+    .dispose = dispose,
     .getScriptInfo = Entry<getScriptInfo>::enter,
     .compile = Entry<compile>::enter,
     .copyID = Entry<copyID>::enter,

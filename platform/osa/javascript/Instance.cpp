@@ -4,9 +4,13 @@
 #include <CoreServices/MacErrors.h>
 
 #include <atomic>
+#include <utility>
 
 namespace osa::script {
 namespace {
+
+/// How many numbers are disposed of before that alone is worth a call.
+constexpr std::size_t kMostDisposed = 64;
 
 /// No two instances give the same number, so that another's is not mistaken for one's own.
 OSAID newID() {
@@ -22,13 +26,14 @@ std::unique_ptr<Instance> Instance::make() {
     OSALimits limits;
     OSAGetLimits(&limits);
     std::unique_ptr<Instance> made(new Instance);
+    made->disposed_.reserve(kMostDisposed);
     made->machine_ = Machine::make(limits);
     if (made->machine_ == nullptr) return nullptr;
     const OSAError status = made->perform([&made, &limits]() -> OSAError {
         made->host_ = std::make_unique<Host>(made->context(), limits.memoryBytes);
         if (!made->host_->setUp()) return memFullErr;
         JSAutoRealm realm(made->context(), made->host_->base());
-        return made->machine_->watchMemory() ? noErr : memFullErr;
+        return made->machine_->watch() ? noErr : memFullErr;
     });
     return status == noErr ? std::move(made) : nullptr;
 }
@@ -36,6 +41,7 @@ std::unique_ptr<Instance> Instance::make() {
 Instance::~Instance() {
     if (machine_ == nullptr) return;
     machine_->call([this]() -> OSAError {
+        disposed_.clear();
         items_.clear();
         host_.reset();
         return noErr;
@@ -57,23 +63,43 @@ OSAError Instance::settle(OSAError status) {
     return status == errOSAScriptError ? OSAError{errOSASystemError} : status;
 }
 
+OSAError Instance::performHere(const std::function<OSAError()>& work) {
+    disposed_.clear();
+    const auto before = std::exchange(current_, nullptr);
+    OSAError status = noErr;
+    std::optional<JSAutoRealm> realm;
+    if (host_ != nullptr) realm.emplace(context(), host_->base());
+    const bool isSetUp = realm.has_value();
+    try {
+        status = work();
+    } catch (const std::bad_alloc&) {
+        status = memFullErr;
+    }
+    if (isSetUp) status = settle(status);
+    if (isSetUp) host_->tidy();
+    current_ = before;
+    return status;
+}
+
 OSAError Instance::perform(const std::function<OSAError()>& work) {
-    return machine_->call([&]() -> OSAError {
-        const auto before = current_;
-        current_ = nullptr;
-        OSAError status = noErr;
-        std::optional<JSAutoRealm> realm;
-        if (host_ != nullptr) realm.emplace(context(), host_->base());
-        const bool isSetUp = realm.has_value();
-        try {
-            status = work();
-        } catch (const std::bad_alloc&) {
-            status = memFullErr;
-        }
-        if (isSetUp) status = settle(status);
-        if (isSetUp) host_->tidy();
-        current_ = before;
-        return status;
+    const OSAError status = machine_->call([&] { return performHere(work); });
+    if (closed_ && !machine_->isCauseOfThis()) delete this;
+    return status;
+}
+
+void Instance::close() {
+    closed_ = true;
+    if (!machine_->isCauseOfThis()) delete this;
+}
+
+OSAError Instance::dispose(OSAID id) {
+    if (disposed_.size() == kMostDisposed) perform([]() -> OSAError { return noErr; });
+    return machine_->aside([&]() -> OSAError {
+        const auto found = items_.find(id);
+        if (found == items_.end()) return errOSAInvalidID;
+        disposed_.push_back(std::move(found->second));
+        items_.erase(found);
+        return noErr;
     });
 }
 
@@ -110,7 +136,7 @@ Script::Ptr Instance::compile(StoredSource source) {
     auto script = std::make_shared<Script>(*machine_, *host_, std::move(source));
     if (script->compile()) return script;
     // The script is gone when its error is told.
-    within(script->text());
+    within(script);
     return nullptr;
 }
 

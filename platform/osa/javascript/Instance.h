@@ -21,7 +21,7 @@ struct Item {
     JS::PersistentRootedValue value;
 };
 
-/// All but `perform` and `interrupt` are for the work that perform() does.
+/// All but `perform`, `dispose`, `close` and `interrupt` are for the work that perform() does.
 class Instance {
   public:
     /// Null when there is no memory.
@@ -31,6 +31,10 @@ class Instance {
     /// Does `work` on the engine's thread, in the room's realm. An exception that it leaves pending
     /// becomes errOSAScriptError, a limit that stopped it errOSASystemError.
     OSAError perform(const std::function<OSAError()>& work);
+    /// Takes a number back; what it stood for goes with a later call.
+    OSAError dispose(OSAID id);
+    /// Ends the instance; when a call of its own caused this, after that call.
+    void close();
     void interrupt() { machine_->interrupt(); }
 
     JSContext* context() const { return machine_->context(); }
@@ -45,20 +49,23 @@ class Instance {
     OSAError addValue(JS::HandleValue value, OSAID* id);
     /// The same, but 0 for undefined.
     OSAError addResult(JS::HandleValue value, OSAID* id);
-    bool remove(OSAID id) { return items_.erase(id) != 0; }
 
     /// Null with an exception pending.
     Script::Ptr compile(StoredSource source);
-    /// Where an error of what comes next is looked for; copied, as what runs may dispose of it.
-    void within(const SourceText& text) { current_ = std::make_shared<const SourceText>(text); }
+    /// Where an error of what comes next is looked for; held, as what runs may dispose of it.
+    void within(std::shared_ptr<const SourceText> text) { current_ = std::move(text); }
+    void within(const Script::Ptr& script) { current_ = {script, &script->text()}; }
 
   private:
     Instance() = default;
+    OSAError performHere(const std::function<OSAError()>& work);
     OSAError settle(OSAError status);
 
     std::unique_ptr<Machine> machine_;
     std::unique_ptr<Host> host_;
     std::unordered_map<OSAID, std::unique_ptr<Item>> items_;
+    std::vector<std::unique_ptr<Item>> disposed_;  ///< they go on the engine's thread
+    bool closed_ = false;
     ScriptError error_;
     std::shared_ptr<const SourceText> current_;
 };

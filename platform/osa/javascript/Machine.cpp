@@ -14,6 +14,8 @@
 #include <set>
 #include <system_error>
 
+#include "platform/osa/javascript/Jobs.h"
+
 namespace osa::script {
 namespace {
 
@@ -41,6 +43,7 @@ struct Machines {
     std::mutex making;  ///< contexts are made one after the other: the first sets the process up
     std::mutex lock;
     std::set<Machine*> alive;
+    std::mutex visiting;
 };
 
 Machines& machines() {
@@ -77,6 +80,9 @@ bool engineReady() {
     return ready;
 }
 
+/// The machine whose thread this is.
+thread_local Machine* here = nullptr;
+
 double number(JSContext* cx, JS::HandleObject object, const char* name) {
     JS::RootedValue value(cx);
     return JS_GetProperty(cx, object, name, &value) && value.isNumber() ? value.toNumber() : 0;
@@ -100,46 +106,39 @@ class NoSignals {
 
 }  // namespace
 
-/// What promises left to be done, which ends with the call that caused it.
-class Machine::Jobs : public JS::JobQueue {
+bool Machine::leadsHere() const {
+    const Machine* last = this;
+    while (last != here && last->visited_ != nullptr) last = last->visited_;
+    return last == here;
+}
+
+bool Machine::isCauseOfThis() const {
+    if (here == nullptr) return false;
+    const std::lock_guard lock(machines().visiting);
+    return leadsHere();
+}
+
+/// The time that an engine's thread spends in a call of another machine, unless that waits for it.
+class Machine::Visit {
   public:
-    explicit Jobs(Machine& machine) : machine_(machine), waiting_(machine.context_, Waiting()) {}
-    void clear() { waiting_.get().clear(); }
-
-    JSObject* getIncumbentGlobal(JSContext* cx) override { return JS::CurrentGlobalOrNull(cx); }
-    bool enqueuePromiseJob(JSContext* cx, JS::HandleObject, JS::HandleObject job, JS::HandleObject,
-                           JS::HandleObject) override {
-        if (waiting_.get().append(job)) return true;
-        JS_ReportOutOfMemory(cx);
-        return false;
+    explicit Visit(const Machine& host) {
+        if (here == nullptr) return;
+        const std::lock_guard lock(machines().visiting);
+        isCircle_ = host.leadsHere();
+        if (!isCircle_) here->visited_ = &host;
     }
-    bool empty() const override { return waiting_.get().empty(); }
-    void runJobs(JSContext* cx) override {
-        if (running_) return;
-        running_ = true;
-        JS::RootedObject job(cx);
-        JS::RootedValue callee(cx), ignored(cx);
-        for (std::size_t i = 0; i < waiting_.get().length() && machine_.stopped_ == noErr; ++i) {
-            job = waiting_.get()[i];
-            waiting_.get()[i] = nullptr;
-            callee.setObject(*job);
-            JSAutoRealm realm(cx, job);
-            if (JS_CheckForInterrupt(cx) && !JS::Call(cx, JS::UndefinedHandleValue, callee,
-                                                      JS::HandleValueArray::empty(), &ignored))
-                JS_ClearPendingException(cx);
-        }
-        clear();
-        running_ = false;
+    ~Visit() {
+        if (here == nullptr || isCircle_) return;
+        const std::lock_guard lock(machines().visiting);
+        here->visited_ = nullptr;
     }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
 
-  protected:
-    js::UniquePtr<SavedJobQueue> saveJobQueue(JSContext*) override { return nullptr; }
+    bool isCircle() const { return isCircle_; }
 
   private:
-    using Waiting = JS::GCVector<JSObject*, 0, js::SystemAllocPolicy>;
-    Machine& machine_;
-    JS::PersistentRooted<Waiting> waiting_;
-    bool running_ = false;
+    bool isCircle_ = false;
 };
 
 Machine::Machine(const OSALimits& limits) : limits_(limits), process_(getpid()) {}
@@ -156,7 +155,7 @@ bool Machine::start() {
     } catch (const std::system_error&) {
         return false;
     }
-    answered_.acquire();
+    answered_.take();
     if (status_ != noErr) return false;
     const std::lock_guard lock(machines().lock);
     return machines().alive.insert(this).second;
@@ -172,13 +171,13 @@ Machine::~Machine() {
 
 bool Machine::end() {
     if (getpid() != process_) return false;
-    if (std::this_thread::get_id() == thread_.get_id()) return false;
+    if (here == this) return false;
     interrupt();
-    const std::unique_lock lock(callers_, kLastWait);
-    if (!lock.owns_lock()) return false;
+    std::unique_lock lock(callers_, std::try_to_lock);
+    if (!lock.owns_lock() && !lock.try_lock_for(kLastWait)) return false;
     if (!ended_ && context_ != nullptr) {
         work_ = nullptr;
-        asked_.release();
+        asked_.give();
     }
     ended_ = true;
     if (thread_.joinable()) thread_.join();
@@ -208,17 +207,18 @@ void Machine::setUp() {
 }
 
 void Machine::serve() {
+    here = this;
     setUp();
     status_ = context_ == nullptr ? memFullErr : noErr;
-    answered_.release();
+    answered_.give();
     if (context_ == nullptr) return;
     memory_.init(context_);
     for (;;) {
-        asked_.acquire();
+        asked_.take();
         if (work_ == nullptr) break;
         status_ = guarded(*work_);
         jobs_->clear();
-        answered_.release();
+        answered_.give();
     }
     memory_.reset();
     JS::SetJobQueue(context_, nullptr);
@@ -235,30 +235,38 @@ OSAError Machine::guarded(const std::function<OSAError()>& work) {
 }
 
 OSAError Machine::call(const std::function<OSAError()>& work) {
+    return aside([&] { return here == this ? work() : handOver(work); });
+}
+
+OSAError Machine::aside(const std::function<OSAError()>& work) {
     if (getpid() != process_) return errOSASystemError;
-    if (std::this_thread::get_id() == thread_.get_id()) return guarded(work);
+    if (here == this) return guarded(work);
+    const Visit visit(*this);
+    if (visit.isCircle()) return errOSASystemError;
     const std::lock_guard lock(callers_);
-    if (ended_) return errOSASystemError;
+    return ended_ ? OSAError{errOSASystemError} : guarded(work);
+}
+
+OSAError Machine::handOver(const std::function<OSAError()>& work) {
+    const auto begin = Clock::now();
     work_ = &work;
     stopped_ = noErr;
-    deadline_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(limits_.milliseconds);
+    deadline_ = begin + std::chrono::milliseconds(limits_.milliseconds);
     {
         const std::lock_guard stop(stopping_);
         cancelled_ = false;
         running_ = true;
     }
-    asked_.release();
-    awaitAnswer();
+    asked_.give();
+    awaitAnswer(begin);
     return status_;
 }
 
-void Machine::awaitAnswer() {
-    using Clock = std::chrono::steady_clock;
+void Machine::awaitAnswer(Clock::time_point asked) {
     const bool timed = limits_.milliseconds != 0;
     const std::size_t growth = limits_.memoryBytes / 8;
     std::size_t heap = 0;
-    Clock::time_point asked = Clock::now();
-    while (!answered_.try_acquire_for(kTick)) {
+    while (!answered_.takeWithin(kTick)) {
         const Clock::time_point now = Clock::now();
         const std::size_t used = growth == 0 ? 0 : heapBytes();
         if (heap == 0) heap = used;
@@ -279,7 +287,7 @@ void Machine::interrupt() {
     JS_RequestInterruptCallback(context_);
 }
 
-bool Machine::watchMemory() {
+bool Machine::watch() {
     memory_ = js::gc::NewMemoryInfoObject(context_);
     return memory_ != nullptr;
 }
@@ -295,7 +303,9 @@ bool Machine::onInterrupt(JSContext* context) {
 bool Machine::mayGoOn() {
     if (cancelled_) {
         stopped_ = userCanceledErr;
-    } else if (limits_.milliseconds != 0 && std::chrono::steady_clock::now() > deadline_) {
+    } else if (memory_ == nullptr) {
+        return true;
+    } else if (limits_.milliseconds != 0 && Clock::now() > deadline_) {
         stopped_ = errOSASystemError;
     } else if (stopped_ == noErr && !withinMemory()) {
         stopped_ = errOSASystemError;
@@ -304,7 +314,7 @@ bool Machine::mayGoOn() {
 }
 
 bool Machine::withinMemory() {
-    if (limits_.memoryBytes == 0 || memory_ == nullptr) return true;
+    if (limits_.memoryBytes == 0) return true;
     const bool enabled = JS_DisableInterruptCallback(context_);
     const auto used = [this] {
         return number(context_, memory_, "gcBytes") + number(context_, memory_, "mallocBytes");

@@ -9,10 +9,10 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <semaphore>
 #include <thread>
 
 #include "platform/osa/javascript/Engine.h"
+#include "platform/osa/javascript/Signal.h"
 
 namespace osa::script {
 
@@ -26,33 +26,44 @@ class Machine {
 
     /// Runs `work` on the engine's thread within the limits and gives its status: memFullErr when
     /// it throws. Called on that thread (by a coercion that a script's value causes), at once.
+    /// errOSASystemError on the thread of a machine that itself waits for this one.
     OSAError call(const std::function<OSAError()>& work);
+    /// The same on the caller's thread, for what needs no engine but that it does nothing
+    /// meanwhile.
+    OSAError aside(const std::function<OSAError()>& work);
     /// Stops what runs now; on any thread.
     void interrupt();
     /// For the process's end: ends the thread, after what runs was stopped. Later calls answer
     /// errOSASystemError. False when the script would not stop, or is what ends the process.
     bool end();
+    /// Whether this thread does what a call of the machine causes, here or by way of other
+    /// machines.
+    bool isCauseOfThis() const;
     /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
     OSAError stopped() const { return stopped_; }
 
     JSContext* context() const { return context_; }
 
     // On the engine's thread:
-    /// Begins to hold scripts to the memory limit. A realm is entered, whose objects live on.
-    bool watchMemory();
+    /// Begins to hold scripts to the limits. A realm is entered, whose objects live on.
+    bool watch();
     /// Runs what promises left to be done.
     void drain();
 
   private:
+    using Clock = std::chrono::steady_clock;
     class Jobs;
+    class Visit;
     explicit Machine(const OSALimits& limits);
     void serve();
     bool start();
     void setUp();
     OSAError guarded(const std::function<OSAError()>& work);
-    void awaitAnswer();
+    OSAError handOver(const std::function<OSAError()>& work);
+    void awaitAnswer(Clock::time_point asked);
     bool mayGoOn();
     bool withinMemory();
+    bool leadsHere() const;
     static bool onInterrupt(JSContext* context);
 
     const OSALimits limits_;
@@ -62,14 +73,15 @@ class Machine {
     const int process_;  ///< a child that was forked has no thread of ours
     std::thread thread_;
     std::timed_mutex callers_;
-    bool ended_ = false;   ///< with callers_
+    bool ended_ = false;                ///< with callers_
+    const Machine* visited_ = nullptr;  ///< whose answer its thread waits for
     std::mutex stopping_;  ///< context_ is alive while this is held and running_ is true
     bool running_ = false;
-    std::binary_semaphore asked_{0};
-    std::binary_semaphore answered_{0};
+    Signal asked_;
+    Signal answered_;
     const std::function<OSAError()>* work_ = nullptr;  ///< null asks the thread to end
     OSAError status_ = 0;
-    std::chrono::steady_clock::time_point deadline_;
+    Clock::time_point deadline_;
     std::atomic<bool> cancelled_ = false;
     OSAError stopped_ = 0;
 };

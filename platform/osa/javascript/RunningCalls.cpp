@@ -1,6 +1,7 @@
 // Calls that run scripts and look into them.
 #include <CoreServices/MacErrors.h>
 
+#include "platform/base/FourCC.h"
 #include "platform/osa/javascript/Calls.h"
 #include "platform/osa/javascript/Text.h"
 #include "platform/osa/javascript/values/Values.h"
@@ -60,7 +61,7 @@ class Delivery {
 
     /// The top level is what handles the event "run" when no function does.
     OSAError runItself(bool fresh, JS::MutableHandleValue result) {
-        if (class_ != 'aevt' || id_ != 'oapp') return errAEEventNotHandled;
+        if (class_ != FourCC("aevt") || id_ != FourCC("oapp")) return errAEEventNotHandled;
         return fresh || script_.run(result) ? noErr : errOSAScriptError;
     }
 
@@ -122,7 +123,7 @@ OSAError ready(Instance& instance, OSAID id, Script::Ptr* script) {
     if (item == nullptr) return errOSAInvalidID;
     // Held, because what runs may dispose of it by way of a coercion.
     *script = item->script;
-    instance.within((*script)->text());
+    instance.within(*script);
     bool fresh = false;
     JS::RootedValue result(instance.context());
     return (*script)->ensureRun(&fresh, &result) ? noErr : errOSAScriptError;
@@ -149,7 +150,8 @@ bool handlesOpening(Script& script) {
     JS::RootedValue result(script.context());
     bool fresh = false;
     const bool found = script.ensureRun(&fresh, &result) &&
-                       script.handler(eventName('aevt', 'odoc'), &result) && isFunction(result);
+                       script.handler(eventName(FourCC("aevt"), FourCC("odoc")), &result) &&
+                       isFunction(result);
     JS_ClearPendingException(script.context());
     return found;
 }
@@ -161,7 +163,7 @@ OSAError execute(Instance& instance, OSAID id, OSAID context, SInt32, OSAID* res
     if (parent == nullptr && context != kOSANullScript) return errOSAInvalidID;
     // Held, because what runs may dispose of it by way of a coercion.
     const Script::Ptr script = item->script;
-    instance.within(script->text());
+    instance.within(script);
     JS::RootedValue result(instance.context());
     if (item->kind == Kind::handler) {
         JS::RootedValue function(instance.context(), item->value);
@@ -180,7 +182,7 @@ OSAError executeEvent(Instance& instance, const AppleEvent* event, OSAID context
     const Item* const item = instance.findScript(context);
     if (item == nullptr) return errOSAInvalidID;
     const Script::Ptr script = item->script;
-    instance.within(script->text());
+    instance.within(script);
     JS::RootedValue result(instance.context());
     const OSAError status = Delivery(instance, *script, *event).deliver(&result);
     return status == noErr ? instance.addResult(result, resultID) : status;

@@ -27,12 +27,12 @@ OSAError addScript(Instance& instance, Script::Ptr script, bool isContext, OSAID
 }
 
 OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) {
-    const SourceText more{"addition", std::move(source)};
+    const auto more = std::make_shared<const SourceText>(SourceText{"addition", std::move(source)});
     instance.within(more);
     JS::RootedValue result(instance.context());
     bool fresh = false;
     if (!script->ensureRun(&fresh, &result)) return errOSAScriptError;
-    if (script->augment(more)) return noErr;
+    if (script->augment(*more)) return noErr;
     return errOSAScriptError;
 }
 
@@ -97,7 +97,7 @@ OSAError compile(Instance& instance, const AEDesc* source, SInt32 mode, OSAID* i
     if (script == nullptr) return errOSAScriptError;
     const bool isContext = (mode & (kOSAModeCompileIntoContext | kOSAModeAugmentContext)) != 0;
     JS::RootedValue result(instance.context());
-    if (isContext) instance.within(script->text());
+    if (isContext) instance.within(script);
     if (isContext && !script->run(&result)) return errOSAScriptError;
     // What ran may have disposed of it.
     if (previous != nullptr && (previous = instance.findScript(*id)) == nullptr)
@@ -117,10 +117,6 @@ OSAError copyID(Instance& instance, OSAID from, OSAID* to) {
     copy->script = item->script;
     copy->value = item->value;
     return instance.add(std::move(copy), to);
-}
-
-OSAError dispose(Instance& instance, OSAID id) {
-    return instance.remove(id) ? noErr : errOSAInvalidID;
 }
 
 OSAError getSource(Instance& instance, OSAID id, DescType type, AEDesc* result) {

@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 #include "tests/platform/osa/javascript/Scripting.h"
 
@@ -44,23 +46,35 @@ TEST_F(Limits, StopScriptsAndLeaveTheInstanceUsable) {
         "for (;;);",
         "try { for (;;); } finally { for (;;); }",
         "function again() { Promise.resolve().then(again); } again();",
+        "Promise.resolve().then(() => { for (;;); })",
         "while (true) try { while (true); } catch (e) {}",
         "/^(?:a|a)*?b$/.test('a'.repeat(40))",
         "({valueOf() { for (;;); }}) + 1",
         "[3, 1, 2].sort(() => { for (;;); })",
+        "({get a() { for (;;); }})",
+        "({toString() { for (;;); }})",
         "let held = []; for (;;) held.push(new Array(1000).fill({}))",
         "let big = []; for (;;) big.push(new Uint8Array(1e6).fill(1))",
         "let s = 'x'; for (;;) { s += s + 'y'; s.charCodeAt(s.length - 1); }",
     };
-    for (const char* const source : sources) {
-        SCOPED_TRACE(source);
-        const auto start = std::chrono::steady_clock::now();
-        const std::string answer = run(source);
-        EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753")) << answer;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 600ms);
-        EXPECT_EQ(run("6 * 7"), "42");
+    for (const UInt32 milliseconds : {50, 300}) {
+        limit(milliseconds, 64u << 20);
+        for (const char* const source : sources) {
+            SCOPED_TRACE(source);
+            const OSAID script = compiled(source);
+            bool inTime = false;  // once in three, as others use the machine
+            for (int attempt = 0; attempt < 3 && !inTime; ++attempt) {
+                const auto start = std::chrono::steady_clock::now();
+                const std::string answer = run(script, kOSANullScript, kOSAModeDisplayForHumans);
+                inTime = std::chrono::steady_clock::now() - start < 2ms * milliseconds;
+                EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753"))
+                    << answer;
+            }
+            EXPECT_TRUE(inTime) << milliseconds;
+            OSADispose(js, script);
+            EXPECT_EQ(run("6 * 7"), "42");
+        }
     }
-    EXPECT_EQ(shown(valueOf("({get a() { for (;;); }})")), "E-1750");
 }
 
 TEST_F(Limits, InterruptionAndForeignThreads) {
@@ -74,6 +88,46 @@ TEST_F(Limits, InterruptionAndForeignThreads) {
     EXPECT_EQ(answer, "E-128");
     OSAInterrupt(js);
     EXPECT_EQ(run("1"), "1");
+}
+
+/// The first instance's coercions call the second, whose call the first and close it.
+struct Ring {
+    ComponentInstance instances[2];
+    OSAID values[2];
+    int calls = 0;
+    OSAError refusal = noErr;
+
+    static OSErr next(const AEDesc*, DescType type, SInt32, AEDesc* result);
+    static std::ptrdiff_t threads() {
+        const std::filesystem::directory_iterator tasks("/proc/self/task");
+        return std::distance(begin(tasks), end(tasks));
+    }
+} ring;
+
+OSErr Ring::next(const AEDesc*, DescType type, SInt32, AEDesc* result) {
+    if (ring.calls++ == 0)
+        return OSErr(OSACoerceToDesc(ring.instances[1], ring.values[1], type, 0, result));
+    ring.refusal = OSACoerceToDesc(ring.instances[0], ring.values[0], typeSInt16, 0, result);
+    const OSErr nested = OSErr(OSADispose(ring.instances[0], ring.values[0]));
+    return nested == errOSASystemError ? CloseComponent(ring.instances[0]) : nested;
+}
+
+TEST_F(Limits, InstancesThatCallEachOtherAreRefusedAndMayBeClosed) {
+    const OSAID first = valueOf("1");
+    ring = {{js, OpenDefaultComponent(kOSAComponentType, 'jscr')}, {first, kOSANullScript}};
+    const std::ptrdiff_t threads = Ring::threads();
+    const Desc two(typeUTF8Text, "2");
+    ASSERT_EQ(OSACoerceFromDesc(ring.instances[1], two, 0, &ring.values[1]), noErr);
+    const auto handler = reinterpret_cast<AECoercionHandlerUPP>(&Ring::next);
+    AEInstallCoercionHandler(typeWildCard, 'ring', handler, 0, 1, 0);
+    Desc answer;
+    EXPECT_EQ(OSACoerceToDesc(std::exchange(js, nullptr), first, 'ring', 0, answer.out()), noErr);
+    EXPECT_EQ(ring.refusal, errOSASystemError);
+    // The system forgets a thread some time after it has ended.
+    for (int i = 0; i < 100 && Ring::threads() == threads; ++i) std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(Ring::threads(), threads - 1) << "the first has ended";
+    AERemoveCoercionHandler(typeWildCard, 'ring', handler, 0);
+    CloseComponent(ring.instances[1]);
 }
 
 TEST_F(Limits, NothingOutsideIsWithinReach) {
@@ -124,15 +178,28 @@ TEST_F(Limits, AForkedChildEnds) {
 TEST_F(Limits, CyclesKeepNoMemory) {
     limit(10'000, 256u << 20);
     const auto cycles = [this](int count) {
-        for (int i = 0; i < count; ++i)
-            ASSERT_EQ(run("let o = {a: [1, 2, 'text']}; function f() { return o; } f()"),
-                      "{\"a\":[1,2,\"text\"]}");
+        for (int i = 0; i < count; ++i) {
+            const OSAID script =
+                compiled("let o = {a: [1, 'text']}; function f() { return o; } f()");
+            Desc stored, value;
+            OSAID loaded = kOSANullScript, copy = kOSANullScript;
+            ASSERT_EQ(OSAStore(js, script, typeOSAGenericStorage, 0, stored.out()), noErr);
+            ASSERT_EQ(OSALoad(js, stored, 0, &loaded), noErr);
+            ASSERT_EQ(run(loaded), "{\"a\":[1,\"text\"]}");
+            const OSAID list = valueOf("[1, {b: 2}, null]");
+            ASSERT_EQ(OSACoerceToDesc(js, list, typeAEList, 0, value.out()), noErr);
+            ASSERT_EQ(OSACoerceFromDesc(js, value, 0, &copy), noErr);
+            ASSERT_EQ(run("throw new Error('no')"), "E-1753");
+            for (const OSAID id : {script, loaded, list, copy})
+                ASSERT_EQ(OSADispose(js, id), noErr);
+            ASSERT_EQ(OSADispose(js, copy), errOSAInvalidID);
+        }
     };
-    cycles(1000);
+    cycles(300);
     const long before = residentPages();
-    cycles(2000);
-#ifndef __SANITIZE_ADDRESS__  // which keeps freed memory back
-    EXPECT_LT(residentPages() - before, 4096) << "16 MiB";
+    cycles(700);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // with memory of their own
+    EXPECT_LT(residentPages() - before, 1024) << "4 MiB";
 #else
     EXPECT_GT(before, 0);
 #endif

@@ -94,11 +94,11 @@ class Scripting : public testing::Test {
         EXPECT_EQ(OSADispose(js, script), noErr);
         return value;
     }
-    std::string run(OSAID script, OSAID context = kOSANullScript) {
+    std::string run(OSAID script, OSAID context = kOSANullScript, SInt32 mode = kOSAModeNull) {
         OSAID value = kOSANullScript;
         const OSAError status = OSAExecute(js, script, context, kOSAModeNull, &value);
         if (status != noErr) return failed(status);
-        const std::string answer = shown(value);
+        const std::string answer = shown(value, mode);
         if (value != kOSANullScript) OSADispose(js, value);
         return answer;
     }
