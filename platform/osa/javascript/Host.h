@@ -40,8 +40,12 @@ class Host {
     /// Calls a function of the prelude, in the room's realm.
     bool ask(const char* function, const JS::HandleValueArray& arguments,
              JS::MutableHandleValue answer);
+    /// Leaves of a script's source what running it needs, to be stored run-only. Fails with an
+    /// exception for what nests too deep for that.
+    bool reduce(std::u16string* source);
 
   private:
+    bool evaluate(const char16_t* expression, JS::MutableHandleValue value);
     bool runPrelude();
     bool furnish();
 

@@ -27,7 +27,7 @@ OSAError addScript(Instance& instance, Script::Ptr script, bool isContext, OSAID
 }
 
 OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) {
-    const SourceText more{"addition", std::move(source)};
+    const SourceText more(std::move(source));
     instance.within(more);
     JS::RootedValue result(instance.context());
     bool fresh = false;
@@ -80,7 +80,9 @@ OSAError store(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDesc*
     if (item == nullptr) return errOSAInvalidID;
     if (!isStored(type) && type != typeBest && type != typeWildCard) return errOSABadStorageType;
     const bool runOnly = item->script->runOnly() || (mode & kOSAModePreventGetSource) != 0;
-    const OSErr status = writeStored({item->script->text().text, runOnly}, result);
+    std::u16string text = item->script->text().text;
+    if (runOnly && !instance.host().reduce(&text)) return errOSAScriptError;
+    const OSErr status = writeStored({std::move(text), runOnly}, result);
     if (status == noErr && type == kJavaScript) result->descriptorType = type;
     return status;
 }
