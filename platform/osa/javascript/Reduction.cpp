@@ -85,9 +85,11 @@ function scan(text, expressions) {
     function word() {
         let end = at;
         while (end < text.length && isWord(text.charCodeAt(end))) ++end;
+        // Of these the tree does not tell the place.
+        const isMember = !gap && pieces.at(-1) === "." && pieces.at(-2) !== ".";
         const begin = at;
         put(end);
-        words.push({piece: pieces.length - 1, at: begin});
+        words.push({piece: pieces.length - 1, at: begin, isMember});
     }
     if (text.startsWith("#!")) skip(lineFrom(0));
     while (at < text.length) {
@@ -136,10 +138,10 @@ function scope(above, isHome) {
 
 // Where the tree has regular expressions and names; the spellings that must stay.
 function survey(program, place) {
-    const top = scope(null, true), uses = new Map(), expressions = new Set(), kept = new Set(["arguments"]);
-    const waiting = [[program, top]];
+    const top = scope(null, true), uses = new Map(), expressions = new Set(), kept = new Set(["arguments", "__proto__"]);
+    const waiting = [program, top];
     let unsure = false;
-    const visit = (node, within) => { if (node) waiting.push([node, within]); };
+    const visit = (node, within) => { if (node) waiting.push(node, within); };
     function use(node, within, pair) {
         if (node.name === "eval") unsure = true;
         if (node.loc === null) kept.add(node.name);
@@ -159,7 +161,8 @@ function survey(program, place) {
         });
         visit(node.rest, outer);
         visit(node.body, inner);
-        if (node.id) kept.add(node.id.name);
+        // Methods have the name of their property, which is at no place.
+        if (node.id && node.id.loc !== null) kept.add(node.id.name);
     }
     // Short for name and variable when both are at one place, also with a default.
     function property({key, value}, within) {
@@ -202,11 +205,15 @@ function survey(program, place) {
             if (key === "label" || isMember && key === "property" || type === "CallImport" && key === "ident" ||
                 (type === "ClassMethod" || type === "ClassField") && key === "name" && part.type === "Identifier")
                 plain(part);
+            else if (key === "discriminant") visit(part, within);
             else if (Array.isArray(part)) part.forEach(one => visit(one, inner));
             else visit(part, inner);
         }
     }
-    while (waiting.length !== 0) any(...waiting.pop());
+    while (waiting.length !== 0) {
+        const within = waiting.pop();
+        any(waiting.pop(), within);
+    }
     top.names.forEach(name => kept.add(name));
     return {uses, expressions, kept, unsure};
 }
@@ -219,10 +226,10 @@ function isLocal({node, within}) {
 }
 
 function rename({uses, kept}, {pieces, words}) {
-    for (const {piece, at} of words) {
+    for (const {piece, at, isMember} of words) {
         const use = uses.get(at);
         if (use !== undefined && use.node.name === pieces[piece]) use.met = true;
-        else kept.add(pieces[piece]);
+        else if (use !== undefined || !isMember) kept.add(pieces[piece]);
     }
     for (const use of uses.values())
         if (!use.met || use.within !== null && !isLocal(use)) kept.add(use.node.name);
@@ -230,7 +237,7 @@ function rename({uses, kept}, {pieces, words}) {
     let last = 0;
     for (const {piece, at} of words) {
         const use = uses.get(at), name = pieces[piece];
-        if (kept.has(name) || use.within === null) continue;
+        if (kept.has(name) || use === undefined || use.within === null) continue;
         if (!names.has(name)) {
             do ++last; while (kept.has("v" + last));
             names.set(name, "v" + last);

@@ -52,14 +52,14 @@ OSAError displayText(Instance& instance, const Item& item, bool human, std::u16s
         return noErr;
     }
     JSContext* const cx = instance.context();
-    JS::RootedValueArray<2> arguments(cx);
+    JS::RootedValueArray<3> arguments(cx);
     arguments[0].set(item.value);
     arguments[1].setBoolean(human);
+    arguments[2].setNumber(instance.host().affordedText());
     JS::RootedValue answer(cx);
     if (!instance.host().ask("display", arguments, &answer)) return errOSAScriptError;
+    if (answer.isNull()) return memFullErr;
     JS::RootedString string(cx, JS::ToString(cx, answer));
-    if (string != nullptr && !instance.host().affords(JS_GetStringLength(string) * 2))
-        return memFullErr;
     return string != nullptr && toText(cx, string, text) ? noErr : errOSAScriptError;
 }
 
