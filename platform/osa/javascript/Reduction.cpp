@@ -142,14 +142,18 @@ function survey(program, place) {
     const waiting = [program, top];
     let unsure = false;
     const visit = (node, within) => { if (node) waiting.push(node, within); };
+    function note(node, within, pair) {
+        const at = node.loc === null ? -1 : place(node.loc.start);
+        if (at < 0 || uses.has(at)) kept.add(node.name);
+        else uses.set(at, {node, within, pair, met: false});
+    }
     function use(node, within, pair) {
         if (node.name === "eval") unsure = true;
-        if (node.loc === null) kept.add(node.name);
-        else uses.set(place(node.loc.start), {node, within, pair, met: false});
+        note(node, within, pair);
     }
+    // A name of something else than a variable.
     function plain(node) {
-        if (node && node.type === "Identifier" && node.loc !== null)
-            uses.set(place(node.loc.start), {node, within: null, pair: false, met: false});
+        if (node.type === "Identifier" && node.loc !== null) note(node, null, false);
     }
     function callable(node, within) {
         const outer = scope(within, false), inner = scope(outer, true);
