@@ -1,23 +1,12 @@
 // Any text as a script that is stored run-only: what is stored loads, and is stored the same again.
 #include <CoreServices/AEDataModel.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/ScriptingComponents.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
-extern "C" const OSAComponentCalls* OSAComponent(void);
+#include "fuzz/osa-javascript/FuzzInstance.h"
 
 namespace {
-
-ComponentInstance openComponent() {
-    const OSALimits limits = {5000, 256 << 20};
-    OSASetLimits(&limits);
-    Component component = nullptr;
-    if (OSARegisterComponent('fuzz', "fuzz", OSAComponent(), &component) != noErr) std::abort();
-    return OpenComponent(component);
-}
 
 bool areEqual(const AEDesc& one, const AEDesc& other) {
     const Size size = AEGetDescDataSize(&one);
@@ -40,7 +29,7 @@ bool isExpected(ComponentInstance instance) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ComponentInstance instance = openComponent();
+    static const ComponentInstance instance = openComponent(5000, 256 << 20);
     AEDesc source, stored, again;
     AEInitializeDesc(&stored);
     AEInitializeDesc(&again);

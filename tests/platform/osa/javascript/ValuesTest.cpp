@@ -4,7 +4,23 @@
 namespace osa::test {
 namespace {
 
-class Values : public Scripting {};
+/// A million values take their time where memory is watched.
+class Values : public Scripting {
+  protected:
+    void SetUp() override {
+        OSAGetLimits(&before_);
+        const OSALimits limits{0, before_.memoryBytes};
+        OSASetLimits(&limits);
+        open();
+    }
+    void TearDown() override {
+        Scripting::TearDown();
+        OSASetLimits(&before_);
+    }
+
+  private:
+    OSALimits before_{};
+};
 
 TEST_F(Values, AreDisplayedAndBecomeDescriptors) {
     struct Row {
