@@ -141,7 +141,7 @@ function survey(program, place) {
     const top = scope(null, true), uses = new Map(), expressions = new Set(), kept = new Set(["arguments", "__proto__"]);
     const waiting = [program, top];
     let unsure = false;
-    const visit = (node, within) => { if (node) waiting.push(node, within); };
+    const visit = (node, within) => { if (node && node.type) waiting.push(node, within); };
     function note(node, within, pair) {
         const at = node.loc === null ? -1 : place(node.loc.start);
         if (at < 0 || uses.has(at)) kept.add(node.name);

@@ -88,6 +88,8 @@ TEST_F(Storage, RunOnlyIsReducedToWhatRuns) {
          u"(function (v1) { const f = () => v1, v2 = [class {}][0]; var v3 = f; return [f.name, "
          u"v2.name, v3()] })(4)"},
         {"(function (a) { /**/ return eval('a') })(5)", u"(function (a) { return eval('a') })(5)"},
+        {"(a => String.raw`\\u /* ${ a } */`) /**/ (6)",
+         u"(v1 => String.raw`\\u /* ${ v1 } */`) (6)"},
         {"k = 1; (() => { switch (k) { case 1: let k = 2, __proto__ = {}; return [k, {__proto__}] "
          "} })()",
          u"k = 1; (() => { switch (k) { case 1: let k = 2, __proto__ = {}; return [k, {__proto__}] "
