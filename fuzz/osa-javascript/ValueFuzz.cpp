@@ -1,24 +1,13 @@
 // Any flattened descriptor as a script's value: it becomes a value or is refused, is shown, and
 // coerced to what it can be, and leaves nothing behind.
 #include <CoreServices/AEDataModel.h>
-#include <CoreServices/MacErrors.h>
-#include <OSA/ScriptingComponents.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <initializer_list>
 
-extern "C" const OSAComponentCalls* OSAComponent(void);
+#include "fuzz/osa-javascript/FuzzInstance.h"
 
 namespace {
-
-ComponentInstance openComponent() {
-    const OSALimits limits = {1000, 64 << 20};
-    OSASetLimits(&limits);
-    Component component = nullptr;
-    if (OSARegisterComponent('fuzz', "fuzz", OSAComponent(), &component) != noErr) std::abort();
-    return OpenComponent(component);
-}
 
 void use(ComponentInstance instance, OSAID value) {
     SInt32 best = 0;
@@ -42,7 +31,7 @@ void use(ComponentInstance instance, OSAID value) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ComponentInstance instance = openComponent();
+    static const ComponentInstance instance = openComponent(1000, 64 << 20);
     AEDesc desc;
     if (AEUnflattenDescFromBytes(data, size, &desc) != noErr) return 0;
     OSAID value = kOSANullScript;

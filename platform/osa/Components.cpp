@@ -128,11 +128,24 @@ const OSAComponentCalls* callsOf(Component component) {
 ComponentInstance openHeld(Component component) {
     const OSAComponentCalls* const calls = callsOf(component);
     if (calls == nullptr) return nullptr;
-    auto instance = std::make_unique<ComponentInstanceRecord>();
-    *instance = {kInstanceMagic, component, calls, nullptr};
+    std::unique_ptr<ComponentInstanceRecord> instance(
+        new ComponentInstanceRecord{kInstanceMagic, component, calls, nullptr});
     if (calls->open != nullptr && calls->open(instance.get(), &instance->storage) != noErr)
         return nullptr;
     return instance.release();
+}
+
+/// Ends an instance that no call uses.
+OSErr end(ComponentInstance ended) {
+    const std::unique_ptr<ComponentInstanceRecord> instance(ended);
+    OSErr status = noErr;
+    try {
+        if (instance->calls->close != nullptr) instance->calls->close(instance->storage);
+    } catch (...) {
+        status = errOSASystemError;
+    }
+    letGo(instance->component);
+    return status;
 }
 
 /// Mac Roman when the name can be written in it, cut to what a Pascal string holds.
@@ -164,6 +177,10 @@ Component add(OSType subType, const char* name, const OSAComponentCalls* calls) 
 
 bool isInstance(ComponentInstance instance) {
     return instance != nullptr && instance->magic == kInstanceMagic;
+}
+
+InstanceInUse::~InstanceInUse() {
+    if (--instance_->running == 0 && !isInstance(instance_)) end(instance_);
 }
 
 Component findScriptingComponent(OSType subType) {
@@ -226,16 +243,8 @@ ComponentInstance OpenDefaultComponent(OSType componentType, OSType componentSub
 
 OSErr CloseComponent(ComponentInstance aComponentInstance) {
     if (!osa::isInstance(aComponentInstance)) return static_cast<OSErr>(badComponentInstance);
-    const std::unique_ptr<ComponentInstanceRecord> instance(aComponentInstance);
-    instance->magic = 0;
-    OSErr status = noErr;
-    try {
-        if (instance->calls->close != nullptr) instance->calls->close(instance->storage);
-    } catch (...) {
-        status = errOSASystemError;
-    }
-    osa::letGo(instance->component);
-    return status;
+    aComponentInstance->magic = 0;
+    return aComponentInstance->running == 0 ? osa::end(aComponentInstance) : OSErr{noErr};
 }
 
 OSErr OSARegisterComponent(OSType subType, const char* name, const OSAComponentCalls* calls,

@@ -3,6 +3,7 @@
 
 #include <OSA/ScriptingComponents.h>
 
+#include <atomic>
 #include <cstddef>
 #include <string>
 
@@ -16,16 +17,31 @@ struct ComponentRecord {
 };
 
 struct ComponentInstanceRecord {
-    UInt32 magic = 0;
+    UInt32 magic = 0;  ///< what tells an open one
     ComponentRecord* component = nullptr;
     const OSAComponentCalls* calls = nullptr;
     void* storage = nullptr;
+    std::atomic<int> running = 0;  ///< calls
 };
 
 namespace osa {
 
 /// Whether `instance` is an open one, as far as can be told.
 bool isInstance(ComponentInstance instance);
+
+/// A call of an instance. One that is closed by what the call causes ends with the outermost call.
+class InstanceInUse {
+  public:
+    explicit InstanceInUse(ComponentInstance instance) : instance_(instance) {
+        ++instance->running;
+    }
+    ~InstanceInUse();
+    InstanceInUse(const InstanceInUse&) = delete;
+    InstanceInUse& operator=(const InstanceInUse&) = delete;
+
+  private:
+    ComponentInstance instance_;
+};
 
 /// The first component of the subtype; null when there is none.
 Component findScriptingComponent(OSType subType);

@@ -42,6 +42,7 @@ template <auto Entry, typename... Arguments>
 OSAError enter(ComponentInstance instance, Arguments... arguments) {
     const auto entry = instance->calls->*Entry;
     if (entry == nullptr) return errOSABadSelector;
+    const InstanceInUse use(instance);
     try {
         return entry(instance->storage, arguments...);
     } catch (const std::bad_alloc&) {
@@ -100,6 +101,7 @@ OSAError OSALoadFile(ComponentInstance scriptingComponent, const FSRef* scriptFi
     if (resultingScriptID != nullptr) *resultingScriptID = kOSANullScript;
     OSAError status = check(scriptingComponent, {scriptFile, resultingScriptID});
     if (status != noErr) return status;
+    const InstanceInUse use(scriptingComponent);
     status = scriptingComponent->calls->loadFile != nullptr
                  ? enter<&Calls::loadFile>(scriptingComponent, scriptFile, &canStore, modeFlags,
                                            resultingScriptID)
@@ -116,6 +118,7 @@ OSAError OSAStoreFile(ComponentInstance scriptingComponent, OSAID scriptID, Desc
                       SInt32 modeFlags, const FSRef* scriptFile) {
     const OSAError status = check(scriptingComponent, {scriptFile});
     if (status != noErr) return status;
+    const InstanceInUse use(scriptingComponent);
     return scriptingComponent->calls->storeFile != nullptr
                ? enter<&Calls::storeFile>(scriptingComponent, scriptID, desiredType, modeFlags,
                                           scriptFile)

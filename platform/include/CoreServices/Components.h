@@ -36,7 +36,9 @@ OSA_PLATFORM_EXPORT ComponentInstance OpenComponent(Component aComponent);
 /// The first component of the type and subtype; null when there is none.
 OSA_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType componentType,
                                                            OSType componentSubType);
-/// Disposes of everything that the instance holds, scripts and values included.
+/// Disposes of everything that the instance holds, scripts and values included. In the middle of a
+/// call of it, as in a handler that the call causes, nothing more can be asked of the instance, and
+/// it ends with the call.
 /// badComponentInstance for null; of it, as of every status, an OSErr holds the low 16 bits.
 OSA_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance aComponentInstance);
 

@@ -36,7 +36,7 @@ OSAError open(ComponentInstance, void** storage) {
 }
 
 void close(void* storage) {
-    instanceOf(storage).close();
+    delete static_cast<Instance*>(storage);
 }
 
 /// The last error stays as it is, so this is no work for the engine.

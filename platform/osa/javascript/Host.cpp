@@ -2,6 +2,7 @@
 #include "platform/osa/javascript/Host.h"
 
 #include "platform/osa/javascript/Prelude.h"
+#include "platform/osa/javascript/Reduction.h"
 #include "platform/osa/javascript/Text.h"
 #include "platform/osa/javascript/values/HostObjects.h"
 
@@ -35,15 +36,19 @@ bool Host::setUp() {
     return JS_InitReflectParse(cx_, base_) && runPrelude();
 }
 
-bool Host::runPrelude() {
+/// The room's own JavaScript, in the realm that is entered.
+bool Host::evaluate(const char16_t* expression, JS::MutableHandleValue value) {
     JS::CompileOptions options(cx_);
     options.setFileAndLine("prelude", 1);
     JS::SourceText<char16_t> text;
+    return text.init(cx_, expression, std::char_traits<char16_t>::length(expression),
+                     JS::SourceOwnership::Borrowed) &&
+           JS::Evaluate(cx_, options, text, value);
+}
+
+bool Host::runPrelude() {
     JS::RootedValue value(cx_);
-    if (!text.init(cx_, kPrelude, std::char_traits<char16_t>::length(kPrelude),
-                   JS::SourceOwnership::Borrowed) ||
-        !JS::Evaluate(cx_, options, text, &value) || !value.isObject())
-        return false;
+    if (!evaluate(kPrelude, &value) || !value.isObject()) return false;
     prelude_ = &value.toObject();
     return true;
 }
@@ -55,15 +60,24 @@ bool Host::ask(const char* function, const JS::HandleValueArray& arguments,
     return JS_CallFunctionName(cx_, prelude, function, arguments, answer);
 }
 
+bool Host::reduce(std::u16string* source) {
+    JSAutoRealm realm(cx_, base_);
+    JS::RootedValue function(cx_), answer(cx_);
+    JS::RootedValueArray<1> arguments(cx_);
+    JSString* const text = toString(cx_, *source);
+    if (text == nullptr) return false;
+    arguments[0].setString(text);
+    if (!evaluate(kReduction, &function) ||
+        !JS::Call(cx_, JS::UndefinedHandleValue, function, arguments, &answer))
+        return false;
+    JS::RootedString reduced(cx_, answer.toString());
+    return toText(cx_, reduced, source);
+}
+
 /// What scripts can hold is of their own realm, from where there is no way into the room's.
 bool Host::furnish() {
-    JS::CompileOptions options(cx_);
-    options.setFileAndLine("prelude", 1);
-    JS::SourceText<char16_t> text;
     JS::RootedValue ignored(cx_);
-    return text.init(cx_, kFurniture, std::char_traits<char16_t>::length(kFurniture),
-                     JS::SourceOwnership::Borrowed) &&
-           JS::Evaluate(cx_, options, text, &ignored);
+    return evaluate(kFurniture, &ignored);
 }
 
 JSObject* Host::heldPrototype(bool file) {

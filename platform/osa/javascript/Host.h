@@ -3,6 +3,7 @@
 // All are of one compartment, so that values go from one to another as they are.
 #pragma once
 
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,10 @@ class Host {
     JSContext* context() const { return cx_; }
     /// Whether a conversion may take so many bytes.
     bool affords(std::size_t bytes) const { return memoryBytes_ == 0 || bytes <= memoryBytes_; }
+    /// How many characters one may make.
+    double affordedText() const {
+        return memoryBytes_ == 0 ? HUGE_VAL : static_cast<double>(memoryBytes_ / sizeof(char16_t));
+    }
     JSObject* base() const { return base_; }
     /// The entered realm's own prototype of File, or of Descriptor.
     JSObject* heldPrototype(bool file);
@@ -40,8 +45,12 @@ class Host {
     /// Calls a function of the prelude, in the room's realm.
     bool ask(const char* function, const JS::HandleValueArray& arguments,
              JS::MutableHandleValue answer);
+    /// Leaves of a script's source what running it needs, to be stored run-only. Fails with an
+    /// exception for what nests too deep for that.
+    bool reduce(std::u16string* source);
 
   private:
+    bool evaluate(const char16_t* expression, JS::MutableHandleValue value);
     bool runPrelude();
     bool furnish();
 

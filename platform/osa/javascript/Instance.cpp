@@ -82,14 +82,7 @@ OSAError Instance::performHere(const std::function<OSAError()>& work) {
 }
 
 OSAError Instance::perform(const std::function<OSAError()>& work) {
-    const OSAError status = machine_->call([&] { return performHere(work); });
-    if (closed_ && !machine_->isCauseOfThis()) delete this;
-    return status;
-}
-
-void Instance::close() {
-    closed_ = true;
-    if (!machine_->isCauseOfThis()) delete this;
+    return machine_->call([&] { return performHere(work); });
 }
 
 OSAError Instance::dispose(OSAID id) {

@@ -21,7 +21,7 @@ struct Item {
     JS::PersistentRootedValue value;
 };
 
-/// All but `perform`, `dispose`, `close` and `interrupt` are for the work that perform() does.
+/// All but `perform`, `dispose` and `interrupt` are for the work that perform() does.
 class Instance {
   public:
     /// Null when there is no memory.
@@ -33,8 +33,6 @@ class Instance {
     OSAError perform(const std::function<OSAError()>& work);
     /// Takes a number back; what it stood for goes with a later call.
     OSAError dispose(OSAID id);
-    /// Ends the instance; when a call of its own caused this, after that call.
-    void close();
     void interrupt() { machine_->interrupt(); }
 
     JSContext* context() const { return machine_->context(); }
@@ -65,7 +63,6 @@ class Instance {
     std::unique_ptr<Host> host_;
     std::unordered_map<OSAID, std::unique_ptr<Item>> items_;
     std::vector<std::unique_ptr<Item>> disposed_;  ///< they go on the engine's thread
-    bool closed_ = false;
     ScriptError error_;
     std::shared_ptr<const SourceText> current_;
 };

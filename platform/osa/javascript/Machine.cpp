@@ -112,12 +112,6 @@ bool Machine::leadsHere() const {
     return last == here;
 }
 
-bool Machine::isCauseOfThis() const {
-    if (here == nullptr) return false;
-    const std::lock_guard lock(machines().visiting);
-    return leadsHere();
-}
-
 /// The time that an engine's thread spends in a call of another machine, unless that waits for it.
 class Machine::Visit {
   public:

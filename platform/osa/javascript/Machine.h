@@ -36,9 +36,6 @@ class Machine {
     /// For the process's end: ends the thread, after what runs was stopped. Later calls answer
     /// errOSASystemError. False when the script would not stop, or is what ends the process.
     bool end();
-    /// Whether this thread does what a call of the machine causes, here or by way of other
-    /// machines.
-    bool isCauseOfThis() const;
     /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
     OSAError stopped() const { return stopped_; }
 
@@ -63,6 +60,7 @@ class Machine {
     void awaitAnswer(Clock::time_point asked);
     bool mayGoOn();
     bool withinMemory();
+    /// Whether it waits, directly or not, for the machine whose thread this is.
     bool leadsHere() const;
     static bool onInterrupt(JSContext* context);
 

@@ -22,17 +22,32 @@ function ownText(value) {
     return null;
 }
 
+// How many characters may still be made, for text that stands for more than there is memory.
+let room = 0;
+const full = {};
+function spend(count) {
+    room -= count;
+    if (room < 0) throw full;
+}
+function counted(text) {
+    spend(text.length);
+    return text;
+}
+
 function primitive(value, human) {
     switch (typeof value) {
-        case "string": return human ? value : JSON.stringify(value);
-        case "number": return Object.is(value, -0) ? "-0" : String(value);
-        case "bigint": return value + (human ? "" : "n");
-        case "function": return source(value);
-        default: return String(value);
+        case "string":
+            spend(value.length);
+            return human ? value : counted(JSON.stringify(value));
+        case "number": return counted(Object.is(value, -0) ? "-0" : String(value));
+        case "bigint": return counted(value + (human ? "" : "n"));
+        case "function": return counted(source(value));
+        default: return counted(String(value));
     }
 }
 
 function object(value, human, above) {
+    spend(8);
     const inner = item => display(item, human, above);
     const items = list => "[" + Array.from(list, inner).join(human ? ", " : ",") + "]";
     if (Array.isArray(value)) return items(value);
@@ -43,7 +58,7 @@ function object(value, human, above) {
         case "File": case "Descriptor": return primitive(value.toString(), human);
         case "Date":
             return human ? value.toString() : "new Date(" + JSON.stringify(value.toJSON()) + ")";
-        case "RegExp": case "Error": return String(value);
+        case "RegExp": case "Error": return counted(String(value));
         case "String": case "Number": case "Boolean": case "BigInt": case "Symbol":
             return primitive(value.valueOf(), human);
         case "ArrayBuffer":
@@ -52,8 +67,8 @@ function object(value, human, above) {
         case "Map": case "Set": return (human ? "" : "new " + tag + "(") + items(value) + (human ? "" : ")");
     }
     const text = human ? ownText(value) : null;
-    if (text !== null) return String(value);
-    const field = key => (human ? key : JSON.stringify(key)) + (human ? ": " : ":") + inner(value[key]);
+    if (text !== null) return counted(String(value));
+    const field = key => primitive(key, human) + (human ? ": " : ":") + inner(value[key]);
     return "{" + Object.keys(value).map(field).join(human ? ", " : ",") + "}";
 }
 
@@ -103,8 +118,22 @@ function freeze(value) {
 [globalThis, function* () {}, async function () {}, async function* () {}, [][Symbol.iterator](),
  ""[Symbol.iterator](), new Map().entries(), new Set().entries(), "".matchAll(/a/g)].forEach(freeze);
 
+// What is shown may run a script that has something shown.
+function within(limit, value, human) {
+    const before = room;
+    room = limit;
+    try {
+        return display(value, human, []);
+    } catch (error) {
+        if (error === full) return null;
+        throw error;
+    } finally {
+        room = before;
+    }
+}
+
 return {
-    display: (value, human) => display(value, human, []),
+    display: (value, human, limit) => within(limit, value, human),
     lexicals,
     unboxed: value => value.valueOf(),
     toLocal: date => time(date) - offset(date) * 60000

@@ -4,7 +4,7 @@
 namespace osa::script {
 
 /// An expression that gives an object of functions:
-///   display(value, human)   text of a value
+///   display(value, human, limit)   text of a value; null when it would have more characters
 ///   lexicals(source)        names that `let`, `const` and `class` declare at the top level; null
 ///                           when they cannot be told
 ///   unboxed(object)         the value that an object of Number, String and the like stands for

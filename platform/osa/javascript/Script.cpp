@@ -18,7 +18,7 @@ Script::Script(Machine& machine, Host& host, StoredSource source)
     : machine_(machine),
       host_(host),
       cx_(host.context()),
-      text_{"script", std::move(source.text)},
+      text_(std::move(source.text)),
       runOnly_(source.runOnly),
       global_(cx_),
       code_(cx_) {}
@@ -62,10 +62,12 @@ bool Script::declarations(std::vector<std::u16string>* names, bool* known) {
     return true;
 }
 
+/// As they are, without asking a getter.
 bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
     JS::Rooted<JS::IdVector> ids(cx_, JS::IdVector(cx_));
     JS::RootedId id(cx_);
-    JS::RootedValue value(cx_);
+    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx_);
+    JS::Rooted<JS::PropertyDescriptor> known(cx_);
     {
         JSAutoRealm realm(cx_, from);
         if (!JS_Enumerate(cx_, from, &ids)) return false;
@@ -73,9 +75,12 @@ bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
     for (std::size_t i = 0; i < ids.length(); ++i) {
         id = ids[i];
         JSAutoRealm realm(cx_, to);
-        if (!JS_GetPropertyById(cx_, from, id, &value) ||
-            !JS_DefinePropertyById(cx_, to, id, value, JSPROP_ENUMERATE))
-            return false;
+        if (!JS_GetOwnPropertyDescriptorById(cx_, from, id, &property)) return false;
+        if (property.isNothing()) continue;
+        known = *property;
+        // Declarations may come upon it.
+        known.setConfigurable(true);
+        if (!JS_DefinePropertyById(cx_, to, id, known)) return false;
     }
     return true;
 }

@@ -27,7 +27,7 @@ OSAError addScript(Instance& instance, Script::Ptr script, bool isContext, OSAID
 }
 
 OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) {
-    const auto more = std::make_shared<const SourceText>(SourceText{"addition", std::move(source)});
+    const auto more = std::make_shared<const SourceText>(std::move(source));
     instance.within(more);
     JS::RootedValue result(instance.context());
     bool fresh = false;
@@ -52,14 +52,14 @@ OSAError displayText(Instance& instance, const Item& item, bool human, std::u16s
         return noErr;
     }
     JSContext* const cx = instance.context();
-    JS::RootedValueArray<2> arguments(cx);
+    JS::RootedValueArray<3> arguments(cx);
     arguments[0].set(item.value);
     arguments[1].setBoolean(human);
+    arguments[2].setNumber(instance.host().affordedText());
     JS::RootedValue answer(cx);
     if (!instance.host().ask("display", arguments, &answer)) return errOSAScriptError;
+    if (answer.isNull()) return memFullErr;
     JS::RootedString string(cx, JS::ToString(cx, answer));
-    if (string != nullptr && !instance.host().affords(JS_GetStringLength(string) * 2))
-        return memFullErr;
     return string != nullptr && toText(cx, string, text) ? noErr : errOSAScriptError;
 }
 
@@ -80,7 +80,9 @@ OSAError store(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDesc*
     if (item == nullptr) return errOSAInvalidID;
     if (!isStored(type) && type != typeBest && type != typeWildCard) return errOSABadStorageType;
     const bool runOnly = item->script->runOnly() || (mode & kOSAModePreventGetSource) != 0;
-    const OSErr status = writeStored({item->script->text().text, runOnly}, result);
+    std::u16string text = item->script->text().text;
+    if (runOnly && !instance.host().reduce(&text)) return errOSAScriptError;
+    const OSErr status = writeStored({std::move(text), runOnly}, result);
     if (status == noErr && type == kJavaScript) result->descriptorType = type;
     return status;
 }

@@ -5,6 +5,8 @@
 #include <OpenScripting/OSA.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cmath>
 
 #include "platform/osa/javascript/Text.h"
 
@@ -42,7 +44,9 @@ SInt32 numberOf(JSContext* cx, JS::HandleValue exception) {
     JS::RootedObject object(cx, &exception.toObject());
     JS::RootedValue number(cx);
     if (!JS_GetProperty(cx, object, "errorNumber", &number)) JS_ClearPendingException(cx);
-    return number.isInt32() ? number.toInt32() : SInt32{errOSAScriptError};
+    const double given = number.isNumber() ? number.toNumber() : 0.5;
+    const bool fits = given == std::trunc(given) && std::abs(given + 0.5) < 2147483648.0;
+    return fits ? static_cast<SInt32>(given) : SInt32{errOSAScriptError};
 }
 
 std::u16string decimal(unsigned number) {
@@ -51,6 +55,11 @@ std::u16string decimal(unsigned number) {
 }
 
 }  // namespace
+
+SourceText::SourceText(std::u16string source) : text(std::move(source)) {
+    static std::atomic<std::uint64_t> last = 0;
+    file = "script " + std::to_string(++last);
+}
 
 void ScriptError::takeReport(JSContext* cx, const JSErrorReport& report, const SourceText* source) {
     brief_ = fromUtf8(cx, report.message().c_str());

@@ -11,8 +11,10 @@
 
 namespace osa::script {
 
-/// The source that an error may lie in; `file` is the name that the engine knows it by.
+/// The source that an error may lie in; `file` is the name that the engine knows it by, and no
+/// other source by the same.
 struct SourceText {
+    explicit SourceText(std::u16string source);
     std::string file;
     std::u16string text;
 };

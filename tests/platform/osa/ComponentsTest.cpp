@@ -182,6 +182,19 @@ TEST_F(Components, GenericKeepsTheLanguagesApart) {
     EXPECT_EQ(source(b), "two");
 }
 
+TEST_F(Components, WhatItsOwnCallClosesEndsWithTheCall) {
+    OSAID script = 0, value = 0;
+    EXPECT_EQ(compile('Afak', "one", script), noErr);
+    First::whileRunning = [&] {
+        EXPECT_EQ(CloseComponent(generic_), noErr);
+        EXPECT_EQ(OSADispose(generic_, script), badComponentInstance);
+        EXPECT_EQ(First::open, 1);
+    };
+    EXPECT_EQ(OSAExecute(generic_, script, 0, 0, &value), noErr);
+    EXPECT_EQ(First::open, 0);
+    generic_ = nullptr;
+}
+
 TEST_F(Components, GenericLoadsByTheTrailer) {
     const auto stored = makeStoredScript(asBytes("script"), 'Bfak');
     const std::string bytes(asText(stored));

@@ -6,8 +6,10 @@
 #include <CoreServices/MacMemory.h>
 #include <OSA/ScriptingComponents.h>
 
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "platform/osa/StoredScripts.h"
 
@@ -24,6 +26,7 @@ template <OSType kSubType>
 class FakeLanguage {
   public:
     static inline int open = 0;
+    static inline std::function<void()> whileRunning;  ///< once
 
     static const OSAComponentCalls* calls() {
         static OSAComponentCalls table{};
@@ -62,6 +65,7 @@ class FakeLanguage {
                                 static_cast<Size>(bytes.size()), result);
         };
         table.execute = [](void* storage, OSAID id, OSAID, SInt32, OSAID* result) -> OSAError {
+            if (whileRunning) std::exchange(whileRunning, nullptr)();
             return self(storage).copy(id, result);
         };
         table.copyID = [](void* storage, OSAID id, OSAID* result) -> OSAError {

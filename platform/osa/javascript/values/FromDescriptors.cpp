@@ -177,11 +177,9 @@ class Reader {
 
     /// Each item of a list or record, with its keyword.
     template <typename Put>
-    OSErr eachItem(const AEDesc& desc, Put put) {
-        if (depth_ == kDeepest) return errAECoercionFail;
+    OSErr eachOf(const AEDesc& desc, Put put) {
         SInt32 count = 0;
         OSErr status = AECountItems(&desc, &count);
-        ++depth_;
         for (SInt32 index = 1; status == noErr && index <= count; ++index) {
             Desc item;
             AEKeyword keyword = 0;
@@ -189,6 +187,14 @@ class Reader {
             status = AEGetNthDesc(&desc, index, typeWildCard, &keyword, item.out());
             if (status == noErr) status = put(index, keyword, item.desc);
         }
+        return status;
+    }
+
+    template <typename Put>
+    OSErr eachItem(const AEDesc& desc, Put put) {
+        if (depth_ == kDeepest) return errAECoercionFail;
+        ++depth_;
+        const OSErr status = eachOf(desc, put);
         --depth_;
         return status;
     }
@@ -218,10 +224,10 @@ class Reader {
         return noErr;
     }
 
-    /// Names and values by turns.
+    /// Names and values by turns. The list is a part of the record, no level of its own.
     OSErr userFields(JS::HandleObject object, const AEDesc& fields) {
         std::u16string name;
-        return eachItem(fields, [&](SInt32 index, AEKeyword, const AEDesc& item) {
+        return eachOf(fields, [&](SInt32 index, AEKeyword, const AEDesc& item) {
             return index % 2 == 1 ? textOf(item, &name) : put(object, name, item);
         });
     }

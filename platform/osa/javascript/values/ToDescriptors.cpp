@@ -14,6 +14,10 @@ namespace {
 constexpr int kDeepest = 100;
 /// Objects that share parts may be small and yet stand for any number of values.
 constexpr int kMostValues = 1'000'000;
+/// Each more is looked for among all that are there.
+constexpr int kMostKeywords = 500;
+/// What an item of a list has besides its data.
+constexpr std::size_t kItem = 16;
 constexpr double kEpoch = 2082844800.0;
 constexpr OSErr kThrown = errOSAScriptError;
 
@@ -28,6 +32,7 @@ class Writer {
 
     OSErr write(JS::HandleValue value, AEDesc* desc) {
         if (++count_ > kMostValues || depth_ == kDeepest) return errAECoercionFail;
+        if (!spend(kItem)) return memFullErr;
         if (!JS_CheckForInterrupt(cx_)) return kThrown;
         ++depth_;
         const OSErr status = any(value, desc);
@@ -36,11 +41,13 @@ class Writer {
     }
 
   private:
-    /// Counts what a string takes before it is made flat: one may stand for any number of others.
-    bool spend(JSString* string) {
-        spent_ += JS_GetStringLength(string) * sizeof(char16_t);
+    /// Counts what is copied before that is done.
+    bool spend(std::size_t bytes) {
+        spent_ += bytes;
         return host_.affords(spent_);
     }
+    /// A string that is not flat may stand for any number of others.
+    bool spend(JSString* string) { return spend(JS_GetStringLength(string) * sizeof(char16_t)); }
 
     OSErr any(JS::HandleValue value, AEDesc* desc) {
         if (value.isNull()) return code(cMissingValue, desc);
@@ -85,7 +92,10 @@ class Writer {
     }
 
     OSErr fromObject(JS::HandleObject object, AEDesc* desc) {
-        if (const AEDesc* const held = heldDescriptor(object)) return AEDuplicateDesc(held, desc);
+        if (const AEDesc* const held = heldDescriptor(object)) {
+            const bool affords = spend(static_cast<std::size_t>(AEGetDescDataSize(held)));
+            return affords ? AEDuplicateDesc(held, desc) : OSErr(memFullErr);
+        }
         if (JS::IsArrayBufferObject(object) || JS_IsArrayBufferViewObject(object))
             return bytes(object, desc);
         bool isArray = false;
@@ -117,7 +127,7 @@ class Writer {
         return inner.isObject() ? OSErr(errAECoercionFail) : any(inner, desc);
     }
 
-    static OSErr bytes(JSObject* object, AEDesc* desc) {
+    OSErr bytes(JSObject* object, AEDesc* desc) {
         bool shared = false;
         std::size_t size = 0;
         std::uint8_t* data = nullptr;
@@ -126,7 +136,7 @@ class Writer {
         } else {
             js::GetArrayBufferViewLengthAndData(object, &size, &shared, &data);
         }
-        if (size > 0x7FFFFFFF) return memFullErr;
+        if (size > 0x7FFFFFFF || !spend(size)) return memFullErr;
         return AECreateDesc('rdat', data, static_cast<Size>(size), desc);
     }
 
@@ -157,11 +167,15 @@ class Writer {
         return status;
     }
 
-    /// A name of four characters is a keyword; the others go under 'usrf', with their values by
-    /// turns.
-    OSErr putField(std::u16string_view name, const AEDesc& value, AEDesc* record, AEDesc* others) {
+    /// A name of four characters is a keyword, unless there are too many; the others go under
+    /// 'usrf', with their values by turns.
+    static OSErr putField(std::u16string_view name, const AEDesc& value, AEDesc* record,
+                          AEDesc* others) {
         FourCharCode keyword = 0;
-        if (textCode(name, &keyword) && keyword != 'usrf' && keyword != typeWildCard)
+        SInt32 count = 0;
+        AECountItems(record, &count);
+        if (count < kMostKeywords && textCode(name, &keyword) && keyword != 'usrf' &&
+            keyword != typeWildCard)
             return AEPutParamDesc(record, keyword, &value);
         const auto size = static_cast<Size>(name.size() * sizeof(char16_t));
         const OSErr status = AEPutPtr(others, 0, typeUnicodeText, name.data(), size);

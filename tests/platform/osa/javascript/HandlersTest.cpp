@@ -103,6 +103,11 @@ TEST_F(Handlers, RunKeepsPropertiesAndInheritsFromItsContext) {
     EXPECT_EQ(sourceOf(context), "var a = 1; let b = 2;\na += b; var c = a");
     EXPECT_EQ(OSACompile(js, text("let let"), kOSAModeNull, &context), errOSAScriptError);
     EXPECT_EQ(property(context, "c"), "3") << "the old one stays";
+    const OSAID asked = compiled(
+        "let once; var asked = asked || 0; Object.defineProperty(globalThis, 'seen', {get() {"
+        " return ++asked; }, enumerable: true, configurable: true}); asked");
+    run(asked);
+    EXPECT_EQ(run(asked), "0") << "no getter is asked for a new global object";
     EXPECT_EQ(run(compiled("var later = 0; Promise.resolve(9).then(x => { later = x; })")), "{}");
 }
 
@@ -115,8 +120,10 @@ TEST_F(Handlers, ErrorsTellWhereTheyAre) {
          "unexpected token: identifier", "{ srcs:17, srce:18 }", -1753},
         {"1;\nnothing.here", "ReferenceError: nothing is not defined (line 2)",
          "nothing is not defined", "{ srcs:3, srce:10 }", -1753},
-        {"const e = new Error('mine'); e.errorNumber = 77; throw e", "Error: mine (line 1)", "mine",
-         "{ srcs:10, srce:13 }", 77},
+        {"const e = new Error('mine'); e.errorNumber = 7.7e1; throw e", "Error: mine (line 1)",
+         "mine", "{ srcs:10, srce:13 }", 77},
+        {"const e = new Error('far'); e.errorNumber = 2 ** 31; throw e", "Error: far (line 1)",
+         "far", "{ srcs:10, srce:13 }", -1753},
         {"(function f() { f(); })()", "InternalError: too much recursion (line 1)",
          "too much recursion", "", -1753},
         {"throw {toString() { throw 1; }}", "", "", "", -1753},
@@ -140,6 +147,11 @@ TEST_F(Handlers, ErrorsTellWhereTheyAre) {
         EXPECT_EQ(number.bytes(), std::string(reinterpret_cast<const char*>(&row.number), 2));
     }
     EXPECT_EQ(errorText(kOSAErrorApp), "E-1701");
+    const OSAID parent = compiled("function fails() { nothing.here; }");
+    run(parent);
+    EXPECT_EQ(run(compiled("\n\nfails()"), parent), "E-1753");
+    EXPECT_EQ(errorText(), "ReferenceError: nothing is not defined");
+    EXPECT_EQ(errorText(kOSAErrorRange), "E-1701") << "it is in the other source";
 }
 
 }  // namespace

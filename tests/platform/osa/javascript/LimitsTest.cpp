@@ -160,10 +160,16 @@ TEST_F(Limits, JobsEndWithTheCallThatFailed) {
 }
 
 TEST_F(Limits, ConversionsAreCountedBeforeTheyAreMade) {
-    const OSAID shared = valueOf("const s = 'x'.repeat(1 << 22); Array(100).fill(s)");
-    const std::string answer = printed(shared);
-    EXPECT_TRUE(answer == "E-108" || answer == "E-1750") << answer;
-    OSADispose(js, shared);
+    limit(0, 64u << 20);
+    for (const char* const source : {"const s = 'x'.repeat(1 << 22); Array(100).fill(s)",
+                                     "const b = new Uint8Array(1 << 23); Array(1000).fill(b)"}) {
+        const OSAID shared = valueOf(source);
+        EXPECT_EQ(printed(shared), "E-108") << source;
+        if (source[6] == 's') {
+            EXPECT_EQ(shown(shared), "E-108") << source;
+        }
+        OSADispose(js, shared);
+    }
 }
 
 TEST_F(Limits, AForkedChildEnds) {

@@ -4,7 +4,23 @@
 namespace osa::test {
 namespace {
 
-class Values : public Scripting {};
+/// A million values take their time where memory is watched.
+class Values : public Scripting {
+  protected:
+    void SetUp() override {
+        OSAGetLimits(&before_);
+        const OSALimits limits{0, before_.memoryBytes};
+        OSASetLimits(&limits);
+        open();
+    }
+    void TearDown() override {
+        Scripting::TearDown();
+        OSASetLimits(&before_);
+    }
+
+  private:
+    OSALimits before_{};
+};
 
 TEST_F(Values, AreDisplayedAndBecomeDescriptors) {
     struct Row {
@@ -34,6 +50,7 @@ TEST_F(Values, AreDisplayedAndBecomeDescriptors) {
         {"({get x() { throw new Error('no'); }})", "E-1753", "E-1753", "E-1753"},
         {"({toString() { throw 1; }})", "", "E-1753", "E-1700"},
         {"var d = []; for (var i = 0; i < 80; ++i) d = [d, d]; d", "", "", "E-1700"},
+        {"var u = {}; for (var i = 0; i < 100; ++i) u = {deep: u}; u", "", "", "E-1700"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.source);
@@ -57,6 +74,20 @@ TEST_F(Values, AreDisplayedAndBecomeDescriptors) {
         }
         EXPECT_EQ(OSADispose(js, value), noErr);
         EXPECT_EQ(OSADispose(js, value), errOSAInvalidID);
+    }
+}
+
+TEST_F(Values, OfTheGreatestDepthAndManyFieldsComeBack) {
+    for (const char* const source :
+         {"var u = {}; for (var i = 0; i < 99; ++i) u = {deeper: u}; u",
+          "var u = {}; for (var i = 1000; i < 100000; ++i) u['_' + i.toString(36)] = i; u"}) {
+        SCOPED_TRACE(source);
+        const OSAID value = valueOf(source);
+        Desc desc;
+        ASSERT_EQ(OSACoerceToDesc(js, value, typeWildCard, kOSAModeNull, desc.out()), noErr);
+        OSAID back = kOSANullScript;
+        ASSERT_EQ(OSACoerceFromDesc(js, desc, kOSAModeNull, &back), noErr);
+        EXPECT_EQ(shown(back).size(), shown(value).size());
     }
 }
 
