@@ -12,7 +12,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/osa/javascript/Engine.h"
+#include "platform/osa/javascript/machine/Engine.h"
 
 namespace {
 

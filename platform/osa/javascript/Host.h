@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/osa/javascript/Engine.h"
+#include "platform/osa/javascript/machine/Engine.h"
 
 namespace osa::script {
 

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "platform/osa/javascript/Host.h"
-#include "platform/osa/javascript/Machine.h"
 #include "platform/osa/javascript/Names.h"
 #include "platform/osa/javascript/ScriptErrors.h"
 #include "platform/osa/javascript/Storage.h"
+#include "platform/osa/javascript/machine/Machine.h"
 
 namespace osa::script {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/osa/javascript/Engine.h"
+#include "platform/osa/javascript/machine/Engine.h"
 
 namespace osa::script {
 

@@ -6,7 +6,7 @@
 
 #include <CoreServices/AEDataModel.h>
 
-#include "platform/osa/javascript/Engine.h"
+#include "platform/osa/javascript/machine/Engine.h"
 
 namespace osa::script {
 

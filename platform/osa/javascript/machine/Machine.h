@@ -11,8 +11,8 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/osa/javascript/Engine.h"
-#include "platform/osa/javascript/Signal.h"
+#include "platform/osa/javascript/machine/Engine.h"
+#include "platform/osa/javascript/machine/Signal.h"
 
 namespace osa::script {
 

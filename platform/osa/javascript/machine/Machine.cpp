@@ -1,5 +1,5 @@
-// The engine's thread: start, calls, limits, end.
-#include "platform/osa/javascript/Machine.h"
+// One engine's thread: start, calls, limits, end.
+#include "platform/osa/javascript/machine/Machine.h"
 
 #include <CoreServices/MacErrors.h>
 
@@ -7,14 +7,12 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <new>
-#include <set>
 #include <system_error>
 
-#include "platform/osa/javascript/Jobs.h"
+#include "platform/osa/javascript/machine/Jobs.h"
+#include "platform/osa/javascript/machine/Machines.h"
 
 namespace osa::script {
 namespace {
@@ -38,47 +36,6 @@ constexpr std::size_t kStackQuota = 1024 * 1024;
 
 /// How long the process's end waits for a script.
 constexpr auto kLastWait = 1s;
-
-struct Machines {
-    std::mutex making;  ///< contexts are made one after the other: the first sets the process up
-    std::mutex lock;
-    std::set<Machine*> alive;
-    std::mutex visiting;
-};
-
-Machines& machines() {
-    static auto* const everything = new Machines;
-    return *everything;
-}
-
-/// The process that set the engine up.
-pid_t& owner() {
-    static pid_t process = 0;
-    return process;
-}
-
-/// The engine's helpers must be gone before the static objects that they wait at.
-void endAll(int status, void*) {
-    if (getpid() != owner()) {
-        // Helpers that a forked child has no more still wait at those objects: they cannot go.
-        std::fflush(nullptr);
-        _exit(status);
-    }
-    const std::lock_guard lock(machines().lock);
-    bool ended = true;
-    for (Machine* const machine : machines().alive) ended = machine->end() && ended;
-    if (ended) JS_ShutDown();
-}
-
-bool engineReady() {
-    static const bool ready = [] {
-        // Larger ones would be lent by the system in one piece before anybody can look.
-        owner() = getpid();
-        JS::SetLargeArrayBuffersEnabled(false);
-        return JS_Init() && on_exit(endAll, nullptr) == 0;
-    }();
-    return ready;
-}
 
 /// The machine whose thread this is.
 thread_local Machine* here = nullptr;

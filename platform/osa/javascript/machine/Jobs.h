@@ -1,8 +1,8 @@
 // What promises left to be done, which ends with the call that caused it.
 #pragma once
 
-#include "platform/osa/javascript/Engine.h"
-#include "platform/osa/javascript/Machine.h"
+#include "platform/osa/javascript/machine/Engine.h"
+#include "platform/osa/javascript/machine/Machine.h"
 
 namespace osa::script {
 
