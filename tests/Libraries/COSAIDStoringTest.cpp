@@ -68,10 +68,13 @@ TEST_F(Scripts, AreStoredInEightShapes) {
                                                 "a longer script" + (isFork ? "" : "; ") +
                                                 " osasToyS");
         const FSRef file = refOf(at.path);
-        UseResFile(FSOpenResFile(&file, fsRdWrPerm));
-        if (!isFork) AddResource(NewHandle(0), 'TEXT', 128, nullptr);
-        if (!isFork) CloseResFile(CurResFile());
-        UseResFile(files[0]);
+        const auto change = [&](const Work& work) {
+            UseResFile(FSOpenResFile(&file, fsRdWrPerm));
+            work();
+            CloseResFile(CurResFile());
+            UseResFile(files[0]);
+        };
+        if (!isFork) change([] { AddResource(NewHandle(0), 'TEXT', 128, nullptr); });
         EXPECT_EQ(stores(false, "short"), "store 1 scpt 1; ");
         const std::string held =
             isFork ? "short osasToyS" : "TEXT 128 0 ; scpt 128 0 short;  osasToyS";
@@ -79,6 +82,12 @@ TEST_F(Scripts, AreStoredInEightShapes) {
         EXPECT_EQ(stores(true, "none", "store=-1756"), "store 1 scpt 0; -1756");
         EXPECT_EQ(stateOf(isFork, at.path), held) << "not yet removed";
         if (isFork) continue;
+        change([] {
+            SetResAttrs(Get1Resource('scpt', 128), resProtected);
+            SetResFileAttrs(CurResFile(), mapChanged);
+        });
+        EXPECT_EQ(stores(true, "x"), "store 1 scpt 0; -196") << "it is protected";
+        EXPECT_NE(stateOf(isFork, at.path).find("short"), std::string::npos);
         FSDeleteObject(&file);
         std::ofstream(at.path) << "data";
         EXPECT_EQ(stores(true, "s"), by == 3 ? "-39" : "store 1 scpt 0; ");

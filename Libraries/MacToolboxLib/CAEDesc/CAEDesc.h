@@ -55,7 +55,7 @@ class CAEDesc : public CAEDescReader {
     void Set(DescType type, const char* data, SInt32 size);
     /// The handle's content, which is locked meanwhile.
     void Set(DescType type, Handle handle);
-    /// Frees, and gives the wrapped descriptor to a call that fills it.
+    /// Frees, and gives the wrapped descriptor to one call, at once, that fills it.
     AEDesc* Receive() {
         Free();
         return &mDesc;

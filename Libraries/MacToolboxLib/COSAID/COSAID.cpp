@@ -16,60 +16,27 @@ namespace {
 
 constexpr std::array<UInt8, 4> kTrailer = {0xFA, 0xDE, 0xDE, 0xAD};
 
-/// A data fork open for reading.
-class SDataFork {
-  public:
-    explicit SDataFork(const FSRef* file) {
-        FailOSErr(FSOpenFork(file, 0, nullptr, fsRdPerm, &mRefNum));
-    }
-    SDataFork(const SDataFork&) = delete;
-    SDataFork& operator=(const SDataFork&) = delete;
-    ~SDataFork() {
-        if (mRefNum > 0) FSCloseFork(mRefNum);
-    }
+SInt32 Length(const SOpenFork& fork) {
+    SInt32 length = 0;
+    FailOSErr(GetEOF(fork.RefNum(), &length));
+    return length;
+}
 
-    SInt32 Length() const {
-        SInt32 length = 0;
-        FailOSErr(GetEOF(mRefNum, &length));
-        return length;
-    }
-    void Read(SInt32 offset, SInt32 count, void* buffer) const {
-        FailOSErr(SetFPos(mRefNum, fsFromStart, offset));
-        FailOSErr(FSRead(mRefNum, &count, buffer));
-    }
-    /// The number is forgotten first: it may be somebody else's afterwards.
-    void Close() { FailOSErr(FSCloseFork(std::exchange(mRefNum, SInt16{0}))); }
+void Read(const SOpenFork& fork, SInt32 offset, SInt32 count, void* buffer) {
+    FailOSErr(SetFPos(fork.RefNum(), fsFromStart, offset));
+    FailOSErr(FSRead(fork.RefNum(), &count, buffer));
+}
 
-  private:
-    SInt16 mRefNum = 0;
-};
-
-/// A file's resource fork open for reading.
-class SResourceFork {
-  public:
-    explicit SResourceFork(const FSRef* file) : mRefNum(FSOpenResFile(file, fsRdPerm)) {
-        if (mRefNum != -1) return;
+/// Borrowed.
+Handle ScriptOf(const SOpenResFile& file) {
+    UseResFile(file.RefNum());
+    const Handle script = Get1Resource(typeOSAGenericStorage, kScriptResourceID);
+    if (script == nullptr) {
         FailResError();
-        FailOSErr(resFNotFound);
+        FailOSErr(resNotFound);
     }
-    SResourceFork(const SResourceFork&) = delete;
-    SResourceFork& operator=(const SResourceFork&) = delete;
-    ~SResourceFork() { CloseResFile(mRefNum); }
-
-    /// Borrowed.
-    Handle Script() const {
-        UseResFile(mRefNum);
-        const Handle script = Get1Resource(typeOSAGenericStorage, kScriptResourceID);
-        if (script == nullptr) {
-            FailResError();
-            FailOSErr(resNotFound);
-        }
-        return script;
-    }
-
-  private:
-    ResFileRefNum mRefNum;
-};
+    return script;
+}
 
 }  // namespace
 
@@ -99,8 +66,8 @@ void COSAID::Set(const AEDesc* value) {
 
 void COSAID::Aquire(COSAID& other) {
     Free();
-    mComponent = std::exchange(other.mComponent, nullptr);
-    mID = std::exchange(other.mID, OSAID{kOSANullScript});
+    COSAIDReader::SetOSAID(other.mComponent, other.mID);
+    other.COSAIDReader::SetOSAID(nullptr, kOSANullScript);
 }
 
 void COSAID::Aquire(const COSAIDReader& other) {
@@ -164,18 +131,18 @@ void COSAID::Load(const FSRef* file, bool& isDataFork, SInt32 modeFlags) {
 
 void COSAID::LoadResource(const FSRef* file, SInt32 modeFlags) {
     const SCurrentResFile saved;
-    const SResourceFork fork(file);
-    const Handle script = fork.Script();
+    const SOpenResFile fork(FSOpenResFile(file, fsRdPerm));
+    const Handle script = ScriptOf(fork);
     const CAEDesc desc(typeOSAGenericStorage, script);
     Load(&desc.GetDesc(), modeFlags);
     DisposeAHandle(script);
 }
 
 void COSAID::LoadDataFork(const FSRef* file, SInt32 modeFlags) {
-    SDataFork fork(file);
-    const SInt32 length = fork.Length();
+    SOpenFork fork(OpenDataFork(file, fsRdPerm));
+    const SInt32 length = Length(fork);
     const SHandle script(NewHandle(length));
-    fork.Read(0, length, script.Get() == nullptr ? nullptr : *script.Get());
+    Read(fork, 0, length, script.Get() == nullptr ? nullptr : *script.Get());
     fork.Close();
     const CAEDesc desc(typeOSAGenericStorage, script.Get());
     Load(&desc.GetDesc(), modeFlags);
@@ -183,12 +150,12 @@ void COSAID::LoadDataFork(const FSRef* file, SInt32 modeFlags) {
 
 bool COSAID::IsDataForkScript(const FSRef* file) {
     try {
-        const SDataFork fork(file);
-        const SInt32 length = fork.Length();
+        const SOpenFork fork(OpenDataFork(file, fsRdPerm));
+        const SInt32 length = Length(fork);
         const auto size = static_cast<SInt32>(kTrailer.size());
         if (length <= size) return false;
         std::array<UInt8, kTrailer.size()> end{};
-        fork.Read(length - size, size, end.data());
+        Read(fork, length - size, size, end.data());
         return end == kTrailer;
     } catch (OSStatus) {
         return false;

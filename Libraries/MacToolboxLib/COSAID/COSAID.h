@@ -4,7 +4,8 @@
 #include "Libraries/MacToolboxLib/COSAID/COSAIDReader.h"
 
 /// Disposes of the number that it holds when it gets another, is freed or goes. An operation that
-/// replaces the number and fails leaves the object empty; only Copy leaves it as it was.
+/// replaces the number and fails leaves the object empty; only Copy and Compile leave
+/// it as it was.
 class COSAID : public COSAIDReader {
   public:
     explicit COSAID(ComponentInstance component) : COSAIDReader(component, kOSANullScript) {}
@@ -20,17 +21,20 @@ class COSAID : public COSAIDReader {
     virtual void Set(const AEDesc* value);
     /// Loads the resource 'scpt' 128 of a file, else a data fork that ends in the mark of stored
     /// scripts. Without such a mark the status of the resource is thrown, else that of the data
-    /// fork. `isDataFork` is written on success only.
+    /// fork. `isDataFork` is written on success only. Resources must be loaded when they are got
+    /// (SetResLoad).
     virtual void Load(const FSRef* file, SInt32 modeFlags);
     virtual void Load(const FSRef* file, bool& isDataFork, SInt32 modeFlags);
-    /// A stored script, or a file as above by any descriptor of one.
+    /// A file as above by 'fsrf', 'alis', 'file', 'fss ' or 'furl'; a descriptor of any other type
+    /// goes to the component.
     virtual void Load(const AEDesc* desc, SInt32 modeFlags);
-    /// Through the component's own loader. `storable`: whether StoreFile can write it back.
+    /// Through the component's own loader. `storable`: whether StoreFile can write it back;
+    /// written on success only.
     virtual void LoadFile(const FSRef& file, bool& storable, SInt32 modeFlags);
     virtual void LoadFile(const FSRef& file, SInt32 modeFlags);
     /// Through the component's own writer, which chooses the form.
     virtual void StoreFile(const FSRef& file, SInt32 modeFlags);
-    /// Takes over what `other` holds, and leaves it empty; an object cannot acquire itself.
+    /// Takes over what `other` holds, and leaves it without number and component.
     virtual void Aquire(COSAID& other);
     void Aquire(COSAID&& other) = delete;
     /// Takes over what the reader names, and what it goes on naming: no other owner may have it.
@@ -50,8 +54,6 @@ class COSAID : public COSAIDReader {
     static bool IsDataForkScript(const FSRef* file);
 
   private:
-    friend class COSAIDReader;
-
     void LoadResource(const FSRef* file, SInt32 modeFlags);
     void LoadDataFork(const FSRef* file, SInt32 modeFlags);
 };

@@ -24,7 +24,7 @@ void RequireComponent(bool isSame, unsigned line, const char* condition) {
 }  // namespace
 
 // Before the call that fills it: this object, or the parent, may be the result.
-OSAID* COSAIDReader::Receive(COSAID& result) const {
+OSAID* COSAIDReader::NumberOf(COSAID& result) {
     result.Free();
     return &result.mID;
 }
@@ -37,7 +37,7 @@ void COSAIDReader::Execute(SInt32 modeFlags) const {
 void COSAIDReader::Execute(COSAID& result, SInt32 modeFlags) const {
     RequireComponent(result.GetComponent() == mComponent, kResultLine,
                      "result.GetComponent() == mComponent");
-    OSAID* const received = Receive(result);
+    OSAID* const received = NumberOf(result);
     FailOSErr(OSAExecute(mComponent, mID, kOSANullScript, modeFlags, received));
 }
 
@@ -52,7 +52,7 @@ void COSAIDReader::Execute(const COSAIDReader& parent, COSAID& result, SInt32 mo
                      "parent.GetComponent() == mComponent");
     RequireComponent(result.GetComponent() == mComponent, kResultWithParentLine,
                      "result.GetComponent() == mComponent");
-    OSAID* const received = Receive(result);
+    OSAID* const received = NumberOf(result);
     FailOSErr(OSAExecute(mComponent, mID, parent.GetOSAID(), modeFlags, received));
 }
 
@@ -63,7 +63,7 @@ void COSAIDReader::Execute(const COSAIDReader& parent, CAEDesc& result, SInt32 m
 }
 
 void COSAIDReader::ExecuteEvent(const AEDesc* event, COSAID& result, SInt32 modeFlags) const {
-    OSAID* const received = Receive(result);
+    OSAID* const received = NumberOf(result);
     FailOSErr(OSAExecuteEvent(mComponent, event, mID, modeFlags, received));
 }
 

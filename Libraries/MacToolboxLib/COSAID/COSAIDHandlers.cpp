@@ -20,35 +20,24 @@ CAEDesc TextDesc(const char* text) {
 }
 
 /// The event by which a component calls a handler; without parameters when the list is null.
-class SubroutineEvent {
-  public:
-    SubroutineEvent(const CAEDescReader& name, const CAEDescReader* parameters) {
-        Create();
-        FailOSErr(AEPutParamDesc(mEvent.Out(), keyASSubroutineName, &name.GetDesc()));
-        if (parameters == nullptr) return;
-        FailOSErr(AEPutParamDesc(mEvent.Out(), keyDirectObject, &parameters->GetDesc()));
-    }
+CAEDesc SubroutineEvent(const CAEDescReader& name, const CAEDescReader* parameters) {
+    const ProcessSerialNumber self = {0, kCurrentProcess};
+    const CAEDesc target(&self);
+    CAEDesc event;
+    FailOSErr(AECreateAppleEvent(kASAppleScriptSuite, kASSubroutineEvent, &target.GetDesc(),
+                                 kAutoGenerateReturnID, kAnyTransactionID, event.Receive()));
+    event.SetProperty(keyASSubroutineName, name);
+    if (parameters != nullptr) event.SetProperty(keyDirectObject, *parameters);
+    return event;
+}
 
-    const AEDesc* Get() const { return &mEvent.Get(); }
-
-  private:
-    void Create() {
-        const ProcessSerialNumber self = {0, kCurrentProcess};
-        const CAEDesc target(&self);
-        FailOSErr(AECreateAppleEvent(kASAppleScriptSuite, kASSubroutineEvent, &target.GetDesc(),
-                                     kAutoGenerateReturnID, kAnyTransactionID, mEvent.Out()));
-    }
-
-    SOwnedDesc mEvent;
-};
-
-SubroutineEvent MakeSubroutineEvent(const char* name, const SubroutineArguments& call) {
+CAEDesc SubroutineEvent(const char* name, const SubroutineArguments& call) {
     const CAEDesc text = TextDesc(name);
-    if (call.Parameters().empty()) return {text, nullptr};
+    if (call.Parameters().empty()) return SubroutineEvent(text, nullptr);
     CAEDesc list;
     list.MakeList();
     for (const CAEDescReader* const parameter : call.Parameters()) list.AppendItem(*parameter);
-    return {text, &list};
+    return SubroutineEvent(text, &list);
 }
 
 /// A handler's name by its event: both codes, big-endian.
@@ -104,7 +93,7 @@ OSType CodeAttribute(const AEDesc* event, AEKeyword keyword, bool& isThere) {
 
 void COSAIDReader::CallSubroutine(const char* name, COSAID& result,
                                   const SubroutineArguments& call) const {
-    ExecuteEvent(MakeSubroutineEvent(name, call).Get(), result, call.ModeFlags());
+    ExecuteEvent(&SubroutineEvent(name, call).GetDesc(), result, call.ModeFlags());
 }
 
 void COSAIDReader::CallSubroutine(const char* name, CAEDesc& result,
@@ -115,12 +104,12 @@ void COSAIDReader::CallSubroutine(const char* name, CAEDesc& result,
 }
 
 void COSAIDReader::CallSubroutine(const char* name, const SubroutineArguments& call) const {
-    ExecuteEvent(MakeSubroutineEvent(name, call).Get(), call.ModeFlags());
+    ExecuteEvent(&SubroutineEvent(name, call).GetDesc(), call.ModeFlags());
 }
 
 void COSAIDReader::CallFunctionParamList(const CAEDescReader& name, COSAID& result,
                                          const CAEDescReader& params, SInt32 modeFlags) const {
-    ExecuteEvent(SubroutineEvent(name, &params).Get(), result, modeFlags);
+    ExecuteEvent(&SubroutineEvent(name, &params).GetDesc(), result, modeFlags);
 }
 
 void COSAIDReader::CallFunctionParamList(const CAEDescReader& name, CAEDesc& result,
@@ -132,7 +121,7 @@ void COSAIDReader::CallFunctionParamList(const CAEDescReader& name, CAEDesc& res
 
 OSStatus COSAIDReader::LookUpHandler(const CAEDescReader& name) const {
     COSAID handler(mComponent);
-    return OSAGetHandler(mComponent, kOSAModeNull, mID, &name.GetDesc(), Receive(handler));
+    return OSAGetHandler(mComponent, kOSAModeNull, mID, &name.GetDesc(), NumberOf(handler));
 }
 
 bool COSAIDReader::HasHandler(AEEventClass eventClass, AEEventID eventID) const {

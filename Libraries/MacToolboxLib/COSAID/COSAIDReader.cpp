@@ -14,7 +14,7 @@ namespace {
 
 constexpr unsigned kValueLine = 147;
 
-/// Whether the component answers yes, which counts in the answer's first byte on the wire only.
+/// Whether the component answers yes, which counts in the answer's most significant byte alone.
 bool SaysYes(ComponentInstance component, OSAID id, OSType selector) {
     SInt32 answer = 0;
     if (OSAGetScriptInfo(component, id, selector, &answer) != noErr) return false;
@@ -99,10 +99,10 @@ void COSAIDReader::Get(AEDesc* value, DescType desiredType, SInt32 modeFlags) co
     if (GetType() == typeUnicodeText) {
         switch (desiredType) {
             case typeChar: {
-                SOwnedDesc styled;
+                CAEDesc styled;
                 FailOSErr(
-                    OSACoerceToDesc(mComponent, mID, typeStyledText, modeFlags, styled.Out()));
-                FailOSErr(AECoerceDesc(styled.Out(), typeChar, value));
+                    OSACoerceToDesc(mComponent, mID, typeStyledText, modeFlags, styled.Receive()));
+                FailOSErr(AECoerceDesc(&styled.GetDesc(), typeChar, value));
                 return;
             }
             case typeWildCard:

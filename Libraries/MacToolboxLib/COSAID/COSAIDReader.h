@@ -2,7 +2,8 @@
 //
 // Everything throws the component's status as an OSStatus unless it says otherwise. `modeFlags` are
 // the component's (OpenScripting/OSA.h) and passed on. What is asked into a CAEDesc frees it first;
-// what runs into one leaves it as it was when it fails.
+// what runs into one leaves it as it was when running fails, and empty when the
+// result cannot be read. Assigning to a reader disposes of nothing: it is not for a COSAID's base.
 #pragma once
 
 #include <OpenScripting/OSA.h>
@@ -45,11 +46,13 @@ class COSAIDReader {
 
     /// Compiles into the number held, which changes unless it is replaced in place.
     void Compile(const AEDesc* source, SInt32 modeFlags);
-    /// The value as a type; the null descriptor when nothing is held. Text asked for as any type,
-    /// or as styled text, comes as 'utxt'. Asserts "value".
+    /// The value as a type; the null descriptor when nothing is held, and when it fails. The
+    /// descriptor is overwritten, not disposed of. Text asked for as any type, or as styled text,
+    /// comes as 'utxt'. Asserts "value".
     void Get(AEDesc* value, DescType desiredType, SInt32 modeFlags) const;
     void Get(CAEDesc& value, DescType desiredType, SInt32 modeFlags) const;
-    /// The source of a script, the display text of a value.
+    /// The source of a script: 'best' is styled text, and where 'STXT' is not to be had 'TEXT' is
+    /// given. The display text of a value, as 'TEXT' whatever is asked for.
     void GetSource(AEDesc* result, DescType desiredType) const;
     void GetSource(CAEDesc& result, DescType desiredType) const;
     void GetSource(TCLString& source) const;
@@ -123,7 +126,11 @@ class COSAIDReader {
     // fork. The file is named by the text of its URL, by folder and name, by FSSpec; or by its
     // reference: then it must have a resource fork.
     //   fnfErr, memFullErr  the URL is none of a file in a folder that exists
-    // When storing fails half-way the old resource may be gone.
+    //   errFSBadFSRef       the file cannot be made
+    //   rmvResFailed        the old resource is protected; it stays
+    // Reading and removing the old resource and writing the file tell their errors; a resource that
+    // cannot be added tells none. When storing fails half-way the old resource may be gone. A file
+    // that the program has open for writing is closed by it, and then no more the current one.
 
     void Store(UInt16 length, const UniChar* url, OSType creator, bool withSource) const;
     void Store(const FSRef* parent, const HFSUniStr255* name, OSType creator,
@@ -145,8 +152,8 @@ class COSAIDReader {
     ComponentInstance mComponent = nullptr;
 
   private:
-    /// A result that another object of the component takes.
-    OSAID* Receive(COSAID& result) const;
+    /// The number of `result`, freed, for a call that gives one.
+    static OSAID* NumberOf(COSAID& result);
     void CallSubroutine(const char* name, COSAID& result, const SubroutineArguments& call) const;
     void CallSubroutine(const char* name, CAEDesc& result, const SubroutineArguments& call) const;
     void CallSubroutine(const char* name, const SubroutineArguments& call) const;

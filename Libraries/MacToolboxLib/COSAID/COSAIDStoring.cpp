@@ -5,7 +5,6 @@
 #include <CoreServices/Resources.h>
 
 #include <cstring>
-#include <utility>
 
 #include "Libraries/MacToolboxLib/COSAID/COSAID.h"
 #include "Libraries/MacToolboxLib/COSAID/COSAIDSupport.h"
@@ -51,48 +50,21 @@ FSCatalogInfo NewFileInfo(OSType creator) {
 }
 
 OSErr MakeRef(const FSRef* parent, const HFSUniStr255* name, FSRef& file) {
-    if (name == nullptr) return paramErr;
+    if (name == nullptr) FailOSErr(paramErr);
     return FSMakeFSRefUnicode(parent, NameLength(*name), name->unicode, 0, &file);
 }
-
-/// Closes a resource file that was opened, whatever happens to it.
-class SResourceFile {
-  public:
-    explicit SResourceFile(ResFileRefNum opened) : mRefNum(opened) {
-        if (mRefNum != -1) return;
-        FailResError();
-        FailOSErr(resFNotFound);
-    }
-    SResourceFile(const SResourceFile&) = delete;
-    SResourceFile& operator=(const SResourceFile&) = delete;
-    ~SResourceFile() {
-        if (mRefNum != -1) CloseResFile(mRefNum);
-    }
-    ResFileRefNum RefNum() const { return mRefNum; }
-    /// Writes the map.
-    void Close() {
-        CloseResFile(std::exchange(mRefNum, ResFileRefNum{-1}));
-        FailResError();
-    }
-
-  private:
-    ResFileRefNum mRefNum;
-};
 
 /// Opens a file's resource fork, which it makes first when there is none: the status of that shows
 /// when it is opened again.
 ResFileRefNum OpenResourceFork(const FSRef* parent, const HFSUniStr255* name, OSType creator) {
-    FSRef file;
-    const OSErr found = MakeRef(parent, name, file);
-    if (found == paramErr) FailOSErr(found);
-    const ResFileRefNum opened = found == noErr ? FSOpenResFile(&file, fsRdWrPerm) : -1;
+    FSRef file{};
+    const ResFileRefNum opened =
+        MakeRef(parent, name, file) == noErr ? FSOpenResFile(&file, fsRdWrPerm) : -1;
     if (opened != -1) return opened;
     const FSCatalogInfo info = NewFileInfo(creator);
-    FSRef made{};
-    FSCreateResFile(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo, &info, &made,
+    FSCreateResFile(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo, &info, &file,
                     nullptr);
-    // A fork that an existing file was given: the file is the one that was there.
-    return FSOpenResFile(MakeRef(parent, name, file) == noErr ? &file : &made, fsRdWrPerm);
+    return FSOpenResFile(&file, fsRdWrPerm);
 }
 
 ResFileRefNum OpenResourceFork(const FSSpec* spec, OSType creator) {
@@ -100,12 +72,6 @@ ResFileRefNum OpenResourceFork(const FSSpec* spec, OSType creator) {
     if (opened != -1) return opened;
     FSpCreateResFile(spec, creator, kScriptFileType, kRoman);
     return FSpOpenResFile(spec, fsRdWrPerm);
-}
-
-SInt16 OpenDataFork(const FSRef* file) {
-    SInt16 fork = 0;
-    FailOSErr(FSOpenFork(file, 0, nullptr, fsRdWrPerm, &fork));
-    return fork;
 }
 
 SInt16 OpenDataFork(const FSRef* parent, const HFSUniStr255* name, OSType creator) {
@@ -118,7 +84,7 @@ SInt16 OpenDataFork(const FSRef* parent, const HFSUniStr255* name, OSType creato
     const FSCatalogInfo info = NewFileInfo(creator);
     FailOSErr(FSCreateFileUnicode(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo,
                                   &info, &file, nullptr));
-    return OpenDataFork(&file);
+    return OpenDataFork(&file, fsRdWrPerm);
 }
 
 SInt16 OpenDataFork(const FSSpec* spec, OSType creator) {
@@ -153,7 +119,7 @@ void COSAIDReader::Store(CAEDesc& result, bool withSource) const {
 
 /// Takes the open file over.
 void COSAIDReader::StoreResource(SInt16 opened, bool withSource) const {
-    SResourceFile file(opened);
+    SOpenResFile file(opened);
     CAEDesc stored;
     Store(stored, withSource);
     UseResFile(file.RefNum());
@@ -167,7 +133,7 @@ void COSAIDReader::StoreResource(SInt16 opened, bool withSource) const {
     old.Set(nullptr);
     static constexpr unsigned char kNoName[1] = {0};
     AddResource(data.Get(), typeOSAGenericStorage, kScriptResourceID, kNoName);
-    // The map owns it now and lets it go with the file.
+    // The map owns it now and lets it go with the file. That it cannot be added is not told.
     if (ResError() == noErr) (void)data.Release();
     file.Close();
 }
@@ -195,16 +161,12 @@ void COSAIDReader::Store(const FSRef* file, bool withSource) const {
 
 /// Takes the open fork over.
 void COSAIDReader::StoreDataFork(SInt16 fork, bool withSource) const {
-    try {
-        CAEDesc stored;
-        Store(stored, withSource);
-        const SHandle data(stored.CopyHandle());
-        WriteWhole(fork, data.Get());
-        FailOSErr(FSClose(std::exchange(fork, SInt16{0})));
-    } catch (...) {
-        if (fork != 0) FSClose(fork);
-        throw;
-    }
+    SOpenFork file(fork);
+    CAEDesc stored;
+    Store(stored, withSource);
+    const SHandle data(stored.CopyHandle());
+    WriteWhole(fork, data.Get());
+    file.Close();
 }
 
 void COSAIDReader::StoreDF(UInt16 length, const UniChar* url, OSType creator,
@@ -223,5 +185,5 @@ void COSAIDReader::StoreDF(const FSSpec* spec, OSType creator, bool withSource) 
 }
 
 void COSAIDReader::StoreDF(const FSRef* file, bool withSource) const {
-    StoreDataFork(OpenDataFork(file), withSource);
+    StoreDataFork(OpenDataFork(file, fsRdWrPerm), withSource);
 }

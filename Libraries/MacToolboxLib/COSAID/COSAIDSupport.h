@@ -1,24 +1,60 @@
-// What the parts of COSAID share: the unit's name in assertions, and a descriptor that goes with
-// its scope.
+// What the parts of COSAID share: the unit's name in assertions, and open files that are closed
+// with their scope.
 #pragma once
 
-#include <CoreServices/AEDataModel.h>
+#include <CoreServices/Files.h>
+#include <CoreServices/Resources.h>
+
+#include <utility>
+
+#include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 
 inline constexpr char kCOSAIDUnit[] = "Libraries/MacToolboxLib/COSAID";
 /// Where a resource fork keeps the script.
 inline constexpr SInt16 kScriptResourceID = 128;
 
-/// Owns a descriptor that a platform call fills.
-class SOwnedDesc {
+/// Owns a resource file that was just opened.
+class SOpenResFile {
   public:
-    SOwnedDesc() { AEInitializeDesc(&mDesc); }
-    SOwnedDesc(const SOwnedDesc&) = delete;
-    SOwnedDesc& operator=(const SOwnedDesc&) = delete;
-    ~SOwnedDesc() { AEDisposeDesc(&mDesc); }
-
-    AEDesc* Out() { return &mDesc; }
-    const AEDesc& Get() const { return mDesc; }
+    /// -1 throws ResError.
+    explicit SOpenResFile(ResFileRefNum opened) : mRefNum(opened) {
+        if (mRefNum == -1) FailResError();
+    }
+    SOpenResFile(const SOpenResFile&) = delete;
+    SOpenResFile& operator=(const SOpenResFile&) = delete;
+    ~SOpenResFile() {
+        if (mRefNum != -1) CloseResFile(mRefNum);
+    }
+    ResFileRefNum RefNum() const { return mRefNum; }
+    /// Writes the map.
+    void Close() {
+        CloseResFile(std::exchange(mRefNum, ResFileRefNum{-1}));
+        FailResError();
+    }
 
   private:
-    AEDesc mDesc;
+    ResFileRefNum mRefNum;
 };
+
+/// Owns a fork that was just opened.
+class SOpenFork {
+  public:
+    explicit SOpenFork(SInt16 opened) : mRefNum(opened) {}
+    SOpenFork(const SOpenFork&) = delete;
+    SOpenFork& operator=(const SOpenFork&) = delete;
+    ~SOpenFork() {
+        if (mRefNum > 0) FSCloseFork(mRefNum);
+    }
+    SInt16 RefNum() const { return mRefNum; }
+    /// The number is forgotten first: it may be somebody else's afterwards.
+    void Close() { FailOSErr(FSCloseFork(std::exchange(mRefNum, SInt16{0}))); }
+
+  private:
+    SInt16 mRefNum;
+};
+
+inline SInt16 OpenDataFork(const FSRef* file, SInt8 permission) {
+    SInt16 fork = 0;
+    FailOSErr(FSOpenFork(file, 0, nullptr, permission, &fork));
+    return fork;
+}

@@ -31,6 +31,8 @@ class SubroutineArguments {
   private:
     void Take(const CAEDescReader& parameter) { mParameters[mCount++] = &parameter; }
     void Take(SInt32 modeFlags) { mModeFlags = modeFlags; }
+    template <std::floating_point T>
+    void Take(T) = delete;
 
     std::array<const CAEDescReader*, kMostParameters + 1> mParameters{};
     std::size_t mCount = 0;

@@ -1,4 +1,5 @@
-// Assertions of the support library: they report a programming error and execution carries on.
+// Assertions of the support library: they report a programming error and execution
+// carries on, unless the operation says otherwise.
 #pragma once
 
 /// Writes "unit:line: failed assertion `condition'" to the standard error stream. `unit` is the

@@ -3,7 +3,8 @@
 
 #include <CoreServices/Resources.h>
 
-/// Remembers the current resource file and makes it current again when destroyed.
+/// Remembers the current resource file and makes it current again when destroyed, unless it was
+/// closed meanwhile.
 class SCurrentResFile {
   public:
     SCurrentResFile() : mSaved(CurResFile()) {}
