@@ -10,7 +10,7 @@
 #include "cli/Command.h"
 #include "cli/ResourceEdits.h"
 #include "cli/ResourceSelector.h"
-#include "cli/scripts/ScriptSession.h"
+#include "cli/scripts/ScriptInput.h"
 
 namespace osa::cli {
 namespace {
@@ -19,8 +19,9 @@ struct CompileOptions {
     std::string language;
     std::string output = "a.scpt";
     std::string resource;
-    std::vector<std::string> lines;
-    std::string file;
+    std::string type;
+    std::string creator;
+    ScriptInput input;
     bool isRunOnly = false;
 };
 
@@ -61,67 +62,98 @@ std::string writingReason(OSStatus status) {
             return {};
         case fLckdErr:
             return "is locked, or may not be written";
+        case notAFileErr:
+            return "is a folder or a device";
+        case fileBoundsErr:
+            return "is longer than a script may be";
+        case dskFulErr:
+            return "the volume is full";
+        case resAttrErr:
+            return "its old script is protected";
         default:
             return "cannot be written (status " + std::to_string(status) + ")";
     }
 }
 
-std::string storeResource(const ScriptSession& session, const CompileOptions& options, SInt32 mode,
-                          const FSRef& file) {
+/// Statuses of the language, not of the file.
+bool isOfScript(OSAError status) {
+    return status == memFullErr ||
+           (errOSADataFormatTooNew <= status && status <= errOSASystemError);
+}
+
+Problem storeResource(const ScriptSession& session, const CompileOptions& options, SInt32 mode) {
     const auto selector = parseResourceSelector(options.resource);
     SessionDesc stored;
     const OSAError status =
         OSAStore(session.component(), session.script(), typeOSAGenericStorage, mode, &stored.desc);
-    if (status != noErr) return session.reason(status);
+    if (status != noErr) return {options.input.name(), session.reason(status)};
     ResourceEdit edit;
     edit.type = selector->type;
     edit.id = *selector->id;
     edit.value = stored.bytes();
-    if (std::string reason = applyResourceEdits(options.output, {edit}); !reason.empty())
-        return reason;
-    FSCatalogInfo info{};
-    OSErr told = FSGetCatalogInfo(&file, kFSCatInfoFinderInfo, &info, nullptr, nullptr, nullptr);
-    if (told != noErr || info.finderInfo.fdType != 0) return writingReason(told);
-    info.finderInfo.fdType = 'osas';
-    return writingReason(FSSetCatalogInfo(&file, kFSCatInfoFinderInfo, &info));
+    return {options.output, applyResourceEdits(options.output, {edit})};
 }
 
-std::string store(const ScriptSession& session, const CompileOptions& options) {
+Problem storeDataFork(const ScriptSession& session, const CompileOptions& options, SInt32 mode,
+                      const FSRef& file) {
+    const OSAError status =
+        OSAStoreFile(session.component(), session.script(), typeOSAGenericStorage, mode, &file);
+    if (isOfScript(status)) return {options.input.name(), session.reason(status)};
+    return {options.output, writingReason(status)};
+}
+
+/// The codes that were asked for; a file without a type is a script's.
+OSStatus giveCodes(const CompileOptions& options, const FSRef& file) {
+    FSCatalogInfo info{};
+    OSErr status = FSGetCatalogInfo(&file, kFSCatInfoFinderInfo, &info, nullptr, nullptr, nullptr);
+    if (status != noErr) return status;
+    const auto codeOf = [](const std::string& text) { return parseResourceSelector(text)->type; };
+    FInfo wanted = info.finderInfo;
+    if (wanted.fdType == 0) wanted.fdType = 'osas';
+    if (!options.type.empty()) wanted.fdType = codeOf(options.type);
+    if (!options.creator.empty()) wanted.fdCreator = codeOf(options.creator);
+    if (wanted.fdType == info.finderInfo.fdType && wanted.fdCreator == info.finderInfo.fdCreator)
+        return noErr;
+    info.finderInfo = wanted;
+    return FSSetCatalogInfo(&file, kFSCatInfoFinderInfo, &info);
+}
+
+Problem store(const ScriptSession& session, const CompileOptions& options) {
     const SInt32 mode = options.isRunOnly ? kOSAModePreventGetSource : kOSAModeNull;
     OutputFile output(options.output);
     FSRef file;
-    std::string reason = output.open(file);
-    if (!reason.empty()) return reason;
-    if (!options.resource.empty())
-        reason = storeResource(session, options, mode, file);
-    else
-        reason = writingReason(OSAStoreFile(session.component(), session.script(),
-                                            typeOSAGenericStorage, mode, &file));
-    if (reason.empty()) output.keep();
-    return reason;
+    if (std::string reason = output.open(file); !reason.empty()) return {options.output, reason};
+    Problem problem = options.resource.empty() ? storeDataFork(session, options, mode, file)
+                                               : storeResource(session, options, mode);
+    if (!problem) problem = {options.output, writingReason(giveCodes(options, file))};
+    if (!problem) output.keep();
+    return problem;
 }
 
-int compile(const CompileOptions& options) {
-    const bool isText = !options.lines.empty();
-    const std::string name = isText ? "-e" : options.file;
+Problem compile(CompileOptions& options) {
+    if (Problem problem = options.input.readStandardInput()) return problem;
     ScriptSession session;
-    std::string reason = session.open(options.language);
-    if (reason.empty())
-        reason = isText ? session.loadText(CLI::detail::join(options.lines, "\n"))
-                        : session.loadFile(options.file);
-    if (!reason.empty()) {
-        reportError(name, reason);
-        return kSomethingFailed;
-    }
-    reason = store(session, options);
-    if (!reason.empty()) reportError(options.output, reason);
-    return reason.empty() ? kAllWell : kSomethingFailed;
+    if (std::string reason = session.open(options.language); !reason.empty())
+        return {options.input.name(), reason};
+    Problem problem = options.input.load(session);
+    return problem ? problem : store(session, options);
 }
 
 /// What keeps CLI11 from taking a wrong option.
 std::string checkResource(const std::string& text) {
     const auto selector = parseResourceSelector(text);
     return selector && selector->id ? std::string() : "TYPE:ID is wanted, as in scpt:128";
+}
+
+std::string checkCode(const std::string& text) {
+    const auto selector = parseResourceSelector(text);
+    return selector && !selector->id ? std::string() : "four characters are wanted, as in osas";
+}
+
+std::string checkOutput(const std::string& text) {
+    const std::filesystem::path extension = std::filesystem::path(text).extension();
+    return extension == ".app" || extension == ".scptd" ? "bundles are not made here"
+                                                        : std::string();
 }
 
 }  // namespace
@@ -132,21 +164,30 @@ void addCompileCommand(CLI::App& program, int& exitStatus) {
     command->add_option("-l,--language", options->language, "Name or subtype of the language")
         ->type_name("LANGUAGE");
     command->add_option("-o,--output", options->output, "Where it is stored; a.scpt if not said")
-        ->type_name("OUT");
+        ->type_name("OUT")
+        ->check(checkOutput);
     command->add_flag("-x,--run-only", options->isRunOnly, "Store without the source");
     command->add_option("-r,--resource", options->resource, "Store as a resource")
         ->type_name("TYPE:ID")
         ->check(checkResource);
-    CLI::Option* const lines =
-        command->add_option("-e", options->lines, "A line of the script; may be repeated")
-            ->type_name("TEXT")
-            ->allow_extra_args(false);
-    command->add_option("file", options->file, "Text, or a stored script")
-        ->type_name("FILE")
-        ->excludes(lines);
+    command->add_option("-t,--type", options->type, "Type of the file; osas for a new one")
+        ->type_name("CODE")
+        ->check(checkCode);
+    command->add_option("-c,--creator", options->creator, "Creator of the file")
+        ->type_name("CODE")
+        ->check(checkCode);
+    command->add_option("-e", options->input.lines, "A line, before the files; may be repeated")
+        ->type_name("TEXT")
+        ->allow_extra_args(false);
+    command
+        ->add_option("files", options->input.files,
+                     "Text or stored scripts, joined; - is standard input, as is none")
+        ->type_name("FILE");
     command->callback([options, &exitStatus] {
-        if (options->lines.empty() && options->file.empty()) throw CLI::RequiredError("FILE or -e");
-        exitStatus = compile(*options);
+        if (!options->input.isComplete()) throw CLI::RequiredError("FILE or -e");
+        const Problem problem = compile(*options);
+        if (problem) reportError(problem.name, problem.reason);
+        exitStatus = problem ? kSomethingFailed : kAllWell;
     });
 }
 

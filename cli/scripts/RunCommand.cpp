@@ -10,7 +10,7 @@
 #include "cli/JsonValue.h"
 #include "cli/RecordFormat.h"
 #include "cli/scripts/ConfinedProcess.h"
-#include "cli/scripts/ScriptSession.h"
+#include "cli/scripts/ScriptInput.h"
 
 namespace osa::cli {
 namespace {
@@ -21,14 +21,10 @@ constexpr AEEventID kOpenApplication = 'oapp';
 struct RunOptions {
     std::string language;
     OSALimits limits{};
-    std::vector<std::string> lines;
-    std::vector<std::string> rest;  ///< the file, unless there are lines; and the arguments
-
-    bool isText() const { return !lines.empty(); }
-    std::string name() const { return isText() ? "-e" : rest.front(); }
-    std::vector<std::string> arguments(std::size_t before) const {
-        return {rest.begin() + static_cast<std::ptrdiff_t>(before), rest.end()};
-    }
+    std::string style;
+    ScriptInput input;
+    std::string handler;
+    std::vector<std::string> arguments;
 };
 
 template <typename T>
@@ -70,25 +66,25 @@ OSErr makeEvent(AEEventClass eventClass, AEEventID id, const std::vector<std::st
 }
 
 /// What is printed of a value.
-std::string textOf(const ScriptSession& session, OSAID value, std::string& text) {
+std::string textOf(const ScriptSession& session, const RunOptions& options, OSAID value,
+                   std::string& text) {
     if (value == kOSANullScript) return {};
-    std::string reason = session.display(value, text);
+    std::string reason = session.display(value, options.style == "s", text);
     text += '\n';
     return reason;
 }
 
-std::string load(ScriptSession& session, const RunOptions& options) {
-    if (std::string reason = session.open(options.language); !reason.empty()) return reason;
-    return options.isText() ? session.loadText(CLI::detail::join(options.lines, "\n"))
-                            : session.loadFile(options.name());
+Problem load(ScriptSession& session, const RunOptions& options) {
+    std::string reason = session.open(options.language);
+    return reason.empty() ? options.input.load(session) : Problem{options.input.name(), reason};
 }
 
 /// Sends the run event, which runs the whole script in languages without a handler for it; one that
 /// takes no such event is executed.
 std::string runScript(const ScriptSession& session, const RunOptions& options, std::string& text) {
     SessionDesc event;
-    OSAError status = makeEvent(kCoreEventClass, kOpenApplication,
-                                options.arguments(options.isText() ? 0 : 1), putText, &event.desc);
+    OSAError status =
+        makeEvent(kCoreEventClass, kOpenApplication, options.arguments, putText, &event.desc);
     if (status != noErr) return session.reason(status);
     OSAID value = kOSANullScript;
     status =
@@ -96,58 +92,79 @@ std::string runScript(const ScriptSession& session, const RunOptions& options, s
     if (status == errAEEventNotHandled)
         status =
             OSAExecute(session.component(), session.script(), kOSANullScript, kOSAModeNull, &value);
-    return status != noErr ? session.reason(status) : textOf(session, value, text);
+    return status != noErr ? session.reason(status) : textOf(session, options, value, text);
 }
 
 std::string callHandler(const ScriptSession& session, const RunOptions& options,
                         std::string& text) {
-    const std::string& handler = options.rest[1];
     SessionDesc event;
     SessionDesc name;
-    OSAError status = makeEvent(kASAppleScriptSuite, kASSubroutineEvent, options.arguments(2),
+    OSAError status = makeEvent(kASAppleScriptSuite, kASSubroutineEvent, options.arguments,
                                 putTyped, &event.desc);
-    if (status == noErr) status = makeText(handler, &name.desc);
+    if (status == noErr) status = makeText(options.handler, &name.desc);
     if (status == noErr) status = AEPutParamDesc(&event.desc, keyASSubroutineName, &name.desc);
     if (status != noErr) return session.reason(status);
     OSAID value = kOSANullScript;
     status =
         OSAExecuteEvent(session.component(), &event.desc, session.script(), kOSAModeNull, &value);
-    if (status == errAEEventNotHandled) return "has no handler '" + forTerminal(handler) + "'";
-    return status != noErr ? session.reason(status) : textOf(session, value, text);
+    if (status == errAEEventNotHandled)
+        return "has no handler '" + forTerminal(options.handler) + "'";
+    return status != noErr ? session.reason(status) : textOf(session, options, value, text);
 }
 
 using Work = std::string (*)(const ScriptSession&, const RunOptions&, std::string&);
 
-int runInChild(const RunOptions& options, Work work) {
+/// In the child: what is printed, or what failed.
+Problem runLoaded(const RunOptions& options, Work work, const ConfinedProgress& progress,
+                  std::string& text) {
+    ScriptSession session;
+    Problem problem = load(session, options);
+    progress.begin();
+    if (!problem) problem.reason = work(session, options, text);
+    progress.end();
+    return problem;
+}
+
+int runInChild(RunOptions& options, Work work) {
+    if (const Problem problem = options.input.readStandardInput()) {
+        reportError(problem.name, problem.reason);
+        return kSomethingFailed;
+    }
     OSASetLimits(&options.limits);
     const ConfinedOutcome outcome =
         runConfined(options.limits, [&](const ConfinedProgress& progress) -> int {
-            ScriptSession session;
             std::string text;
-            std::string reason = load(session, options);
-            progress.begin();
-            if (reason.empty()) reason = work(session, options, text);
-            progress.end();
-            if (reason.empty())
+            const Problem problem = runLoaded(options, work, progress, text);
+            if (!problem)
                 std::fwrite(text.data(), 1, text.size(), stdout);
             else
-                reportError(options.name(), reason);
-            return reason.empty() ? kAllWell : kSomethingFailed;
+                reportError(problem.name, problem.reason);
+            return problem ? kSomethingFailed : kAllWell;
         });
-    if (!outcome.reason.empty()) reportError(options.name(), outcome.reason);
+    if (!outcome.reason.empty()) reportError(options.input.name(), outcome.reason);
     return outcome.exitStatus;
 }
 
+/// The first of what is left on the command line.
+std::string takeFirst(std::vector<std::string>& rest) {
+    std::string first = std::move(rest.front());
+    rest.erase(rest.begin());
+    return first;
+}
+
 /// The arguments are the script's, whatever they look like; what is before them is the command's.
-void takeRest(const CLI::App& command, RunOptions& options, std::size_t atLeast) {
-    options.rest = command.remaining();
-    const bool isMarked = !options.rest.empty() && options.rest.front() == "--";
-    if (isMarked) options.rest.erase(options.rest.begin());
+void takeRest(const CLI::App& command, RunOptions& options, bool needsHandler) {
+    std::vector<std::string> rest = command.remaining();
+    const bool isMarked = !rest.empty() && rest.front() == "--";
+    if (isMarked) rest.erase(rest.begin());
     const bool isOption =
-        !isMarked && !options.rest.empty() && options.rest.front().starts_with('-');
-    if (isOption) throw CLI::ExtrasError(command.get_name(), {options.rest.front()});
-    if (options.rest.size() < atLeast)
-        throw CLI::RequiredError(atLeast == 2 ? "FILE and HANDLER" : "FILE or -e");
+        !isMarked && !rest.empty() && rest.front().starts_with('-') && rest.front() != "-";
+    if (isOption) throw CLI::ExtrasError(command.get_name(), {rest.front()});
+    if (options.input.lines.empty() && !rest.empty()) options.input.files = {takeFirst(rest)};
+    if (!options.input.isComplete()) throw CLI::RequiredError("FILE or -e");
+    if (needsHandler && rest.empty()) throw CLI::RequiredError("HANDLER");
+    if (needsHandler) options.handler = takeFirst(rest);
+    options.arguments = std::move(rest);
 }
 
 /// Has the parser leave "--" to the command: it would go to the program if the command took no
@@ -167,6 +184,11 @@ std::shared_ptr<RunOptions> addOptions(CLI::App& command) {
     command
         .add_option("-l,--language", options->language, "Name or subtype of the text's language")
         ->type_name("LANGUAGE");
+    command.add_option("-e", options->input.lines, "A line of the script; may be repeated")
+        ->type_name("TEXT")
+        ->allow_extra_args(false);
+    command.add_option("-s,--style", options->style, "The result for people, h, or as source, s")
+        ->check(CLI::IsMember({"h", "s"}));
     command.add_option("--time", options->limits.milliseconds, "Time that it may take; 0: any")
         ->type_name("MS");
     command.add_option("--memory", options->limits.memoryBytes, "Memory for its values; 0: any")
@@ -180,12 +202,10 @@ void addRunCommand(CLI::App& program, int& exitStatus) {
     CLI::App* const command = program.add_subcommand("run", "Run a script and print its result");
     const auto options = addOptions(*command);
     command->footer(
-        "FILE [ARG...], or -e TEXT... [ARG...]: what is behind the file is the script's.");
-    command->add_option("-e", options->lines, "A line of the script; may be repeated")
-        ->type_name("TEXT")
-        ->allow_extra_args(false);
+        "FILE [ARG...], or -e TEXT... [ARG...]: what is behind the file is the script's.\n"
+        "FILE - is standard input.");
     command->callback([command, options, &exitStatus] {
-        takeRest(*command, *options, options->isText() ? 0 : 1);
+        takeRest(*command, *options, false);
         exitStatus = runInChild(*options, runScript);
     });
 }
@@ -194,9 +214,11 @@ void addCallCommand(CLI::App& program, int& exitStatus) {
     CLI::App* const command =
         program.add_subcommand("call", "Call a handler of a script and print its result");
     const auto options = addOptions(*command);
-    command->footer("FILE HANDLER [ARG...]: arguments are text, but numbers, true and false.");
+    command->footer(
+        "FILE HANDLER [ARG...], or -e TEXT... HANDLER [ARG...]: arguments are text, but numbers,\n"
+        "true and false.");
     command->callback([command, options, &exitStatus] {
-        takeRest(*command, *options, 2);
+        takeRest(*command, *options, true);
         exitStatus = runInChild(*options, callHandler);
     });
 }

@@ -1,8 +1,6 @@
 // Scripts for the commands: loading them, and why that failed.
 #include "cli/scripts/ScriptSession.h"
 
-#include <CoreFoundation/CFRef.h>
-#include <CoreFoundation/CFString.h>
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <OSA/ScriptingComponents.h>
@@ -10,8 +8,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "cli/Command.h"
 #include "cli/RecordFormat.h"
@@ -43,13 +39,6 @@ std::string findFile(const std::string& path, FSRef& file) {
     return find(path + kMainScript) == noErr && isFolder == 0 ? "" : "is a folder, but no script";
 }
 
-std::u16string unitsOf(CFStringRef string) {
-    const CFIndex length = CFStringGetLength(string);
-    std::u16string units(static_cast<std::size_t>(length), u'\0');
-    CFStringGetCharacters(string, {0, length}, reinterpret_cast<UniChar*>(units.data()));
-    return units;
-}
-
 /// 'utxt' data.
 std::u16string unitsOf(const std::string& data) {
     std::u16string units(data.size() / sizeof(char16_t), u'\0');
@@ -58,22 +47,11 @@ std::u16string unitsOf(const std::string& data) {
     return units;
 }
 
-/// A text file's units, as loading reads them.
-std::u16string readUnits(const FSRef& file) {
-    UInt8 path[4096];
-    if (FSRefMakePath(&file, path, sizeof path) != noErr) return {};
-    std::ifstream stream(reinterpret_cast<const char*>(path), std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
-    const bool isUTF16 = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
-    for (const CFStringEncoding encoding : {isUTF16 ? CFStringEncoding{kCFStringEncodingUTF16}
-                                                    : CFStringEncoding{kCFStringEncodingUTF8},
-                                            CFStringGetSystemEncoding()}) {
-        const auto text = CFRef<CFStringRef>::Adopt(CFStringCreateWithBytes(
-            kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
-            static_cast<CFIndex>(bytes.size()), encoding, 1));
-        if (text) return unitsOf(text.get());
-    }
-    return {};
+/// What no text has that is meant for people.
+bool hasControls(const std::u16string& units) {
+    return std::any_of(units.begin(), units.end(), [](char16_t unit) {
+        return unit < 0x20 && unit != u'\t' && unit != u'\n' && unit != u'\f' && unit != u'\r';
+    });
 }
 
 /// Lines end in CR, LF or both.
@@ -171,23 +149,24 @@ std::string ScriptSession::source(std::string& utf8) const {
     return reason(status);
 }
 
-std::string ScriptSession::uncompiledText() const {
-    const auto isControl = [](char16_t unit) {
-        return unit < 0x20 && unit != u'\t' && unit != u'\n' && unit != u'\f' && unit != u'\r';
-    };
+std::string ScriptSession::readSource(const std::string& path, std::string& utf8) {
+    FSRef file;
+    if (std::string reason = findFile(path, file); !reason.empty()) return reason;
+    SessionDesc text;
     SessionDesc bytes;
-    if (std::any_of(text_.begin(), text_.end(), isControl) ||
-        AECoercePtr(typeUnicodeText, text_.data(),
-                    static_cast<Size>(text_.size() * sizeof(char16_t)), typeUTF8Text,
-                    &bytes.desc) != noErr)
+    if (OSACopyScriptText(&file, &text.desc) == noErr && !hasControls(unitsOf(text.bytes())) &&
+        AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) == noErr) {
+        utf8 = bytes.bytes();
         return {};
-    return bytes.bytes();
+    }
+    std::string reason = loadFile(path);
+    return reason.empty() ? source(utf8) : reason;
 }
 
-std::string ScriptSession::display(OSAID value, std::string& utf8) const {
+std::string ScriptSession::display(OSAID value, bool asSource, std::string& utf8) const {
     SessionDesc text;
-    OSAError status =
-        OSADisplay(component_, value, typeUnicodeText, kOSAModeDisplayForHumans, &text.desc);
+    OSAError status = OSADisplay(component_, value, typeUnicodeText,
+                                 asSource ? kOSAModeNull : kOSAModeDisplayForHumans, &text.desc);
     SessionDesc bytes;
     if (status == noErr) status = AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc);
     utf8 = bytes.bytes();
@@ -238,11 +217,11 @@ std::string ScriptSession::scriptReason() const {
         OSAScriptError(component_, kOSAErrorRange, typeAERecord, &range.desc) == noErr &&
         AEGetParamPtr(&range.desc, keyOSASourceStart, typeSInt32, nullptr, &start, sizeof start,
                       nullptr) == noErr;
+    const std::u16string source = hasRange && start >= 0 ? sourceUnits() : std::u16string();
     // a full message may tell the line itself
     std::string message =
-        forTerminal(errorText(hasRange ? kOSAErrorBriefMessage : kOSAErrorMessage));
+        forTerminal(errorText(source.empty() ? kOSAErrorMessage : kOSAErrorBriefMessage));
     if (message.empty()) return "failed";
-    const std::u16string source = hasRange && start >= 0 ? sourceUnits() : std::u16string();
     return source.empty()
                ? message
                : message + " (line " +
@@ -266,7 +245,8 @@ std::string ScriptSession::loadingReason(OSAError status, const FSRef& file) {
     if (status == errOSACantOpenComponent && told == noErr)
         return "stored in language " + languageText(subType) + ", which no component here reads";
     if (status != errOSAScriptError || told != errOSABadStorageType) return reason(status);
-    text_ = readUnits(file);  // text that does not compile: its lines are the file's
+    SessionDesc text;  // that does not compile: its lines are the file's
+    if (OSACopyScriptText(&file, &text.desc) == noErr) text_ = unitsOf(text.bytes());
     return reason(status);
 }
 

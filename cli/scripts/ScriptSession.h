@@ -34,13 +34,13 @@ class ScriptSession {
     ComponentInstance component() const { return component_; }
     OSAID script() const { return script_; }
 
+    /// The source of a script in a file in UTF-8, loaded if need be: a text, of whatever language,
+    /// is its own.
+    std::string readSource(const std::string& path, std::string& utf8);
     /// The script's source in UTF-8.
     std::string source(std::string& utf8) const;
-    /// The text of the file last loaded in vain, in UTF-8, when it is a text that does not compile
-    /// here: it is its own source. Empty otherwise.
-    std::string uncompiledText() const;
-    /// A value as people read it, in UTF-8.
-    std::string display(OSAID value, std::string& utf8) const;
+    /// A value in UTF-8: as people read it, or as its language writes it.
+    std::string display(OSAID value, bool asSource, std::string& utf8) const;
     /// Why a call of this session failed: for errors of the script what it says, and the line.
     std::string reason(OSAError status) const;
 

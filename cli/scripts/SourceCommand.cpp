@@ -14,13 +14,7 @@ std::string printSource(const std::string& path) {
     ScriptSession session;
     if (std::string reason = session.open(""); !reason.empty()) return reason;
     std::string source;
-    std::string reason = session.loadFile(path);
-    if (reason.empty()) {
-        reason = session.source(source);
-    } else if (source = session.uncompiledText(); !source.empty()) {
-        reason.clear();
-    }
-    if (!reason.empty()) return reason;
+    if (std::string reason = session.readSource(path, source); !reason.empty()) return reason;
     if (!source.empty() && source.back() != '\n') source += '\n';
     std::fwrite(source.data(), 1, source.size(), stdout);
     return {};

@@ -151,13 +151,16 @@ Result<std::u16string> decodeSource(ByteSpan bytes) {
     return Failure(errOSABadStorageType);
 }
 
-OSAError compileText(ComponentInstance instance, ByteSpan bytes, SInt32 modeFlags, OSAID& script) {
+OSAError makeText(ByteSpan bytes, AEDesc* text) {
     const auto units = decodeSource(bytes);
     if (!units) return units.status();
+    return AECreateDesc(typeUnicodeText, units->data(),
+                        static_cast<Size>(units->size() * sizeof(char16_t)), text);
+}
+
+OSAError compileText(ComponentInstance instance, ByteSpan bytes, SInt32 modeFlags, OSAID& script) {
     OwnedDesc source;
-    const OSErr status =
-        AECreateDesc(typeUnicodeText, units->data(),
-                     static_cast<Size>(units->size() * sizeof(char16_t)), &source.desc);
+    const OSAError status = makeText(bytes, &source.desc);
     return status != noErr ? status : OSACompile(instance, &source.desc, modeFlags, &script);
 }
 
@@ -249,6 +252,12 @@ void giveFileType(const FSRef& file) {
     FSSetCatalogInfo(&file, kFSCatInfoFinderInfo, &info);
 }
 
+OSAError textOf(const FSRef& file, AEDesc* text) {
+    const auto content = readFile(file);
+    if (!content) return content.status();
+    return content->isText ? makeText(content->desc.bytes(), text) : OSAError{errOSABadStorageType};
+}
+
 OSAError subTypeOf(const FSRef& file, OSType& subType) {
     const auto content = readFile(file);
     if (!content) return content.status();
@@ -290,6 +299,14 @@ OSAError OSAGetStoredSubType(const FSRef* scriptFile, OSType* subType) try {
     if (subType != nullptr) *subType = 0;
     if (scriptFile == nullptr || subType == nullptr) return paramErr;
     return osa::subTypeOf(*scriptFile, *subType);
+} catch (const std::bad_alloc&) {
+    return memFullErr;
+}
+
+OSAError OSACopyScriptText(const FSRef* scriptFile, AEDesc* resultingText) try {
+    if (resultingText != nullptr) AEInitializeDesc(resultingText);
+    if (scriptFile == nullptr || resultingText == nullptr) return paramErr;
+    return osa::textOf(*scriptFile, resultingText);
 } catch (const std::bad_alloc&) {
     return memFullErr;
 }

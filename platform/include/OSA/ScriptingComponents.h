@@ -55,6 +55,9 @@ OSA_PLATFORM_EXPORT OSErr OSAUnregisterComponent(Component component);
 /// The subtype that the stored script in a file names, which there may be no component of.
 /// errOSABadStorageType when there is only text; other statuses as OSALoadFile.
 OSA_PLATFORM_EXPORT OSAError OSAGetStoredSubType(const FSRef* scriptFile, OSType* subType);
+/// The text of a script file that is only text, as OSALoadFile compiles it, in 'utxt'.
+/// errOSABadStorageType for a stored script, and for what is no text.
+OSA_PLATFORM_EXPORT OSAError OSACopyScriptText(const FSRef* scriptFile, AEDesc* resultingText);
 
 /// Bounds of one call into a script; 0 for none. A script that is stopped answers
 /// errOSASystemError.
