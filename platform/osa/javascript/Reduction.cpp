@@ -251,6 +251,17 @@ function rename({uses, kept}, {pieces, words}) {
     }
 }
 
+// The places take more memory than all else in a tree.
+function withoutPlaces(program) {
+    const waiting = [program];
+    while (waiting.length !== 0) {
+        const node = waiting.pop();
+        if (node === null || typeof node !== "object" || node instanceof RegExp) continue;
+        if (node.loc) node.loc = null;
+        for (const key in node) waiting.push(node[key]);
+    }
+}
+
 // The tree as a list, but for places.
 function* flat(program) {
     const waiting = [program];
@@ -269,17 +280,20 @@ function* flat(program) {
 }
 
 function reduce(text) {
-    let tree = Reflect.parse(text);
-    const found = survey(tree, placing(text));
-    const scanned = scan(text, found.expressions);
+    const tree = Reflect.parse(text);
+    let found = survey(tree, placing(text));
+    let scanned = scan(text, found.expressions);
     if (!found.unsure) rename(found, scanned);
-    const before = [...flat(tree)];
-    tree = null;
+    found = null;
+    withoutPlaces(tree);
     const reduced = scanned.pieces.join("");
-    let i = 0;
-    for (const value of flat(Reflect.parse(reduced, {loc: false})))
-        if (!Object.is(value, before[i++])) return null;
-    return i === before.length ? reduced : null;
+    scanned = null;
+    const before = flat(tree);
+    for (const value of flat(Reflect.parse(reduced, {loc: false}))) {
+        const {value: known, done} = before.next();
+        if (done || !Object.is(value, known)) return null;
+    }
+    return before.next().done ? reduced : null;
 }
 return text => {
     const reduced = reduce(text);

@@ -49,6 +49,24 @@ SInt32 numberOf(JSContext* cx, JS::HandleValue exception) {
     return fits ? static_cast<SInt32>(given) : SInt32{errOSAScriptError};
 }
 
+/// What is thrown and is no error may have a message all the same. Nothing of the script is run.
+std::u16string messageOf(JSContext* cx, JS::HandleValue exception) {
+    std::u16string message;
+    if (!exception.isObject()) return message;
+    JS::RootedObject object(cx, &exception.toObject());
+    if (JS::GetClass(object)->isProxyObject() || JS_ErrorFromException(cx, object) != nullptr)
+        return message;
+    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx);
+    const bool known = JS_GetOwnPropertyDescriptor(cx, object, "message", &property);
+    if (known && property.isSome() && property->isDataDescriptor() &&
+        property->value().isString()) {
+        JS::RootedString text(cx, property->value().toString());
+        toText(cx, text, &message);
+    }
+    JS_ClearPendingException(cx);
+    return message;
+}
+
 std::u16string decimal(unsigned number) {
     const std::string digits = std::to_string(number);
     return {digits.begin(), digits.end()};
@@ -85,8 +103,10 @@ void ScriptError::take(JSContext* cx, const SourceText* source) {
         JS_ClearPendingException(cx);
         return;
     }
-    message_ = fromUtf8(cx, report.toStringResult().c_str());
+    const std::u16string message = messageOf(cx, stack.exception());
+    message_ = message.empty() ? fromUtf8(cx, report.toStringResult().c_str()) : message;
     takeReport(cx, *report.report(), source);
+    if (!message.empty()) brief_ = message;
     number_ = numberOf(cx, stack.exception());
     JS_ClearPendingException(cx);
 }
