@@ -108,8 +108,8 @@ bool Host::furnish() {
 
 bool Host::onLog(JSContext* cx, unsigned count, JS::Value* values) {
     const JS::CallArgs args = JS::CallArgsFromVp(count, values);
-    args.rval().setUndefined();
     const JS::Value host = js::GetFunctionNativeReserved(&args.callee(), 0);
+    args.rval().setUndefined();
     JSAutoRealm realm(cx, static_cast<Host*>(host.toPrivate())->base_);
     return static_cast<Host*>(host.toPrivate())->log(args);
 }

@@ -136,7 +136,8 @@ function scope(above, isHome) {
     return made;
 }
 
-// Where the tree has regular expressions and names; the spellings that must stay.
+// Where the tree has regular expressions and names; the spellings that must stay. The places are
+// taken out of the tree, as they are much of it.
 function survey(program, place) {
     const top = scope(null, true), uses = new Map(), expressions = new Set(), kept = new Set(["arguments", "__proto__"]);
     const waiting = [program, top];
@@ -146,6 +147,7 @@ function survey(program, place) {
         const at = node.loc === null ? -1 : place(node.loc.start);
         if (at < 0 || uses.has(at)) kept.add(node.name);
         else uses.set(at, {node, within, pair, met: false});
+        node.loc = null;
     }
     function use(node, within, pair) {
         if (node.name === "eval") unsure = true;
@@ -188,8 +190,10 @@ function survey(program, place) {
         if (type === "Identifier") return use(node, within, false);
         if (type === "Literal") {
             if (node.value instanceof RegExp) expressions.add(place(node.loc.start));
+            node.loc = null;
             return;
         }
+        node.loc = null;
         if (isFunction(type)) return callable(node, within);
         if (type === "Property") return property(node, within);
         if (type === "MetaProperty") return;
@@ -251,17 +255,6 @@ function rename({uses, kept}, {pieces, words}) {
     }
 }
 
-// The places take more memory than all else in a tree.
-function withoutPlaces(program) {
-    const waiting = [program];
-    while (waiting.length !== 0) {
-        const node = waiting.pop();
-        if (node === null || typeof node !== "object" || node instanceof RegExp) continue;
-        if (node.loc) node.loc = null;
-        for (const key in node) waiting.push(node[key]);
-    }
-}
-
 // The tree as a list, but for places.
 function* flat(program) {
     const waiting = [program];
@@ -285,7 +278,6 @@ function reduce(text) {
     let scanned = scan(text, found.expressions);
     if (!found.unsure) rename(found, scanned);
     found = null;
-    withoutPlaces(tree);
     const reduced = scanned.pieces.join("");
     scanned = null;
     const before = flat(tree);
