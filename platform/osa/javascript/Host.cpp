@@ -19,6 +19,13 @@ constexpr JSClass kInherited = {"inherited", 0, nullptr, nullptr, nullptr, nullp
 /// They and what hangs on them are some 20 KiB each.
 constexpr int kManyGlobals = 256;
 
+/// Bytes that compiling takes, and reducing, as measured: for each UTF-16 unit of one long string,
+/// and for each token of a source of nothing but `()=>a;` and `a=1;`, which take most.
+constexpr std::size_t kCompilingUnit = 8;
+constexpr std::size_t kCompilingToken = 100;
+constexpr std::size_t kReducingUnit = 16;
+constexpr std::size_t kReducingToken = 550;
+
 bool isGlobal(JSObject* object) {
     return JS::GetClass(object) == &kGlobal;
 }
@@ -80,7 +87,18 @@ bool Host::ask(const char* function, const JS::HandleValueArray& arguments,
     return JS_CallFunctionName(cx_, prelude, function, arguments, answer);
 }
 
+bool Host::affordsCompiling(std::u16string_view source) const {
+    return memoryBytes_ == 0 ||
+           affords(source.size() * kCompilingUnit + countTokens(source) * kCompilingToken);
+}
+
+bool Host::affordsReducing(std::u16string_view source) const {
+    return memoryBytes_ == 0 ||
+           affords(source.size() * kReducingUnit + countTokens(source) * kReducingToken);
+}
+
 bool Host::reduce(std::u16string* source) {
+    if (!affordsReducing(*source)) return false;
     JSAutoRealm realm(cx_, base_);
     JS::RootedValue function(cx_), answer(cx_);
     JS::RootedValueArray<1> arguments(cx_);

@@ -23,6 +23,9 @@ class Host {
     JSContext* context() const { return cx_; }
     /// Whether a conversion may take so many bytes.
     bool affords(std::size_t bytes) const { return memoryBytes_ == 0 || bytes <= memoryBytes_; }
+    /// Whether the engine may compile the source, and reduce() take it: neither is interrupted.
+    bool affordsCompiling(std::u16string_view source) const;
+    bool affordsReducing(std::u16string_view source) const;
     /// How many characters one may make.
     double affordedText() const {
         return memoryBytes_ == 0 ? HUGE_VAL : static_cast<double>(memoryBytes_ / sizeof(char16_t));
@@ -45,7 +48,7 @@ class Host {
     bool ask(const char* function, const JS::HandleValueArray& arguments,
              JS::MutableHandleValue answer);
     /// Leaves of a script's source what running it needs, to be stored run-only. Fails with an
-    /// exception for what nests too deep for that.
+    /// exception for what nests too deep for that, without one for what is too large.
     bool reduce(std::u16string* source);
 
   private:

@@ -129,12 +129,14 @@ const isFunction = type => type === "FunctionDeclaration" || type === "FunctionE
     type === "ArrowFunctionExpression";
 const takesName = node => node && node.id === null && (isFunction(node.type) || node.type === "ClassExpression");
 
-// A scope; `var` declares in its `home`.
+// A scope, with names once it has any; `var` declares in its `home`.
 function scope(above, isHome) {
-    const made = {names: new Set(), above, home: null};
+    const made = {names: null, above, home: null};
     made.home = isHome ? made : above.home;
     return made;
 }
+
+const namesOf = within => within.names ??= new Set();
 
 // Where the tree has regular expressions and names; the spellings that must stay. The places are
 // taken out of the tree, as they are much of it.
@@ -159,7 +161,7 @@ function survey(program, place) {
     }
     function callable(node, within) {
         const outer = scope(within, false), inner = scope(outer, true);
-        node.params.concat([node.rest]).forEach(parameter => bind(parameter, outer.names));
+        node.params.concat(node.rest || []).forEach(parameter => bind(parameter, namesOf(outer)));
         node.params.forEach((parameter, i) => {
             if (takesName(node.defaults[i])) bind(parameter, kept);
             visit(parameter, outer);
@@ -199,13 +201,13 @@ function survey(program, place) {
         if (type === "MetaProperty") return;
         if (type === "WithStatement") unsure = true;
         if (type === "VariableDeclaration")
-            node.declarations.forEach(one => bind(one.id, (node.kind === "var" ? within.home : within).names));
+            node.declarations.forEach(one => bind(one.id, namesOf(node.kind === "var" ? within.home : within)));
         if (type === "VariableDeclarator" && takesName(node.init)) bind(node.id, kept);
         if (type === "AssignmentExpression" && takesName(node.right)) bind(node.left, kept);
         if ((type === "ClassStatement" || type === "ClassExpression") && node.id) kept.add(node.id.name);
         const inner = blocks.includes(type) || type === "StaticClassBlock"
             ? scope(within, type === "StaticClassBlock") : within;
-        if (type === "CatchClause") bind(node.param, inner.names);
+        if (type === "CatchClause") bind(node.param, namesOf(inner));
         const isMember = type.endsWith("MemberExpression") && !node.computed;
         for (const key in node) {
             const part = node[key];
@@ -222,14 +224,14 @@ function survey(program, place) {
         const within = waiting.pop();
         any(waiting.pop(), within);
     }
-    top.names.forEach(name => kept.add(name));
+    namesOf(top).forEach(name => kept.add(name));
     return {uses, expressions, kept, unsure};
 }
 )js"
     uR"js(
 function isLocal({node, within}) {
     for (let o = within; o.above !== null; o = o.above)
-        if (o.names.has(node.name)) return true;
+        if (o.names !== null && o.names.has(node.name)) return true;
     return false;
 }
 

@@ -8,9 +8,6 @@
 namespace osa::script {
 namespace {
 
-/// What compiling takes at most of text as people write it, for each of its UTF-16 units.
-constexpr std::size_t kCompilingCost = 56;
-
 bool isPlain(const JS::PropertyDescriptor& property) {
     return property.isDataDescriptor() && !property.value().isMagic() &&
            !(property.value().isObject() && JS::IsCallable(&property.value().toObject()));
@@ -29,7 +26,7 @@ Script::Script(Machine& machine, Host& host, StoredSource source)
 
 /// The engine is not interrupted while it compiles, so what would take too much is not begun.
 JSScript* Script::compiled(const SourceText& text) {
-    if (!host_.affords(text.text.size() * kCompilingCost)) return nullptr;
+    if (!host_.affordsCompiling(text.text)) return nullptr;
     JSAutoRealm realm(cx_, global_);
     JS::CompileOptions options(cx_);
     options.setFileAndLine(text.file.c_str(), 1);

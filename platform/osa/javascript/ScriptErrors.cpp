@@ -26,11 +26,6 @@ std::size_t lineStart(std::u16string_view text, unsigned line) {
     return start;
 }
 
-bool isWord(char16_t unit) {
-    return unit == u'_' || unit == u'$' || unit >= 0x80 || (unit >= u'0' && unit <= u'9') ||
-           (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-}
-
 /// Where the word, or the one character, at `start` ends.
 std::size_t tokenEnd(std::u16string_view text, std::size_t start) {
     std::size_t end = start;
