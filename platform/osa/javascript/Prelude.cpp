@@ -80,7 +80,8 @@ function object(value, human, above) {
         case "File": case "Descriptor": return primitive(String(value), human);
         case "Date":
             if (human) return counted(String(value));
-            return made(kind, isNaN(time(value)) ? "NaN" : "\"" + new Date(time(value)).toISOString() + "\"");
+            return made(kind, isNaN(time(value)) ? "NaN"
+                : "\"" + new Date(time(value)).toISOString() + "\"");
         case "RegExp": case "Error": return counted(String(value));
         case "ArrayBuffer": {
             const bytes = new Uint8Array(value);

@@ -68,6 +68,8 @@ bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
             if (!JS_SetPropertyById(cx_, to, id, value)) return false;
             continue;
         }
+        // Where declarations are, none can be added.
+        if (!isScope(to)) continue;
         known = *property;
         // Declarations may come upon it.
         known.setConfigurable(true);

@@ -127,6 +127,12 @@ TEST_F(Handlers, WhatATopLevelThatThrowsDeclaredIsNowhere) {
     OSAID copy = kOSANullScript;
     EXPECT_EQ(OSACopyID(js, script, &copy), noErr);
     EXPECT_EQ(property(copy, "late"), "E-1753");
+    OSAID context = compiled("0", kOSAModeCompileIntoContext);
+    const Desc more = text("early = 1; nothing.here; let late = 2, later = {};");
+    EXPECT_EQ(OSACompile(js, more, kOSAModeAugmentContext, &context), errOSAScriptError);
+    ASSERT_EQ(OSACopyID(js, context, &copy), noErr);
+    for (const OSAID id : {context, copy})
+        EXPECT_EQ(property(id, "late") + property(id, "early"), "E-27231") << "and it is no crash";
     const OSAID second = compiled("var k; k = (k || 0) + 1; if (k === 1) nothing.here; let y = k");
     EXPECT_EQ(run(second), "E-1753");
     EXPECT_EQ(property(second, "y"), "2");
