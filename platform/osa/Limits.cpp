@@ -1,4 +1,4 @@
-// What a call into a script may take, for all instances that are opened.
+// What a call into a script may take, and where scripts write, for the whole process.
 #include <OSA/ScriptingComponents.h>
 
 #include <mutex>
@@ -6,14 +6,16 @@
 namespace osa {
 namespace {
 
-struct SharedLimits {
+struct Shared {
     std::mutex lock;
     OSALimits limits{10'000, UInt32{256} << 20};
+    OSALogProcPtr logProc = nullptr;
+    void* logRefCon = nullptr;
 };
 
-SharedLimits& shared() {
-    static constinit SharedLimits limits;
-    return limits;
+Shared& shared() {
+    static constinit Shared settings;
+    return settings;
 }
 
 }  // namespace
@@ -21,14 +23,28 @@ SharedLimits& shared() {
 
 void OSASetLimits(const OSALimits* limits) {
     if (limits == nullptr) return;
-    osa::SharedLimits& shared = osa::shared();
+    osa::Shared& shared = osa::shared();
     const std::scoped_lock guard(shared.lock);
     shared.limits = *limits;
 }
 
 void OSAGetLimits(OSALimits* limits) {
     if (limits == nullptr) return;
-    osa::SharedLimits& shared = osa::shared();
+    osa::Shared& shared = osa::shared();
     const std::scoped_lock guard(shared.lock);
     *limits = shared.limits;
+}
+
+void OSASetLogProc(OSALogProcPtr logProc, void* refCon) {
+    osa::Shared& shared = osa::shared();
+    const std::scoped_lock guard(shared.lock);
+    shared.logProc = logProc;
+    shared.logRefCon = refCon;
+}
+
+void OSAGetLogProc(OSALogProcPtr* logProc, void** refCon) {
+    osa::Shared& shared = osa::shared();
+    const std::scoped_lock guard(shared.lock);
+    if (logProc != nullptr) *logProc = shared.logProc;
+    if (refCon != nullptr) *refCon = shared.logRefCon;
 }

@@ -69,6 +69,13 @@ typedef struct OSALimits {
 /// For instances that are opened from now on, on any thread.
 OSA_PLATFORM_EXPORT void OSASetLimits(const OSALimits* limits);
 OSA_PLATFORM_EXPORT void OSAGetLimits(OSALimits* limits);
+/// Is given what a script logs, a line at a time, on the thread that runs the script, which waits:
+/// UTF-8 without the line's end.
+typedef void (*OSALogProcPtr)(const char* line, void* refCon);
+/// For all scripts of the process; null, as at first, leaves nothing written. What runs meanwhile
+/// may still call the one from before.
+OSA_PLATFORM_EXPORT void OSASetLogProc(OSALogProcPtr logProc, void* refCon);
+OSA_PLATFORM_EXPORT void OSAGetLogProc(OSALogProcPtr* logProc, void** refCon);
 /// Stops what runs in the instance, from another thread: it answers userCanceledErr.
 OSA_PLATFORM_EXPORT void OSAInterrupt(ComponentInstance scriptingComponent);
 

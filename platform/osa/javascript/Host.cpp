@@ -1,6 +1,8 @@
 // Realms and what scripts find in them.
 #include "platform/osa/javascript/Host.h"
 
+#include <OSA/ScriptingComponents.h>
+
 #include "platform/osa/javascript/Prelude.h"
 #include "platform/osa/javascript/Reduction.h"
 #include "platform/osa/javascript/Text.h"
@@ -17,8 +19,27 @@ constexpr JSClass kInherited = {"inherited", 0, nullptr, nullptr, nullptr, nullp
 /// They and what hangs on them are some 20 KiB each.
 constexpr int kManyGlobals = 256;
 
+/// Bytes that compiling takes, and reducing, as measured: for each UTF-16 unit of one long string,
+/// and for each token of a source of nothing but `()=>a;` and `a=1;`, which take most.
+constexpr std::size_t kCompilingUnit = 8;
+constexpr std::size_t kCompilingToken = 100;
+constexpr std::size_t kReducingUnit = 16;
+constexpr std::size_t kReducingToken = 550;
+
 bool isGlobal(JSObject* object) {
     return JS::GetClass(object) == &kGlobal;
+}
+
+/// For the prelude: what kind of object it is given, whatever that says of itself.
+bool classOf(JSContext* cx, unsigned count, JS::Value* values) {
+    const JS::CallArgs args = JS::CallArgsFromVp(count, values);
+    JS::RootedObject object(cx, &args[0].toObject());
+    js::ESClass kind = js::ESClass::Other;
+    if (!JS::GetBuiltinClass(cx, object, &kind)) return false;
+    const char* const name = kind == js::ESClass::Error ? "Error" : JS::GetClass(object)->name;
+    JSString* const answer = JS_NewStringCopyZ(cx, name);
+    if (answer != nullptr) args.rval().setString(answer);
+    return answer != nullptr;
 }
 
 }  // namespace
@@ -47,8 +68,14 @@ bool Host::evaluate(const char16_t* expression, JS::MutableHandleValue value) {
 }
 
 bool Host::runPrelude() {
-    JS::RootedValue value(cx_);
-    if (!evaluate(kPrelude, &value) || !value.isObject()) return false;
+    JS::RootedValue function(cx_), value(cx_);
+    JSFunction* const native = JS_NewFunction(cx_, classOf, 1, 0, "classOf");
+    JS::RootedValueArray<1> arguments(cx_);
+    if (native == nullptr) return false;
+    arguments[0].setObject(*JS_GetFunctionObject(native));
+    if (!evaluate(kPrelude, &function) ||
+        !JS::Call(cx_, JS::UndefinedHandleValue, function, arguments, &value) || !value.isObject())
+        return false;
     prelude_ = &value.toObject();
     return true;
 }
@@ -60,7 +87,18 @@ bool Host::ask(const char* function, const JS::HandleValueArray& arguments,
     return JS_CallFunctionName(cx_, prelude, function, arguments, answer);
 }
 
+bool Host::affordsCompiling(std::u16string_view source) const {
+    return memoryBytes_ == 0 ||
+           affords(source.size() * kCompilingUnit + countTokens(source) * kCompilingToken);
+}
+
+bool Host::affordsReducing(std::u16string_view source) const {
+    return memoryBytes_ == 0 ||
+           affords(source.size() * kReducingUnit + countTokens(source) * kReducingToken);
+}
+
 bool Host::reduce(std::u16string* source) {
+    if (!affordsReducing(*source)) return false;
     JSAutoRealm realm(cx_, base_);
     JS::RootedValue function(cx_), answer(cx_);
     JS::RootedValueArray<1> arguments(cx_);
@@ -76,8 +114,45 @@ bool Host::reduce(std::u16string* source) {
 
 /// What scripts can hold is of their own realm, from where there is no way into the room's.
 bool Host::furnish() {
-    JS::RootedValue ignored(cx_);
-    return evaluate(kFurniture, &ignored);
+    JS::RootedValue function(cx_), ignored(cx_);
+    JSFunction* const native = js::NewFunctionWithReserved(cx_, onLog, 0, 0, "log");
+    JS::RootedValueArray<1> arguments(cx_);
+    if (native == nullptr) return false;
+    arguments[0].setObject(*JS_GetFunctionObject(native));
+    js::SetFunctionNativeReserved(&arguments[0].toObject(), 0, JS::PrivateValue(this));
+    return evaluate(kFurniture, &function) &&
+           JS::Call(cx_, JS::UndefinedHandleValue, function, arguments, &ignored);
+}
+
+bool Host::onLog(JSContext* cx, unsigned count, JS::Value* values) {
+    const JS::CallArgs args = JS::CallArgsFromVp(count, values);
+    const JS::Value host = js::GetFunctionNativeReserved(&args.callee(), 0);
+    args.rval().setUndefined();
+    JSAutoRealm realm(cx, static_cast<Host*>(host.toPrivate())->base_);
+    return static_cast<Host*>(host.toPrivate())->log(args);
+}
+
+bool Host::log(const JS::CallArgs& args) {
+    OSALogProcPtr proc = nullptr;
+    void* refCon = nullptr;
+    OSAGetLogProc(&proc, &refCon);
+    if (proc == nullptr) return true;
+    JS::RootedValueArray<2> arguments(cx_);
+    JSObject* const values = JS::NewArrayObject(cx_, JS::HandleValueArray(args));
+    if (values == nullptr) return false;
+    arguments[0].setObject(*values);
+    arguments[1].setNumber(affordedText());
+    JS::RootedValue line(cx_);
+    if (!ask("line", arguments, &line)) return false;
+    if (!line.isString()) {
+        JS_ReportErrorASCII(cx_, "a line that takes more than there is memory");
+        return false;
+    }
+    JS::RootedString text(cx_, line.toString());
+    const JS::UniqueChars utf8 = JS_EncodeStringToUTF8(cx_, text);
+    if (utf8 == nullptr) return false;
+    proc(utf8.get(), refCon);
+    return true;
 }
 
 JSObject* Host::heldPrototype(bool file) {
@@ -108,8 +183,7 @@ void Host::tidy() {
     JS_GC(cx_);
 }
 
-bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
-                   const std::vector<std::u16string>& lexicals) {
+bool Host::inherit(JS::HandleObject global, JS::HandleObject parent) {
     JSAutoRealm realm(cx_, global);
     JS::RootedObject above(cx_);
     if (parent == nullptr) {
@@ -118,6 +192,10 @@ bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
     }
     above = JS_NewObjectWithGivenProto(cx_, &kInherited, parent);
     if (above == nullptr) return false;
+    std::vector<std::u16string> lexicals;
+    JS::RootedObject declarations(cx_,
+                                  isGlobal(parent) ? JS_GlobalLexicalEnvironment(parent) : nullptr);
+    if (declarations != nullptr && !appendNames(cx_, declarations, &lexicals)) return false;
     JS::RootedValue value(cx_);
     for (const std::u16string& name : lexicals) {
         bool found = false;
@@ -127,6 +205,18 @@ bool Host::inherit(JS::HandleObject global, JS::HandleObject parent,
             return false;
     }
     return JS_SetPrototype(cx_, global, above);
+}
+
+bool appendNames(JSContext* cx, JS::HandleObject object, std::vector<std::u16string>* names) {
+    JS::Rooted<JS::IdVector> ids(cx, JS::IdVector(cx));
+    if (!JS_Enumerate(cx, object, &ids)) return false;
+    JS::RootedValue value(cx);
+    for (std::size_t i = 0; i < ids.length(); ++i) {
+        if (!JS_IdToValue(cx, ids[i], &value)) return false;
+        JS::RootedString name(cx, JS::ToString(cx, value));
+        if (name == nullptr || !toText(cx, name, &names->emplace_back())) return false;
+    }
+    return true;
 }
 
 bool lookUp(JSContext* cx, JS::HandleObject scope, std::u16string_view name, bool* found,
@@ -139,11 +229,12 @@ bool lookUp(JSContext* cx, JS::HandleObject scope, std::u16string_view name, boo
     if (isGlobal(scope)) {
         JS::RootedObject declarations(cx, JS_GlobalLexicalEnvironment(scope));
         if (!JS_HasOwnPropertyById(cx, declarations, id, found)) return false;
-        if (*found && !JS_GetPropertyById(cx, declarations, id, value)) {
-            // It is declared further down than the script came.
-            if (!JS_IsExceptionPending(cx)) return false;
-            JS_ClearPendingException(cx);
+        if (*found && !JS_GetPropertyById(cx, declarations, id, value)) return false;
+        // What is declared further down than the script came has no value that may be given out.
+        if (*found && value.isMagic()) {
+            value.setUndefined();
             *found = false;
+            return true;
         }
         if (*found) return true;
     }

@@ -23,6 +23,9 @@ class Host {
     JSContext* context() const { return cx_; }
     /// Whether a conversion may take so many bytes.
     bool affords(std::size_t bytes) const { return memoryBytes_ == 0 || bytes <= memoryBytes_; }
+    /// Whether the engine may compile the source, and reduce() take it: neither is interrupted.
+    bool affordsCompiling(std::u16string_view source) const;
+    bool affordsReducing(std::u16string_view source) const;
     /// How many characters one may make.
     double affordedText() const {
         return memoryBytes_ == 0 ? HUGE_VAL : static_cast<double>(memoryBytes_ / sizeof(char16_t));
@@ -31,26 +34,27 @@ class Host {
     /// The entered realm's own prototype of File, or of Descriptor.
     JSObject* heldPrototype(bool file);
 
-    /// A global object with the language's own objects, `on` and `console`. With `withoutSource`
-    /// its functions do not tell their source.
+    /// A global object with the language's own objects, `on` and `console`, which gives its lines
+    /// to what OSASetLogProc set. With `withoutSource` its functions do not tell their source.
     JSObject* newGlobal(bool withoutSource);
     /// Collects garbage when many global objects were made since that was done: the engine takes
     /// them for small.
     void tidy();
-    /// Lets names that `global` does not have be looked up in `parent`, too; null ends that.
-    /// `lexicals` are names of the parent's that are no properties of it: they are copied.
-    bool inherit(JS::HandleObject global, JS::HandleObject parent,
-                 const std::vector<std::u16string>& lexicals);
+    /// Lets names that `global` does not have be looked up in `parent`, too; null ends that. The
+    /// parent's `let`, `const` and `class` are no properties of it: they are copied.
+    bool inherit(JS::HandleObject global, JS::HandleObject parent);
 
     /// Calls a function of the prelude, in the room's realm.
     bool ask(const char* function, const JS::HandleValueArray& arguments,
              JS::MutableHandleValue answer);
     /// Leaves of a script's source what running it needs, to be stored run-only. Fails with an
-    /// exception for what nests too deep for that.
+    /// exception for what nests too deep for that, without one for what is too large.
     bool reduce(std::u16string* source);
 
   private:
     bool evaluate(const char16_t* expression, JS::MutableHandleValue value);
+    bool log(const JS::CallArgs& args);
+    static bool onLog(JSContext* cx, unsigned count, JS::Value* values);
     bool runPrelude();
     bool furnish();
 
@@ -60,6 +64,11 @@ class Host {
     JS::PersistentRootedObject base_, prelude_;
 };
 
+inline bool isFunction(JS::HandleValue value) {
+    return value.isObject() && JS::IsCallable(&value.toObject());
+}
+/// Names of the object's own enumerable properties, after those that are there.
+bool appendNames(JSContext* cx, JS::HandleObject object, std::vector<std::u16string>* names);
 /// Whether `object` is a script's global object, or stands between one and its parent.
 bool isScope(JSObject* object);
 /// The property or top-level declaration of that name in `scope` alone; `found` tells whether it is

@@ -106,23 +106,20 @@ Item* Instance::findScript(OSAID id) {
     return item != nullptr && item->kind == Kind::script ? item : nullptr;
 }
 
-OSAError Instance::add(std::unique_ptr<Item> item, OSAID* id) {
-    OSAID fresh = newID();
-    while (items_.count(fresh) != 0) fresh = newID();
-    items_.emplace(fresh, std::move(item));
-    *id = fresh;
-    return noErr;
+OSAID Instance::add(std::unique_ptr<Item> item) {
+    const OSAID id = newID();
+    items_.emplace(id, std::move(item));
+    return id;
 }
 
-OSAError Instance::addValue(JS::HandleValue value, OSAID* id) {
+OSAID Instance::addValue(JS::HandleValue value) {
     auto item = std::make_unique<Item>(context());
     item->value = value;
-    return add(std::move(item), id);
+    return add(std::move(item));
 }
 
-OSAError Instance::addResult(JS::HandleValue value, OSAID* id) {
-    *id = kOSANullScript;
-    return value.isUndefined() ? OSAError{noErr} : addValue(value, id);
+OSAID Instance::addResult(JS::HandleValue value) {
+    return value.isUndefined() ? OSAID{kOSANullScript} : addValue(value);
 }
 
 Script::Ptr Instance::compile(StoredSource source) {

@@ -43,10 +43,10 @@ class Instance {
     Item* find(OSAID id);
     /// Null for what is no script either.
     Item* findScript(OSAID id);
-    OSAError add(std::unique_ptr<Item> item, OSAID* id);
-    OSAError addValue(JS::HandleValue value, OSAID* id);
+    OSAID add(std::unique_ptr<Item> item);
+    OSAID addValue(JS::HandleValue value);
     /// The same, but 0 for undefined.
-    OSAError addResult(JS::HandleValue value, OSAID* id);
+    OSAID addResult(JS::HandleValue value);
 
     /// Null with an exception pending.
     Script::Ptr compile(StoredSource source);

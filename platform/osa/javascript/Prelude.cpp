@@ -4,13 +4,23 @@
 namespace osa::script {
 
 const char16_t kPrelude[] =
-    uR"js((function () {
+    uR"js((function (classOf) {
 "use strict";
-const parse = Reflect.parse;
-const tagOf = value => Object.prototype.toString.call(value).slice(8, -1);
-const offset = Function.prototype.call.bind(Date.prototype.getTimezoneOffset);
-const time = Function.prototype.call.bind(Date.prototype.getTime);
-const source = Function.prototype.call.bind(Function.prototype.toString);
+const uncurried = method => Function.prototype.call.bind(method);
+const getter = (prototype, name) =>
+    uncurried(Object.getOwnPropertyDescriptor(prototype, name).get);
+const offset = uncurried(Date.prototype.getTimezoneOffset);
+const time = uncurried(Date.prototype.getTime);
+const source = uncurried(Function.prototype.toString);
+// The language's own, as an object's own may tell anything.
+const viewKind = getter(Object.getPrototypeOf(Uint8Array.prototype), Symbol.toStringTag);
+const viewLength = getter(Object.getPrototypeOf(Uint8Array.prototype), "length");
+const boxed = {__proto__: null};
+for (const box of [String, Number, Boolean, BigInt, Symbol])
+    boxed[box.name] = uncurried(box.prototype.valueOf);
+const collected = {__proto__: null, Map: uncurried(Map.prototype.entries),
+    Set: uncurried(Set.prototype.values)};
+const unboxed = value => boxed[classOf(value)](value);
 
 // A toString of the value's own kind, not the one that every object has.
 function ownText(value) {
@@ -49,24 +59,36 @@ function primitive(value, human) {
 function object(value, human, above) {
     spend(8);
     const inner = item => display(item, human, above);
-    const items = list => "[" + Array.from(list, inner).join(human ? ", " : ",") + "]";
-    if (Array.isArray(value)) return items(value);
-    const tag = tagOf(value);
-    if (ArrayBuffer.isView(value) && tag !== "DataView")
-        return (human ? "" : "new " + tag + "(") + items(value) + (human ? "" : ")");
-    switch (tag) {
-        case "File": case "Descriptor": return primitive(value.toString(), human);
-        case "Date":
-            return human ? value.toString() : "new Date(" + JSON.stringify(value.toJSON()) + ")";
-        case "RegExp": case "Error": return counted(String(value));
-        case "String": case "Number": case "Boolean": case "BigInt": case "Symbol":
-            return primitive(value.valueOf(), human);
-        case "ArrayBuffer":
-            return (human ? "" : "new Uint8Array(") + items(new Uint8Array(value)) +
-                   (human ? "" : ").buffer");
-        case "Map": case "Set": return (human ? "" : "new " + tag + "(") + items(value) + (human ? "" : ")");
+    function items(list, count) {
+        let text = "";
+        for (let i = 0; i < count; ++i) {
+            spend(1);
+            text += (i === 0 ? "" : human ? ", " : ",") + inner(list[i]);
+        }
+        return "[" + text + "]";
     }
-    const text = human ? ownText(value) : null;
+    const made = (name, text) => human ? text : "new " + name + "(" + text + ")";
+    const kind = classOf(value), view = viewKind(value);
+    if (view !== undefined) return made(view, items(value, viewLength(value)));
+    if (kind in boxed) return primitive(unboxed(value), human);
+    if (kind in collected) {
+        const list = [...collected[kind](value)];
+        return made(kind, items(list, list.length));
+    }
+    switch (kind) {
+        case "Array": return items(value, value.length);
+        case "File": case "Descriptor": return primitive(String(value), human);
+        case "Date":
+            if (human) return counted(String(value));
+            return made(kind, isNaN(time(value)) ? "NaN"
+                : "\"" + new Date(time(value)).toISOString() + "\"");
+        case "RegExp": case "Error": return counted(String(value));
+        case "ArrayBuffer": {
+            const bytes = new Uint8Array(value);
+            return made("Uint8Array", items(bytes, bytes.length)) + (human ? "" : ".buffer");
+        }
+    }
+    const text = human && kind !== "Proxy" ? ownText(value) : null;
     if (text !== null) return counted(String(value));
     const field = key => primitive(key, human) + (human ? ": " : ":") + inner(value[key]);
     return "{" + Object.keys(value).map(field).join(human ? ", " : ",") + "}";
@@ -79,27 +101,6 @@ function display(value, human, above) {
         throw new TypeError("an object that holds itself has no source");
     }
     return object(value, human, above.concat([value]));
-}
-
-function bound(pattern, names) {
-    if (!pattern) return;
-    if (pattern.type === "Identifier") names.push(pattern.name);
-    (pattern.elements || []).forEach(element => bound(element, names));
-    (pattern.properties || []).forEach(property => bound(property.value || property.expression, names));
-    if (pattern.left) bound(pattern.left, names);
-    if (pattern.expression) bound(pattern.expression, names);
-}
-
-function lexicals(text) {
-    let body;
-    try { body = parse(text, {loc: false}).body; } catch (error) { return null; }
-    const names = [];
-    for (const statement of body) {
-        if (statement.type === "VariableDeclaration" && statement.kind !== "var")
-            statement.declarations.forEach(declaration => bound(declaration.id, names));
-        if (statement.type === "ClassStatement") bound(statement.id, names);
-    }
-    return names;
 }
 
 // A script's own callable may be handed an array of this realm; nothing can be changed from there.
@@ -119,11 +120,11 @@ function freeze(value) {
  ""[Symbol.iterator](), new Map().entries(), new Set().entries(), "".matchAll(/a/g)].forEach(freeze);
 
 // What is shown may run a script that has something shown.
-function within(limit, value, human) {
+function within(limit, make) {
     const before = room;
     room = limit;
     try {
-        return display(value, human, []);
+        return make();
     } catch (error) {
         if (error === full) return null;
         throw error;
@@ -133,15 +134,16 @@ function within(limit, value, human) {
 }
 
 return {
-    display: (value, human, limit) => within(limit, value, human),
-    lexicals,
-    unboxed: value => value.valueOf(),
+    display: (value, human, limit) => within(limit, () => display(value, human, [])),
+    line: (values, limit) => within(limit, () =>
+        values.map(value => display(value, true, [])).join(" ").replaceAll("\0", "\ufffd")),
+    unboxed,
     toLocal: date => time(date) - offset(date) * 60000
 };
-})())js";
+}))js";
 
 const char16_t kFurniture[] =
-    uR"js((function () {
+    uR"js((function (log) {
 "use strict";
 const define = Object.defineProperty;
 const table = function (event, handler) {
@@ -152,10 +154,8 @@ const table = function (event, handler) {
         {value: handler, writable: true, enumerable: true, configurable: true});
 };
 
-const nothing = () => {};
 define(globalThis, "on", {value: table});
-define(globalThis, "console", {value:
-    {log: nothing, info: nothing, warn: nothing, error: nothing, debug: nothing}});
-})())js";
+define(globalThis, "console", {value: {log, info: log, warn: log, error: log, debug: log}});
+}))js";
 
 }  // namespace osa::script

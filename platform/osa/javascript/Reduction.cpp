@@ -129,14 +129,17 @@ const isFunction = type => type === "FunctionDeclaration" || type === "FunctionE
     type === "ArrowFunctionExpression";
 const takesName = node => node && node.id === null && (isFunction(node.type) || node.type === "ClassExpression");
 
-// A scope; `var` declares in its `home`.
+// A scope, with names once it has any; `var` declares in its `home`.
 function scope(above, isHome) {
-    const made = {names: new Set(), above, home: null};
+    const made = {names: null, above, home: null};
     made.home = isHome ? made : above.home;
     return made;
 }
 
-// Where the tree has regular expressions and names; the spellings that must stay.
+const namesOf = within => within.names ??= new Set();
+
+// Where the tree has regular expressions and names; the spellings that must stay. The places are
+// taken out of the tree, as they are much of it.
 function survey(program, place) {
     const top = scope(null, true), uses = new Map(), expressions = new Set(), kept = new Set(["arguments", "__proto__"]);
     const waiting = [program, top];
@@ -146,6 +149,7 @@ function survey(program, place) {
         const at = node.loc === null ? -1 : place(node.loc.start);
         if (at < 0 || uses.has(at)) kept.add(node.name);
         else uses.set(at, {node, within, pair, met: false});
+        node.loc = null;
     }
     function use(node, within, pair) {
         if (node.name === "eval") unsure = true;
@@ -157,7 +161,7 @@ function survey(program, place) {
     }
     function callable(node, within) {
         const outer = scope(within, false), inner = scope(outer, true);
-        node.params.concat([node.rest]).forEach(parameter => bind(parameter, outer.names));
+        node.params.concat(node.rest || []).forEach(parameter => bind(parameter, namesOf(outer)));
         node.params.forEach((parameter, i) => {
             if (takesName(node.defaults[i])) bind(parameter, kept);
             visit(parameter, outer);
@@ -188,20 +192,22 @@ function survey(program, place) {
         if (type === "Identifier") return use(node, within, false);
         if (type === "Literal") {
             if (node.value instanceof RegExp) expressions.add(place(node.loc.start));
+            node.loc = null;
             return;
         }
+        node.loc = null;
         if (isFunction(type)) return callable(node, within);
         if (type === "Property") return property(node, within);
         if (type === "MetaProperty") return;
         if (type === "WithStatement") unsure = true;
         if (type === "VariableDeclaration")
-            node.declarations.forEach(one => bind(one.id, (node.kind === "var" ? within.home : within).names));
+            node.declarations.forEach(one => bind(one.id, namesOf(node.kind === "var" ? within.home : within)));
         if (type === "VariableDeclarator" && takesName(node.init)) bind(node.id, kept);
         if (type === "AssignmentExpression" && takesName(node.right)) bind(node.left, kept);
         if ((type === "ClassStatement" || type === "ClassExpression") && node.id) kept.add(node.id.name);
         const inner = blocks.includes(type) || type === "StaticClassBlock"
             ? scope(within, type === "StaticClassBlock") : within;
-        if (type === "CatchClause") bind(node.param, inner.names);
+        if (type === "CatchClause") bind(node.param, namesOf(inner));
         const isMember = type.endsWith("MemberExpression") && !node.computed;
         for (const key in node) {
             const part = node[key];
@@ -218,14 +224,14 @@ function survey(program, place) {
         const within = waiting.pop();
         any(waiting.pop(), within);
     }
-    top.names.forEach(name => kept.add(name));
+    namesOf(top).forEach(name => kept.add(name));
     return {uses, expressions, kept, unsure};
 }
 )js"
     uR"js(
 function isLocal({node, within}) {
     for (let o = within; o.above !== null; o = o.above)
-        if (o.names.has(node.name)) return true;
+        if (o.names !== null && o.names.has(node.name)) return true;
     return false;
 }
 
@@ -269,17 +275,19 @@ function* flat(program) {
 }
 
 function reduce(text) {
-    let tree = Reflect.parse(text);
-    const found = survey(tree, placing(text));
-    const scanned = scan(text, found.expressions);
+    const tree = Reflect.parse(text);
+    let found = survey(tree, placing(text));
+    let scanned = scan(text, found.expressions);
     if (!found.unsure) rename(found, scanned);
-    const before = [...flat(tree)];
-    tree = null;
+    found = null;
     const reduced = scanned.pieces.join("");
-    let i = 0;
-    for (const value of flat(Reflect.parse(reduced, {loc: false})))
-        if (!Object.is(value, before[i++])) return null;
-    return i === before.length ? reduced : null;
+    scanned = null;
+    const before = flat(tree);
+    for (const value of flat(Reflect.parse(reduced, {loc: false}))) {
+        const {value: known, done} = before.next();
+        if (done || !Object.is(value, known)) return null;
+    }
+    return before.next().done ? reduced : null;
 }
 return text => {
     const reduced = reduce(text);

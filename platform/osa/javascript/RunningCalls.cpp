@@ -9,10 +9,6 @@
 namespace osa::script {
 namespace {
 
-bool isFunction(JS::HandleValue value) {
-    return value.isObject() && JS::IsCallable(&value.toObject());
-}
-
 OSErr codeOf(const AppleEvent& event, AEKeyword attribute, OSType* code) {
     return AEGetAttributePtr(&event, attribute, typeType, nullptr, code, sizeof *code, nullptr);
 }
@@ -167,14 +163,14 @@ OSAError execute(Instance& instance, OSAID id, OSAID context, SInt32, OSAID* res
     JS::RootedValue result(instance.context());
     if (item->kind == Kind::handler) {
         JS::RootedValue function(instance.context(), item->value);
-        return script->call(function, JS::HandleValueArray::empty(), &result)
-                   ? instance.addResult(result, resultID)
-                   : OSAError{errOSAScriptError};
-    }
-    if (parent != item && !script->inherit(parent == nullptr ? nullptr : parent->script))
+        if (!script->call(function, JS::HandleValueArray::empty(), &result))
+            return errOSAScriptError;
+    } else if ((parent != item && !script->inherit(parent == nullptr ? nullptr : parent->script)) ||
+               !runWhole(*script, &result)) {
         return errOSAScriptError;
-    if (!runWhole(*script, &result)) return errOSAScriptError;
-    return instance.addResult(result, resultID);
+    }
+    *resultID = instance.addResult(result);
+    return noErr;
 }
 
 OSAError executeEvent(Instance& instance, const AppleEvent* event, OSAID context, SInt32,
@@ -185,7 +181,8 @@ OSAError executeEvent(Instance& instance, const AppleEvent* event, OSAID context
     instance.within(script);
     JS::RootedValue result(instance.context());
     const OSAError status = Delivery(instance, *script, *event).deliver(&result);
-    return status == noErr ? instance.addResult(result, resultID) : status;
+    if (status == noErr) *resultID = instance.addResult(result);
+    return status;
 }
 
 OSAError getHandler(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OSAID* resultID) {
@@ -201,7 +198,8 @@ OSAError getHandler(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OS
     handler->kind = Kind::handler;
     handler->script = script;
     handler->value = function;
-    return instance.add(std::move(handler), resultID);
+    *resultID = instance.add(std::move(handler));
+    return noErr;
 }
 
 OSAError getProperty(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OSAID* resultID) {
@@ -214,7 +212,8 @@ OSAError getProperty(Instance& instance, SInt32, OSAID id, const AEDesc* desc, O
     bool found = false;
     if (!script->property(name.text, &found, &value)) return errOSAScriptError;
     if (!found || isFunction(value)) return errOSAInvalidAccess;
-    return instance.addValue(value, resultID);
+    *resultID = instance.addValue(value);
+    return noErr;
 }
 
 OSAError getPropertyNames(Instance& instance, SInt32, OSAID id, AEDescList* result) {

@@ -8,8 +8,9 @@
 namespace osa::script {
 namespace {
 
-bool isFunction(JS::HandleValue value) {
-    return value.isObject() && JS::IsCallable(&value.toObject());
+bool isPlain(const JS::PropertyDescriptor& property) {
+    return property.isDataDescriptor() && !property.value().isMagic() &&
+           !(property.value().isObject() && JS::IsCallable(&property.value().toObject()));
 }
 
 }  // namespace
@@ -23,7 +24,9 @@ Script::Script(Machine& machine, Host& host, StoredSource source)
       global_(cx_),
       code_(cx_) {}
 
+/// The engine is not interrupted while it compiles, so what would take too much is not begun.
 JSScript* Script::compiled(const SourceText& text) {
+    if (!host_.affordsCompiling(text.text)) return nullptr;
     JSAutoRealm realm(cx_, global_);
     JS::CompileOptions options(cx_);
     options.setFileAndLine(text.file.c_str(), 1);
@@ -40,34 +43,14 @@ bool Script::compile() {
     return code_ != nullptr;
 }
 
-bool Script::declarations(std::vector<std::u16string>* names, bool* known) {
-    JSAutoRealm realm(cx_, host_.base());
-    JS::RootedValueArray<1> arguments(cx_);
-    JSString* const source = toString(cx_, text_.text);
-    if (source == nullptr) return false;
-    arguments[0].setString(source);
-    JS::RootedValue answer(cx_), name(cx_);
-    if (!host_.ask("lexicals", arguments, &answer)) return false;
-    *known = answer.isObject();
-    if (!*known) return true;
-    JS::RootedObject list(cx_, &answer.toObject());
-    std::uint32_t count = 0;
-    if (!JS::GetArrayLength(cx_, list, &count)) return false;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (!JS_GetElement(cx_, list, i, &name)) return false;
-        if (!name.isString()) return false;
-        JS::RootedString string(cx_, name.toString());
-        if (!toText(cx_, string, &names->emplace_back())) return false;
-    }
-    return true;
-}
-
-/// As they are, without asking a getter.
+/// As they are, without asking a getter. What `to` has declared itself only gets the value, and
+/// stays when that is a function.
 bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
     JS::Rooted<JS::IdVector> ids(cx_, JS::IdVector(cx_));
     JS::RootedId id(cx_);
-    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx_);
+    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx_), own(cx_);
     JS::Rooted<JS::PropertyDescriptor> known(cx_);
+    JS::RootedValue value(cx_);
     {
         JSAutoRealm realm(cx_, from);
         if (!JS_Enumerate(cx_, from, &ids)) return false;
@@ -75,8 +58,18 @@ bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
     for (std::size_t i = 0; i < ids.length(); ++i) {
         id = ids[i];
         JSAutoRealm realm(cx_, to);
-        if (!JS_GetOwnPropertyDescriptorById(cx_, from, id, &property)) return false;
+        if (!JS_GetOwnPropertyDescriptorById(cx_, from, id, &property) ||
+            !JS_GetOwnPropertyDescriptorById(cx_, to, id, &own))
+            return false;
         if (property.isNothing()) continue;
+        if (own.isSome() && own->enumerable()) {
+            if (!own->isDataDescriptor() || !isPlain(*property)) continue;
+            value = property->value();
+            if (!JS_SetPropertyById(cx_, to, id, value)) return false;
+            continue;
+        }
+        // Where declarations are, none can be added.
+        if (!isScope(to)) continue;
         known = *property;
         // Declarations may come upon it.
         known.setConfigurable(true);
@@ -88,10 +81,10 @@ bool Script::carryOver(JS::HandleObject from, JS::HandleObject to) {
 /// Names that are declared once for all cannot be declared again in the same global object.
 bool Script::renew() {
     std::vector<std::u16string> names;
-    bool known = false;
-    if (!declarations(&names, &known)) return false;
-    if (known && names.empty()) return true;
     JS::RootedObject old(cx_, global_);
+    JS::RootedObject declarations(cx_, JS_GlobalLexicalEnvironment(old));
+    if (!appendNames(cx_, declarations, &names)) return false;
+    if (names.empty()) return true;
     JS::RootedObject fresh(cx_, host_.newGlobal(runOnly_));
     if (fresh == nullptr || !carryOver(old, fresh)) return false;
     global_ = fresh;
@@ -99,16 +92,32 @@ bool Script::renew() {
     return parent_ == nullptr || inherit(parent_);
 }
 
+bool Script::settle(JS::MutableHandleValue result) {
+    machine_.drain();
+    if (machine_.stopped() != noErr) return false;
+    if (!result.isObject()) return true;
+    JS::RootedObject promise(cx_, &result.toObject());
+    if (!JS::IsPromiseObject(promise)) return true;
+    const JS::PromiseState state = JS::GetPromiseState(promise);
+    if (state == JS::PromiseState::Pending) return true;
+    result.set(JS::GetPromiseResult(promise));
+    if (state == JS::PromiseState::Fulfilled) return true;
+    JS_SetPendingException(cx_, result);
+    return false;
+}
+
 bool Script::run(JS::MutableHandleValue result) {
-    if (ran_ && !renew()) return false;
-    ran_ = true;
+    ran_ = false;
+    if (begun_ && !renew()) return false;
+    begun_ = true;
     if (code_ == nullptr) code_ = compiled(text_);
     if (code_ == nullptr) return false;
     JSAutoRealm realm(cx_, global_);
     JS::RootedScript code(cx_, code_);
-    if (!JS_ExecuteScript(cx_, code, result)) return false;
-    machine_.drain();
-    return machine_.stopped() == noErr;
+    // Who is told a line may ask for what is there by then.
+    ran_ = true;
+    ran_ = JS_ExecuteScript(cx_, code, result) && settle(result);
+    return ran_;
 }
 
 bool Script::ensureRun(bool* fresh, JS::MutableHandleValue result) {
@@ -129,16 +138,10 @@ bool Script::augment(const SourceText& more) {
 }
 
 bool Script::inherit(const Ptr& parent) {
-    std::vector<std::u16string> names;
-    bool known = false;
-    JS::RootedObject above(cx_);
     if (parent == nullptr && parent_ == nullptr) return true;
-    if (parent != nullptr) {
-        if (!parent->declarations(&names, &known)) return false;
-        above = parent->global_;
-    }
-    JS::RootedObject global(cx_, global_);
-    if (!host_.inherit(global, above, names)) return false;
+    JS::RootedObject global(cx_, global_), above(cx_);
+    if (parent != nullptr) above = parent->global_;
+    if (!host_.inherit(global, above)) return false;
     parent_ = parent;
     return true;
 }
@@ -197,8 +200,14 @@ bool Script::ownFunction(const std::u16string& name, JS::MutableHandleValue func
 }
 
 bool Script::takeOver(const Script& other) {
-    if (!other.ran_) return true;
+    if (!other.begun_) return true;
+    JS::RootedValue ignored(cx_);
+    if (!inherit(other.parent_) || (other.ran_ && !run(&ignored))) return false;
     JS::RootedObject from(cx_, other.global_), to(cx_, global_);
+    if (!carryOver(from, to)) return false;
+    if (!other.ran_) return true;
+    from = JS_GlobalLexicalEnvironment(from);
+    to = JS_GlobalLexicalEnvironment(to);
     return carryOver(from, to);
 }
 
@@ -206,25 +215,16 @@ bool Script::call(JS::HandleValue function, const JS::HandleValueArray& argument
                   JS::MutableHandleValue result) {
     JSAutoRealm realm(cx_, global_);
     JS::RootedObject self(cx_, global_);
-    if (!JS_CallFunctionValue(cx_, self, function, arguments, result)) return false;
-    machine_.drain();
-    return machine_.stopped() == noErr;
+    return JS_CallFunctionValue(cx_, self, function, arguments, result) && settle(result);
 }
 
 bool Script::names(bool functions, std::vector<std::u16string>* names) {
     std::vector<std::u16string> all;
-    bool known = false;
-    if (!declarations(&all, &known)) return false;
     JS::RootedObject global(cx_, global_);
+    JS::RootedObject declarations(cx_, JS_GlobalLexicalEnvironment(global));
     JSAutoRealm realm(cx_, global);
-    JS::Rooted<JS::IdVector> ids(cx_, JS::IdVector(cx_));
-    if (!JS_Enumerate(cx_, global, &ids)) return false;
+    if (!appendNames(cx_, declarations, &all) || !appendNames(cx_, global, &all)) return false;
     JS::RootedValue value(cx_);
-    for (std::size_t i = 0; i < ids.length(); ++i) {
-        if (!JS_IdToValue(cx_, ids[i], &value)) return false;
-        JS::RootedString name(cx_, JS::ToString(cx_, value));
-        if (name == nullptr || !toText(cx_, name, &all.emplace_back())) return false;
-    }
     for (const std::u16string& name : all) {
         bool found = false;
         if (!lookUp(cx_, global, name, &found, &value)) return false;

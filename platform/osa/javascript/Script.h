@@ -15,7 +15,7 @@
 namespace osa::script {
 
 /// On the engine's thread. What answers bool or a pointer leaves an exception pending when it
-/// fails, or none when the script was stopped.
+/// fails, or none when the script was stopped or is too large for the memory limit.
 class Script {
   public:
     using Ptr = std::shared_ptr<Script>;
@@ -25,10 +25,11 @@ class Script {
     const SourceText& text() const { return text_; }
     bool runOnly() const { return runOnly_; }
 
-    /// Runs the top level. A script with top-level `let`, `const` or `class` gets a new global
-    /// object to be run again; properties go over to it.
+    /// Runs the top level and what promises left to be done; a promise that is settled by then
+    /// stands for its value or error, here and in call(). A script with top-level `let`, `const` or
+    /// `class` gets a new global object to be run again; properties go over to it.
     bool run(JS::MutableHandleValue result);
-    /// Runs the top level unless that was done before; `fresh` tells.
+    /// Runs the top level unless that succeeded before; `fresh` tells.
     bool ensureRun(bool* fresh, JS::MutableHandleValue result);
     /// Evaluates more source in the same global object; it is added to the script's own when it
     /// succeeds. `more` has what it is called in errors.
@@ -47,7 +48,8 @@ class Script {
     bool names(bool functions, std::vector<std::u16string>* names);
     /// The script's own function of that name, not a parent's; undefined when there is none.
     bool ownFunction(const std::u16string& name, JS::MutableHandleValue function);
-    /// Takes on the properties of a script of the same source that was run.
+    /// Takes on the context and the state of a script of the same source that was run: runs, so
+    /// that functions are this script's own, then sets what else the other one has.
     bool takeOver(const Script& other);
     JSObject* global() const { return global_; }
     JSContext* context() const { return cx_; }
@@ -56,7 +58,7 @@ class Script {
     JSScript* compiled(const SourceText& text);
     bool renew();
     bool carryOver(JS::HandleObject from, JS::HandleObject to);
-    bool declarations(std::vector<std::u16string>* names, bool* known);
+    bool settle(JS::MutableHandleValue result);
     bool registered(JS::HandleObject global, const std::u16string& event,
                     JS::MutableHandleValue function);
 
@@ -65,7 +67,8 @@ class Script {
     JSContext* const cx_;
     SourceText text_;
     const bool runOnly_;
-    bool ran_ = false;
+    bool begun_ = false;  ///< declarations may be there already
+    bool ran_ = false;    ///< to its end, or it runs now
     Ptr parent_;
     JS::PersistentRootedObject global_;
     JS::PersistentRootedScript code_;

@@ -18,12 +18,12 @@ bool isStored(DescType type) {
     return type == typeOSAGenericStorage || type == kJavaScript;
 }
 
-OSAError addScript(Instance& instance, Script::Ptr script, bool isContext, OSAID* id) {
+OSAID addScript(Instance& instance, Script::Ptr script, bool isContext) {
     auto item = std::make_unique<Item>(instance.context());
     item->kind = Kind::script;
     item->script = std::move(script);
     item->isContext = isContext;
-    return instance.add(std::move(item), id);
+    return instance.add(std::move(item));
 }
 
 OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) {
@@ -36,14 +36,16 @@ OSAError augment(Instance& instance, Script::Ptr script, std::u16string source) 
     return errOSAScriptError;
 }
 
-/// A new script that has what `from` has: its source, and its properties when it was run.
+/// A new script that has what `from` has: its source, and its state when it was run.
 OSAError copyScript(Instance& instance, const Item& from, OSAID* id) {
     const Script::Ptr original = from.script;
     const bool isContext = from.isContext;
     const Script::Ptr copy = instance.compile({original->text().text, original->runOnly()});
     if (copy == nullptr) return errOSAScriptError;
+    instance.within(copy);
     if (!copy->takeOver(*original)) return errOSAScriptError;
-    return addScript(instance, copy, isContext, id);
+    *id = addScript(instance, copy, isContext);
+    return noErr;
 }
 
 OSAError displayText(Instance& instance, const Item& item, bool human, std::u16string* text) {
@@ -71,8 +73,9 @@ OSAError load(Instance& instance, const AEDesc* data, SInt32 mode, OSAID* id) {
     if (const OSErr status = readStored(bytesOf(*data), &source); status != noErr) return status;
     source.runOnly = source.runOnly || (mode & kOSAModePreventGetSource) != 0;
     Script::Ptr script = instance.compile(std::move(source));
-    return script == nullptr ? OSAError{errOSAScriptError}
-                             : addScript(instance, std::move(script), false, id);
+    if (script == nullptr) return errOSAScriptError;
+    *id = addScript(instance, std::move(script), false);
+    return noErr;
 }
 
 OSAError store(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDesc* result) {
@@ -104,7 +107,10 @@ OSAError compile(Instance& instance, const AEDesc* source, SInt32 mode, OSAID* i
     // What ran may have disposed of it.
     if (previous != nullptr && (previous = instance.findScript(*id)) == nullptr)
         return errOSAInvalidID;
-    if (previous == nullptr) return addScript(instance, std::move(script), isContext, id);
+    if (previous == nullptr) {
+        *id = addScript(instance, std::move(script), isContext);
+        return noErr;
+    }
     previous->script = std::move(script);
     previous->isContext = isContext;
     return noErr;
@@ -118,7 +124,8 @@ OSAError copyID(Instance& instance, OSAID from, OSAID* to) {
     copy->kind = item->kind;
     copy->script = item->script;
     copy->value = item->value;
-    return instance.add(std::move(copy), to);
+    *to = instance.add(std::move(copy));
+    return noErr;
 }
 
 OSAError getSource(Instance& instance, OSAID id, DescType type, AEDesc* result) {
@@ -180,7 +187,8 @@ OSAError coerceFromDesc(Instance& instance, const AEDesc* desc, SInt32 mode, OSA
     if (isStored(desc->descriptorType)) return load(instance, desc, mode, id);
     JS::RootedValue value(instance.context());
     const OSErr status = fromDesc(instance.host(), *desc, &value);
-    return status == noErr ? instance.addValue(value, id) : status;
+    if (status == noErr) *id = instance.addValue(value);
+    return status;
 }
 
 OSAError coerceToDesc(Instance& instance, OSAID id, DescType type, SInt32 mode, AEDesc* result) {

@@ -26,11 +26,6 @@ std::size_t lineStart(std::u16string_view text, unsigned line) {
     return start;
 }
 
-bool isWord(char16_t unit) {
-    return unit == u'_' || unit == u'$' || unit >= 0x80 || (unit >= u'0' && unit <= u'9') ||
-           (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-}
-
 /// Where the word, or the one character, at `start` ends.
 std::size_t tokenEnd(std::u16string_view text, std::size_t start) {
     std::size_t end = start;
@@ -47,6 +42,24 @@ SInt32 numberOf(JSContext* cx, JS::HandleValue exception) {
     const double given = number.isNumber() ? number.toNumber() : 0.5;
     const bool fits = given == std::trunc(given) && std::abs(given + 0.5) < 2147483648.0;
     return fits ? static_cast<SInt32>(given) : SInt32{errOSAScriptError};
+}
+
+/// What is thrown and is no error may have a message all the same. Nothing of the script is run.
+std::u16string messageOf(JSContext* cx, JS::HandleValue exception) {
+    std::u16string message;
+    if (!exception.isObject()) return message;
+    JS::RootedObject object(cx, &exception.toObject());
+    if (JS::GetClass(object)->isProxyObject() || JS_ErrorFromException(cx, object) != nullptr)
+        return message;
+    JS::Rooted<mozilla::Maybe<JS::PropertyDescriptor>> property(cx);
+    const bool known = JS_GetOwnPropertyDescriptor(cx, object, "message", &property);
+    if (known && property.isSome() && property->isDataDescriptor() &&
+        property->value().isString()) {
+        JS::RootedString text(cx, property->value().toString());
+        toText(cx, text, &message);
+    }
+    JS_ClearPendingException(cx);
+    return message;
 }
 
 std::u16string decimal(unsigned number) {
@@ -85,8 +98,10 @@ void ScriptError::take(JSContext* cx, const SourceText* source) {
         JS_ClearPendingException(cx);
         return;
     }
-    message_ = fromUtf8(cx, report.toStringResult().c_str());
+    const std::u16string message = messageOf(cx, stack.exception());
+    message_ = message.empty() ? fromUtf8(cx, report.toStringResult().c_str()) : message;
     takeReport(cx, *report.report(), source);
+    if (!message.empty()) brief_ = message;
     number_ = numberOf(cx, stack.exception());
     JS_ClearPendingException(cx);
 }

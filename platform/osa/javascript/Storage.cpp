@@ -52,19 +52,20 @@ bool decode(ByteSpan bytes, std::u16string* text) {
     return true;
 }
 
-bool readString(CFStringRef string, std::u16string* text) {
+void readString(CFStringRef string, std::u16string* text) {
     text->resize(static_cast<std::size_t>(CFStringGetLength(string)));
     CFStringGetCharacters(string, CFRangeMake(0, CFStringGetLength(string)),
                           reinterpret_cast<UniChar*>(text->data()));
-    return true;
 }
 
 bool readList(CFTypeRef list, StoredSource* source) {
     if (list == nullptr || CFGetTypeID(list) != CFDictionaryGetTypeID()) return false;
     const auto dictionary = static_cast<CFDictionaryRef>(list);
     const void* value = CFDictionaryGetValue(dictionary, CFSTR("script"));
-    if (value != nullptr && CFGetTypeID(value) == CFStringGetTypeID())
-        return readString(static_cast<CFStringRef>(value), &source->text);
+    if (value != nullptr && CFGetTypeID(value) == CFStringGetTypeID()) {
+        readString(static_cast<CFStringRef>(value), &source->text);
+        return true;
+    }
     value = CFDictionaryGetValue(dictionary, CFSTR("runOnly"));
     source->runOnly = true;
     return value != nullptr && CFGetTypeID(value) == CFDataGetTypeID() &&

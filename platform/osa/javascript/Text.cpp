@@ -52,6 +52,22 @@ bool textCode(std::u16string_view text, FourCharCode* code) {
     return codeText(*code) == text;
 }
 
+bool isWord(char16_t unit) {
+    return unit == u'_' || unit == u'$' || unit >= 0x80 || (unit >= u'0' && unit <= u'9') ||
+           (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
+}
+
+std::size_t countTokens(std::u16string_view source) {
+    std::size_t count = 0;
+    bool inWord = false;
+    for (const char16_t unit : source) {
+        const bool isPart = isWord(unit);
+        if (unit > u' ' && !(isPart && inWord)) ++count;
+        inWord = isPart;
+    }
+    return count;
+}
+
 bool toText(JSContext* cx, JS::HandleString string, std::u16string* text) {
     text->resize(JS_GetStringLength(string));
     return JS_CopyStringChars(cx, mozilla::Range<char16_t>(text->data(), text->size()), string);

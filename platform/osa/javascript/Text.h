@@ -38,6 +38,11 @@ std::u16string codeText(FourCharCode code);
 /// The other way; false unless they are four characters of Mac Roman.
 bool textCode(std::u16string_view text, FourCharCode* code);
 
+/// Whether it may be part of a name or number of a script.
+bool isWord(char16_t unit);
+/// How many words and other characters a source has, but for blanks; those of comments count, too.
+std::size_t countTokens(std::u16string_view source);
+
 /// False with an exception pending.
 bool toText(JSContext* cx, JS::HandleString string, std::u16string* text);
 JSString* toString(JSContext* cx, std::u16string_view text);

@@ -11,11 +11,8 @@
 namespace osa::script {
 namespace {
 
-constexpr int kDeepest = 100;
 /// Integers up to here are numbers without loss.
 constexpr SInt64 kExact = SInt64{1} << 53;
-/// Seconds from 1904 to 1970.
-constexpr double kEpoch = 2082844800.0;
 
 constexpr OSErr kThrown = errOSAScriptError;
 

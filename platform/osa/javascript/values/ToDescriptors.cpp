@@ -11,14 +11,12 @@
 namespace osa::script {
 namespace {
 
-constexpr int kDeepest = 100;
 /// Objects that share parts may be small and yet stand for any number of values.
 constexpr int kMostValues = 1'000'000;
 /// Each more is looked for among all that are there.
 constexpr int kMostKeywords = 500;
 /// What an item of a list has besides its data.
 constexpr std::size_t kItem = 16;
-constexpr double kEpoch = 2082844800.0;
 constexpr OSErr kThrown = errOSAScriptError;
 
 bool isWhole(double number) {
@@ -98,12 +96,11 @@ class Writer {
         }
         if (JS::IsArrayBufferObject(object) || JS_IsArrayBufferViewObject(object))
             return bytes(object, desc);
-        bool isArray = false;
         js::ESClass kind = js::ESClass::Other;
-        if (!JS::IsArray(cx_, object, &isArray) || !JS::GetBuiltinClass(cx_, object, &kind))
-            return kThrown;
-        if (isArray) return list(object, desc);
+        if (!JS::GetBuiltinClass(cx_, object, &kind)) return kThrown;
         switch (kind) {
+            case js::ESClass::Array:
+                return list(object, desc);
             case js::ESClass::Date:
                 return date(object, desc);
             case js::ESClass::Object:
@@ -124,7 +121,7 @@ class Writer {
         arguments[0].setObject(*object);
         JS::RootedValue inner(cx_);
         if (!host_.ask("unboxed", arguments, &inner)) return kThrown;
-        return inner.isObject() ? OSErr(errAECoercionFail) : any(inner, desc);
+        return any(inner, desc);
     }
 
     OSErr bytes(JSObject* object, AEDesc* desc) {
@@ -239,10 +236,9 @@ DescType naturalType(JSContext* cx, JS::HandleValue value) {
     JS::RootedObject object(cx, &value.toObject());
     if (const AEDesc* const held = heldDescriptor(object)) return held->descriptorType;
     if (JS::IsArrayBufferObject(object) || JS_IsArrayBufferViewObject(object)) return 'rdat';
-    bool isArray = false;
-    if (JS::IsArray(cx, object, &isArray) && isArray) return typeAEList;
     js::ESClass kind = js::ESClass::Other;
     if (!JS::GetBuiltinClass(cx, object, &kind)) JS_ClearPendingException(cx);
+    if (kind == js::ESClass::Array) return typeAEList;
     if (kind == js::ESClass::Date) return typeLongDateTime;
     if (kind == js::ESClass::String) return typeUnicodeText;
     const bool isRecord = kind == js::ESClass::Object || kind == js::ESClass::Error;

@@ -108,7 +108,59 @@ TEST_F(Handlers, RunKeepsPropertiesAndInheritsFromItsContext) {
         " return ++asked; }, enumerable: true, configurable: true}); asked");
     run(asked);
     EXPECT_EQ(run(asked), "0") << "no getter is asked for a new global object";
-    EXPECT_EQ(run(compiled("var later = 0; Promise.resolve(9).then(x => { later = x; })")), "{}");
+}
+
+TEST_F(Handlers, PromisesThatAreSettledStandForWhatTheyGive) {
+    for (const auto& [source, shown] :
+         {std::pair{"async function run() { return await 5 }", "5"},
+          {"Promise.resolve(9).then(x => { later = x; })", "nothing"},
+          {"new Promise(() => {})", "{}"},
+          {"async function run() { throw new Error('late') }", "E-1753"}})
+        EXPECT_EQ(run(compiled(source)), shown) << source;
+    EXPECT_EQ(errorText(), "Error: late (line 1)");
+}
+
+TEST_F(Handlers, WhatATopLevelThatThrowsDeclaredIsNowhere) {
+    const OSAID script = compiled("var early = 1; nothing.here; let late = 2; function f() {}");
+    EXPECT_EQ(property(script, "late") + handler(script, text("f")), "E-1753E-1753");
+    EXPECT_EQ(run(compiled("[early, typeof late]"), script), "[1,\"undefined\"]");
+    OSAID copy = kOSANullScript;
+    EXPECT_EQ(OSACopyID(js, script, &copy), noErr);
+    EXPECT_EQ(property(copy, "late"), "E-1753");
+    OSAID context = compiled("0", kOSAModeCompileIntoContext);
+    const Desc more = text("early = 1; nothing.here; let late = 2, later = {};");
+    EXPECT_EQ(OSACompile(js, more, kOSAModeAugmentContext, &context), errOSAScriptError);
+    ASSERT_EQ(OSACopyID(js, context, &copy), noErr);
+    for (const OSAID id : {context, copy})
+        EXPECT_EQ(property(id, "late") + property(id, "early"), "E-27231") << "and it is no crash";
+    const OSAID second = compiled("var k; k = (k || 0) + 1; if (k === 1) nothing.here; let y = k");
+    EXPECT_EQ(run(second), "E-1753");
+    EXPECT_EQ(property(second, "y"), "2");
+}
+
+TEST_F(Handlers, CopiesHaveTheStateAndFunctionsOfTheirOwn) {
+    const OSAID script = compiled(
+        "var n = 0, f = 1; let kept = 'a'; const o = {}; function add() { f = 2; made = 1; kept +="
+        " 'b'; return ++n; }");
+    EXPECT_EQ(send(script, "ascrpsbr", "add"), "1");
+    OSAID copy = kOSANullScript;
+    ASSERT_EQ(OSACopyID(js, script, &copy), noErr);
+    EXPECT_EQ(property(copy, "made") + property(copy, "kept") + property(copy, "f"), "1\"ab\"2");
+    EXPECT_EQ(send(copy, "ascrpsbr", "add"), "2");
+    EXPECT_EQ(property(script, "n") + property(copy, "n") + property(copy, "kept"), "12\"abb\"");
+}
+
+TEST_F(Handlers, LinesAreLoggedForPeople) {
+    static std::string lines;
+    OSASetLogProc([](const char* line, void* end) { lines += line + std::string(1, *(char*)end); },
+                  const_cast<char*>("|"));
+    EXPECT_EQ(run("console.log('é', [1, 'a'], {a: null}); console.error(); console.warn('\\0')"),
+              "nothing");
+    EXPECT_EQ(run("console.log({get a() { throw 1 }})"), "E-1753");
+    EXPECT_EQ(run("console.info(Array(1e6).fill('x'.repeat(1e6)))"), "E-1753");
+    OSASetLogProc(nullptr, nullptr);
+    EXPECT_EQ(run("console.debug({get a() { throw 1 }})"), "nothing");
+    EXPECT_EQ(lines, "é [1, a] {a: null}||\uFFFD|");
 }
 
 TEST_F(Handlers, ErrorsTellWhereTheyAre) {
@@ -127,6 +179,8 @@ TEST_F(Handlers, ErrorsTellWhereTheyAre) {
         {"(function f() { f(); })()", "InternalError: too much recursion (line 1)",
          "too much recursion", "", -1753},
         {"throw {toString() { throw 1; }}", "", "", "", -1753},
+        {"throw {message: 'hey'}", "hey (line 1)", "hey", "", -1753},
+        {"throw new Proxy({message: 'hey'}, {})", "", "", "", -1753},
         {"import('fs').then(() => 0); x", "", "", "", -1753},
     };
     for (const Row& row : rows) {

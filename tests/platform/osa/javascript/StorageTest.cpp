@@ -118,6 +118,16 @@ TEST_F(Storage, RunOnlyHasItsLimits) {
     EXPECT_EQ(stored(script, kOSAModePreventGetSource), "E-1753");
     EXPECT_EQ(errorText(), "InternalError: too much recursion");
     EXPECT_GT(stored(script, kOSAModeNull).size(), deep.size());
+    // Neither is begun that would take more memory than there is.
+    std::string large;
+    for (int i = 0; i < 150'000; ++i) large += "a=1;\n";
+    const OSAID dense = compiled(large);
+    EXPECT_EQ(stored(dense, kOSAModePreventGetSource), "E-1750");
+    EXPECT_EQ(stored(dense, kOSAModeNull).substr(0, 4), "JsOs");
+    for (int i = 0; i < 3; ++i) large += large;
+    OSAID refused = kOSANullScript;
+    EXPECT_EQ(OSACompile(js, text(large), kOSAModeNull, &refused), errOSASystemError);
+    EXPECT_EQ(run("1"), "1");
 }
 
 TEST_F(Storage, DamageIsRefused) {
