@@ -125,12 +125,21 @@ Problem runLoaded(const RunOptions& options, Work work, const ConfinedProgress& 
     return problem;
 }
 
+/// What the script says with console.log and its kin.
+void printLine(const char* line, void*) {
+    std::string printed;
+    for (const std::string& part : CLI::detail::split(line, '\n'))
+        printed += forTerminal(part) + "\n";
+    std::fputs(printed.c_str(), stderr);
+}
+
 int runInChild(RunOptions& options, Work work) {
     if (const Problem problem = options.input.readStandardInput()) {
         reportError(problem.name, problem.reason);
         return kSomethingFailed;
     }
     OSASetLimits(&options.limits);
+    OSASetLogProc(printLine, nullptr);
     const ConfinedOutcome outcome =
         runConfined(options.limits, [&](const ConfinedProgress& progress) -> int {
             std::string text;
