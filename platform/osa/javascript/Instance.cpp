@@ -4,6 +4,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <atomic>
+#include <new>
 #include <utility>
 
 namespace osa::script {
@@ -40,12 +41,17 @@ std::unique_ptr<Instance> Instance::make() {
 
 Instance::~Instance() {
     if (machine_ == nullptr) return;
-    machine_->call([this]() -> OSAError {
+    const OSAError status = machine_->call([this]() -> OSAError {
         disposed_.clear();
         items_.clear();
         host_.reset();
         return noErr;
     });
+    if (status == noErr) return;
+    // In a forked child, and when the process ends, it is left: there is no engine to let it go.
+    (void)host_.release();
+    (void)new (std::nothrow) auto(std::move(items_));
+    (void)new (std::nothrow) auto(std::move(disposed_));
 }
 
 OSAError Instance::settle(OSAError status) {
