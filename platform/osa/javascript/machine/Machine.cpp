@@ -104,6 +104,7 @@ Machine::Ptr Machine::make(const OSALimits& limits) {
 bool Machine::start() {
     // The process's end, which may know the machine before this does, waits for it.
     const std::lock_guard starting(callers_);
+    if (machines().ending) return false;
     try {
         const NoSignals none;
         thread_ = std::thread([this] { serve(); });
