@@ -47,8 +47,9 @@ Instance::~Instance() {
         host_.reset();
         return noErr;
     });
-    if (status == noErr) return;
-    // In a forked child, and when the process ends, it is left: there is no engine to let it go.
+    // When the process ends these are nobody's once the engine is gone. In a forked child they are
+    // left: there is nobody to let them go.
+    if (status == noErr || machine_->end()) return;
     (void)host_.release();
     (void)new (std::nothrow) auto(std::move(items_));
     (void)new (std::nothrow) auto(std::move(disposed_));

@@ -117,12 +117,16 @@ bool Machine::start() {
 
 void Machine::Ender::operator()(Machine* machine) const {
     // It is known until its thread has gone: the process's end must not overtake that.
-    if (!machine->end(Clock::now() + kLastWait)) return;
+    if (!machine->end()) return;
     {
         const std::lock_guard lock(machines().lock);
         machines().alive.erase(machine);
     }
     delete machine;
+}
+
+bool Machine::end() {
+    return end(Clock::now() + kLastWait);
 }
 
 bool Machine::end(Clock::time_point until) {

@@ -42,6 +42,8 @@ class Machine {
     /// Ends the thread, after what runs was stopped. Later calls answer errOSASystemError. False
     /// when the script would not stop until then, or its thread or another process asks for it.
     bool end(std::chrono::steady_clock::time_point until);
+    /// The same, within a second.
+    bool end();
     /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
     OSAError stopped() const { return stopped_; }
 
