@@ -32,6 +32,10 @@ constexpr int kStartMilliseconds = 30'000;
 constexpr int kEndMilliseconds = 10'000;
 /// What an engine maps without using it: reserves for code and for its collector.
 constexpr rlim_t kEngineReserve = rlim_t{16} << 30;
+/// What it may write to besides values: it starts with some 30 MiB on two processors, most of that
+/// its threads' stacks, of which there is one for each processor.
+constexpr rlim_t kEngineData = rlim_t{120} << 20;
+constexpr rlim_t kThreadData = rlim_t{4} << 20;
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
@@ -108,13 +112,30 @@ void bound(int resource, rlim_t value) {
     setrlimit(static_cast<__rlimit_resource>(resource), &limit);
 }
 
+/// What of the process's memory can be written to.
+rlim_t dataBytes() {
+    rlim_t pages = 0;
+    if (std::FILE* const file = std::fopen("/proc/self/statm", "re")) {
+        if (std::fscanf(file, "%*s %*s %*s %*s %*s %lu", &pages) != 1) pages = 0;
+        std::fclose(file);
+    }
+    return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+void boundMemory(rlim_t bytes) {
+    const auto threads = static_cast<rlim_t>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L));
+    const rlim_t engine = kEngineData + threads * kThreadData;
+    // what grows is there twice while it is moved
+    bound(RLIMIT_AS, kEngineReserve + engine + 2 * bytes);
+    bound(RLIMIT_DATA, dataBytes() + engine + 2 * bytes);
+}
+
 void confine(const OSALimits& limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     bound(RLIMIT_CORE, 0);
     // threads of the engine count as well, and starting it
     if (limits.milliseconds != 0) bound(RLIMIT_CPU, limits.milliseconds / 1000 * 4 + 30);
-    if (limits.memoryBytes != 0 && kBoundsAddresses)
-        bound(RLIMIT_AS, kEngineReserve + 2 * rlim_t{limits.memoryBytes});
+    if (limits.memoryBytes != 0 && kBoundsAddresses) boundMemory(limits.memoryBytes);
     forbidCalls();
 }
 
@@ -201,12 +222,17 @@ bool makePipe(int (&ends)[2]) {
     _exit(status);
 }
 
-/// The child's status; nothing when it cannot be told, be it that the child does not end.
-std::optional<int> waitFor(pid_t child) {
+struct Ended {
+    int status = 0;
+    rusage usage{};
+};
+
+/// How the child ended; nothing when it cannot be told, be it that the child does not end.
+std::optional<Ended> waitFor(pid_t child) {
     for (int waited = 0; waited < kEndMilliseconds; ++waited) {
-        int status = 0;
-        const pid_t ended = waitpid(child, &status, WNOHANG);
-        if (ended == child) return status;
+        Ended told;
+        const pid_t ended = wait4(child, &told.status, WNOHANG, &told.usage);
+        if (ended == child) return told;
         if (ended < 0 && errno != EINTR) return {};
         poll(nullptr, 0, 1);
     }
@@ -214,11 +240,20 @@ std::optional<int> waitFor(pid_t child) {
     return {};
 }
 
-ConfinedOutcome outcomeOf(std::optional<int> status) {
-    if (!status) return {kSomethingFailed, "how its process ended cannot be told"};
-    if (WIFEXITED(*status)) return {WEXITSTATUS(*status), {}};
-    const int signal = WTERMSIG(*status);
+/// An engine that gets no memory where it cannot go on without crashes, on purpose.
+bool lackedMemory(const Ended& ended, UInt32 limit) {
+    const int signal = WTERMSIG(ended.status);
+    return limit != 0 && kBoundsAddresses && (signal == SIGSEGV || signal == SIGABRT) &&
+           ended.usage.ru_maxrss > static_cast<long>(limit / 1024);
+}
+
+ConfinedOutcome outcomeOf(const std::optional<Ended>& ended, const OSALimits& limits) {
+    if (!ended) return {kSomethingFailed, "how its process ended cannot be told"};
+    if (WIFEXITED(ended->status)) return {WEXITSTATUS(ended->status), {}};
+    const int signal = WTERMSIG(ended->status);
     if (signal == SIGXCPU) return {kSomethingFailed, "was stopped: it took too much time"};
+    if (lackedMemory(*ended, limits.memoryBytes))
+        return {kSomethingFailed, "was stopped: it took too much time or memory"};
     return {kSomethingFailed, std::string("its process ended: ") + strsignal(signal)};
 }
 
@@ -241,7 +276,7 @@ ConfinedOutcome runConfined(const OSALimits& limits,
     const Progress progress(ends[0]);
     if (child < 0) return {kSomethingFailed, "no process can be started for it"};
     std::string reason = progress.waitForEnd(limits.milliseconds);
-    if (reason.empty()) return outcomeOf(waitFor(child));
+    if (reason.empty()) return outcomeOf(waitFor(child), limits);
     kill(child, SIGKILL);
     waitFor(child);
     return {kSomethingFailed, std::move(reason)};

@@ -21,9 +21,11 @@ struct ConfinedProgress {
 
 /// Runs `work`, which answers an exit status, in a child without network, without core files, and
 /// without starting programs, signalling processes and removing, renaming or truncating files by
-/// path; its processor time and address space are bounded by the limits. Opening files for writing
-/// stays possible: an engine that gives scripts no files is what keeps them from that. Where the
-/// kernel has no filters of calls only the bounds hold. After twice the time limit it is killed.
+/// path; its processor time and memory are bounded by the limits: what it can write to by twice the
+/// memory limit and what an engine needs besides (not where sanitizers watch). Opening files for
+/// writing stays possible: an engine that gives scripts no files is what keeps them from that.
+/// Where the kernel has no filters of calls only the bounds hold. After twice the time limit it is
+/// killed.
 ConfinedOutcome runConfined(const OSALimits& limits,
                             const std::function<int(const ConfinedProgress&)>& work);
 

@@ -18,7 +18,27 @@
 namespace osa {
 namespace {
 
-constexpr UInt32 kInstanceMagic = 0x6F736169;
+// States of an instance that nothing uses; each use adds 1.
+constexpr UInt64 kOpen = UInt64{0x6F736169} << 32;
+constexpr UInt64 kClosed = UInt64{0x6F736163} << 32;
+
+/// The calls that are under way on this thread, the innermost first.
+thread_local const InstanceInUse* underWay = nullptr;
+
+constexpr bool isOpen(UInt64 state) {
+    return state >> 32 == kOpen >> 32;
+}
+
+/// Adds `change` to the state of an open instance. False when it is none.
+bool changeOpen(ComponentInstance instance, UInt64 change, UInt64* before) {
+    if (instance == nullptr) return false;
+    *before = instance->state;
+    do {
+        if (!isOpen(*before)) return false;
+    } while (!instance->state.compare_exchange_weak(*before, *before + change));
+    return true;
+}
+
 constexpr std::size_t kLongestName = 255;
 
 struct Register {
@@ -129,7 +149,7 @@ ComponentInstance openHeld(Component component) {
     const OSAComponentCalls* const calls = callsOf(component);
     if (calls == nullptr) return nullptr;
     std::unique_ptr<ComponentInstanceRecord> instance(
-        new ComponentInstanceRecord{kInstanceMagic, component, calls, nullptr});
+        new ComponentInstanceRecord{kOpen, component, calls, nullptr});
     if (calls->open != nullptr && calls->open(instance.get(), &instance->storage) != noErr)
         return nullptr;
     return instance.release();
@@ -146,6 +166,17 @@ OSErr end(ComponentInstance ended) {
     }
     letGo(instance->component);
     return status;
+}
+
+/// Ends one use of an instance, and the instance when it is closed and that was the last.
+OSErr leave(ComponentInstance instance) {
+    return --instance->state == kClosed ? end(instance) : OSErr{noErr};
+}
+
+void interrupt(ComponentInstance instance) try {
+    if (instance->calls->interrupt != nullptr) instance->calls->interrupt(instance->storage);
+} catch (...) {
+    // there is no status to tell it with; what runs answers for itself
 }
 
 /// Mac Roman when the name can be written in it, cut to what a Pascal string holds.
@@ -176,11 +207,24 @@ Component add(OSType subType, const char* name, const OSAComponentCalls* calls) 
 }  // namespace
 
 bool isInstance(ComponentInstance instance) {
-    return instance != nullptr && instance->magic == kInstanceMagic;
+    return instance != nullptr && isOpen(instance->state);
+}
+
+InstanceInUse::InstanceInUse(ComponentInstance instance) : outer_(underWay) {
+    UInt64 before = 0;
+    if (changeOpen(instance, 1, &before)) instance_ = instance;
+    underWay = this;
 }
 
 InstanceInUse::~InstanceInUse() {
-    if (--instance_->running == 0 && !isInstance(instance_)) end(instance_);
+    underWay = outer_;
+    if (instance_ != nullptr) leave(instance_);
+}
+
+bool InstanceInUse::isHere(ComponentInstance instance) {
+    const InstanceInUse* use = underWay;
+    while (use != nullptr && use->instance_ != instance) use = use->outer_;
+    return use != nullptr;
 }
 
 Component findScriptingComponent(OSType subType) {
@@ -242,9 +286,20 @@ ComponentInstance OpenDefaultComponent(OSType componentType, OSType componentSub
 }
 
 OSErr CloseComponent(ComponentInstance aComponentInstance) {
-    if (!osa::isInstance(aComponentInstance)) return static_cast<OSErr>(badComponentInstance);
-    aComponentInstance->magic = 0;
-    return aComponentInstance->running == 0 ? osa::end(aComponentInstance) : OSErr{noErr};
+    // Closing is a use as well: what runs may end, but the instance must be there to be
+    // interrupted.
+    UInt64 before = 0;
+    if (!osa::changeOpen(aComponentInstance, osa::kClosed - osa::kOpen + 1, &before))
+        return static_cast<OSErr>(badComponentInstance);
+    const bool isUsed = before != osa::kOpen;
+    if (isUsed && !osa::InstanceInUse::isHere(aComponentInstance))
+        osa::interrupt(aComponentInstance);
+    return osa::leave(aComponentInstance);
+}
+
+void OSAInterrupt(ComponentInstance scriptingComponent) {
+    const osa::InstanceInUse use(scriptingComponent);
+    if (use) osa::interrupt(scriptingComponent);
 }
 
 OSErr OSARegisterComponent(OSType subType, const char* name, const OSAComponentCalls* calls,

@@ -17,11 +17,12 @@ struct ComponentRecord {
 };
 
 struct ComponentInstanceRecord {
-    UInt32 magic = 0;  ///< what tells an open one
+    /// What tells an open one, or a closed one, and how many use it. Who makes it one that is
+    /// closed and not used ends it.
+    std::atomic<UInt64> state = 0;
     ComponentRecord* component = nullptr;
     const OSAComponentCalls* calls = nullptr;
     void* storage = nullptr;
-    std::atomic<int> running = 0;  ///< calls
 };
 
 namespace osa {
@@ -29,18 +30,22 @@ namespace osa {
 /// Whether `instance` is an open one, as far as can be told.
 bool isInstance(ComponentInstance instance);
 
-/// A call of an instance. One that is closed by what the call causes ends with the outermost call.
+/// A call of an instance. One that is closed meanwhile ends with the last of its calls.
 class InstanceInUse {
   public:
-    explicit InstanceInUse(ComponentInstance instance) : instance_(instance) {
-        ++instance->running;
-    }
+    explicit InstanceInUse(ComponentInstance instance);
     ~InstanceInUse();
     InstanceInUse(const InstanceInUse&) = delete;
     InstanceInUse& operator=(const InstanceInUse&) = delete;
 
+    /// False when the instance is no open one.
+    explicit operator bool() const { return instance_ != nullptr; }
+    /// Whether a call of it is under way on this thread.
+    static bool isHere(ComponentInstance instance);
+
   private:
-    ComponentInstance instance_;
+    ComponentInstance instance_ = nullptr;
+    const InstanceInUse* const outer_;  ///< of this thread
 };
 
 /// The first component of the subtype; null when there is none.

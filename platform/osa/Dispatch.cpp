@@ -40,9 +40,10 @@ void drop(T* result) {
 /// The entry of `instance`'s table that `Entry` points to, whatever the instance.
 template <auto Entry, typename... Arguments>
 OSAError enter(ComponentInstance instance, Arguments... arguments) {
+    const InstanceInUse use(instance);
+    if (!use) return badComponentInstance;
     const auto entry = instance->calls->*Entry;
     if (entry == nullptr) return errOSABadSelector;
-    const InstanceInUse use(instance);
     try {
         return entry(instance->storage, arguments...);
     } catch (const std::bad_alloc&) {
@@ -102,6 +103,7 @@ OSAError OSALoadFile(ComponentInstance scriptingComponent, const FSRef* scriptFi
     OSAError status = check(scriptingComponent, {scriptFile, resultingScriptID});
     if (status != noErr) return status;
     const InstanceInUse use(scriptingComponent);
+    if (!use) return badComponentInstance;
     status = scriptingComponent->calls->loadFile != nullptr
                  ? enter<&Calls::loadFile>(scriptingComponent, scriptFile, &canStore, modeFlags,
                                            resultingScriptID)
@@ -119,6 +121,7 @@ OSAError OSAStoreFile(ComponentInstance scriptingComponent, OSAID scriptID, Desc
     const OSAError status = check(scriptingComponent, {scriptFile});
     if (status != noErr) return status;
     const InstanceInUse use(scriptingComponent);
+    if (!use) return badComponentInstance;
     return scriptingComponent->calls->storeFile != nullptr
                ? enter<&Calls::storeFile>(scriptingComponent, scriptID, desiredType, modeFlags,
                                           scriptFile)
@@ -164,9 +167,10 @@ OSAError OSAScriptingComponentName(ComponentInstance scriptingComponent,
     if (resultingScriptingComponentName != nullptr)
         AEInitializeDesc(resultingScriptingComponentName);
     const OSAError status = check(scriptingComponent, {resultingScriptingComponentName});
-    return status != noErr
-               ? status
-               : textOfName(scriptingComponent->component->name, resultingScriptingComponentName);
+    if (status != noErr) return status;
+    const InstanceInUse use(scriptingComponent);
+    return use ? textOfName(scriptingComponent->component->name, resultingScriptingComponentName)
+               : OSAError{badComponentInstance};
 } catch (const std::bad_alloc&) {
     return memFullErr;
 }
@@ -226,11 +230,4 @@ OSAError OSAGetHandlerNames(ComponentInstance scriptingComponent, SInt32 modeFla
                             AEDescList* resultingHandlerNames) {
     return give<&Calls::getHandlerNames>(scriptingComponent, {}, resultingHandlerNames, modeFlags,
                                          contextID);
-}
-
-void OSAInterrupt(ComponentInstance scriptingComponent) try {
-    if (isInstance(scriptingComponent) && scriptingComponent->calls->interrupt != nullptr)
-        scriptingComponent->calls->interrupt(scriptingComponent->storage);
-} catch (...) {
-    // there is no status to tell it with; what runs answers for itself
 }

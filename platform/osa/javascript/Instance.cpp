@@ -4,6 +4,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <atomic>
+#include <new>
 #include <utility>
 
 namespace osa::script {
@@ -40,12 +41,18 @@ std::unique_ptr<Instance> Instance::make() {
 
 Instance::~Instance() {
     if (machine_ == nullptr) return;
-    machine_->call([this]() -> OSAError {
+    const OSAError status = machine_->call([this]() -> OSAError {
         disposed_.clear();
         items_.clear();
         host_.reset();
         return noErr;
     });
+    // When the process ends these are nobody's once the engine is gone. In a forked child they are
+    // left: there is nobody to let them go.
+    if (status == noErr || machine_->end()) return;
+    (void)host_.release();
+    (void)new (std::nothrow) auto(std::move(items_));
+    (void)new (std::nothrow) auto(std::move(disposed_));
 }
 
 OSAError Instance::settle(OSAError status) {

@@ -59,7 +59,7 @@ class Instance {
     OSAError performHere(const std::function<OSAError()>& work);
     OSAError settle(OSAError status);
 
-    std::unique_ptr<Machine> machine_;
+    Machine::Ptr machine_;
     std::unique_ptr<Host> host_;
     std::unordered_map<OSAID, std::unique_ptr<Item>> items_;
     std::vector<std::unique_ptr<Item>> disposed_;  ///< they go on the engine's thread

@@ -3,6 +3,7 @@
 #include <OpenScripting/OSAGeneric.h>
 #include <gtest/gtest.h>
 
+#include <thread>
 #include <tuple>
 
 #include "tests/platform/osa/FakeComponent.h"
@@ -193,6 +194,20 @@ TEST_F(Components, WhatItsOwnCallClosesEndsWithTheCall) {
     EXPECT_EQ(OSAExecute(generic_, script, 0, 0, &value), noErr);
     EXPECT_EQ(First::open, 0);
     generic_ = nullptr;
+}
+
+TEST_F(Components, WhatAnotherThreadClosesEndsOnce) {
+    for (int i = 0; i < 300; ++i) {
+        const ComponentInstance real = OpenComponent(first_);
+        std::atomic<bool> isInside = false;
+        First::whileRunning = [&] { isInside = true; };
+        OSAID value = 0;
+        std::thread runner([&] { OSAExecute(real, 1, 0, 0, &value); });
+        while (!isInside) std::this_thread::yield();
+        EXPECT_EQ(CloseComponent(real), noErr);
+        runner.join();
+        EXPECT_EQ(First::open, 0);
+    }
 }
 
 TEST_F(Components, GenericLoadsByTheTrailer) {

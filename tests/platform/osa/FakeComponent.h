@@ -6,6 +6,7 @@
 #include <CoreServices/MacMemory.h>
 #include <OSA/ScriptingComponents.h>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <string>
@@ -25,7 +26,7 @@ inline std::string bytesOf(const AEDesc& desc) {
 template <OSType kSubType>
 class FakeLanguage {
   public:
-    static inline int open = 0;
+    static inline std::atomic<int> open = 0;
     static inline std::function<void()> whileRunning;  ///< once
 
     static const OSAComponentCalls* calls() {

@@ -34,7 +34,7 @@ std::size_t heapBytes() {
 /// Threads get 2 MiB at least; the engine counts from where its thread starts.
 constexpr std::size_t kStackQuota = 1024 * 1024;
 
-/// How long the process's end waits for a script.
+/// How long the end of an instance waits for a call that came between.
 constexpr auto kLastWait = 1s;
 
 /// The machine whose thread this is.
@@ -94,12 +94,17 @@ class Machine::Visit {
 
 Machine::Machine(const OSALimits& limits) : limits_(limits), process_(getpid()) {}
 
-std::unique_ptr<Machine> Machine::make(const OSALimits& limits) {
-    std::unique_ptr<Machine> machine(new Machine(limits));
+Machine::~Machine() = default;
+
+Machine::Ptr Machine::make(const OSALimits& limits) {
+    Ptr machine(new Machine(limits));
     return machine->start() ? std::move(machine) : nullptr;
 }
 
 bool Machine::start() {
+    // The process's end, which may know the machine before this does, waits for it.
+    const std::lock_guard starting(callers_);
+    if (machines().ending) return false;
     try {
         const NoSignals none;
         thread_ = std::thread([this] { serve(); });
@@ -107,26 +112,35 @@ bool Machine::start() {
         return false;
     }
     answered_.take();
-    if (status_ != noErr) return false;
-    const std::lock_guard lock(machines().lock);
-    return machines().alive.insert(this).second;
+    return status_ == noErr;
 }
 
-Machine::~Machine() {
+void Machine::Ender::operator()(Machine* machine) const {
+    // It is known until its thread has gone: the process's end must not overtake that.
+    if (!machine->end()) return;
     {
         const std::lock_guard lock(machines().lock);
-        machines().alive.erase(this);
+        machines().alive.erase(machine);
     }
-    if (thread_.joinable() && !end()) thread_.detach();
+    delete machine;
 }
 
 bool Machine::end() {
-    if (getpid() != process_) return false;
-    if (here == this) return false;
+    return end(Clock::now() + kLastWait);
+}
+
+bool Machine::end(Clock::time_point until) {
+    if (getpid() != process_ || here == this) return false;
     interrupt();
     std::unique_lock lock(callers_, std::try_to_lock);
-    if (!lock.owns_lock() && !lock.try_lock_for(kLastWait)) return false;
-    if (!ended_ && context_ != nullptr) {
+    while (!lock.owns_lock()) {
+        if (Clock::now() > until) return false;
+        std::this_thread::sleep_for(1ms);
+        // What runs may be another call by now.
+        interrupt();
+        lock.try_lock();
+    }
+    if (!ended_) {
         work_ = nullptr;
         asked_.give();
     }
@@ -135,46 +149,53 @@ bool Machine::end() {
     return true;
 }
 
-void Machine::setUp() {
+OSAError Machine::setUp() {
     const std::lock_guard lock(machines().making);
-    if (!engineReady()) return;
+    if (machines().ending || !engineReady()) return memFullErr;
+    {
+        const std::lock_guard known(machines().lock);
+        machines().alive.insert(this);
+    }
     const UInt32 bytes = limits_.memoryBytes == 0 ? UINT32_MAX : limits_.memoryBytes;
-    JSContext* const cx = JS_NewContext(bytes);
-    if (cx == nullptr) return;
-    JS_SetContextPrivate(cx, this);
-    JS_SetNativeStackQuota(cx, kStackQuota);
-    JS::ContextOptionsRef(cx).setWasm(false).setAsmJS(false);
+    context_ = JS_NewContext(bytes);
+    if (context_ == nullptr) return memFullErr;
+    JS_SetContextPrivate(context_, this);
+    JS_SetNativeStackQuota(context_, kStackQuota);
+    JS::ContextOptionsRef(context_).setWasm(false).setAsmJS(false);
     JS::SetOutOfMemoryCallback(
-        cx,
+        context_,
         [](JSContext*, void* self) { static_cast<Machine*>(self)->stopped_ = errOSASystemError; },
         this);
-    if (!JS::InitSelfHostedCode(cx) || !JS_AddInterruptCallback(cx, onInterrupt)) {
-        JS_DestroyContext(cx);
-        return;
-    }
-    context_ = cx;
-    jobs_ = std::make_unique<Jobs>(*this);
-    JS::SetJobQueue(cx, jobs_.get());
+    jobs_.reset(new (std::nothrow) Jobs(*this));
+    if (jobs_ == nullptr || !JS::InitSelfHostedCode(context_) ||
+        !JS_AddInterruptCallback(context_, onInterrupt))
+        return memFullErr;
+    JS::SetJobQueue(context_, jobs_.get());
+    memory_.init(context_);
+    return noErr;
+}
+
+void Machine::tearDown() {
+    if (context_ == nullptr) return;
+    memory_.reset();
+    JS::SetJobQueue(context_, nullptr);
+    jobs_.reset();
+    JS_DestroyContext(context_);
 }
 
 void Machine::serve() {
     here = this;
-    setUp();
-    status_ = context_ == nullptr ? memFullErr : noErr;
+    status_ = guarded([this] { return setUp(); });
+    const bool isUp = status_ == noErr;
     answered_.give();
-    if (context_ == nullptr) return;
-    memory_.init(context_);
-    for (;;) {
+    while (isUp) {
         asked_.take();
         if (work_ == nullptr) break;
         status_ = guarded(*work_);
         jobs_->clear();
         answered_.give();
     }
-    memory_.reset();
-    JS::SetJobQueue(context_, nullptr);
-    jobs_.reset();
-    JS_DestroyContext(context_);
+    tearDown();
 }
 
 OSAError Machine::guarded(const std::function<OSAError()>& work) {
@@ -195,7 +216,7 @@ OSAError Machine::aside(const std::function<OSAError()>& work) {
     const Visit visit(*this);
     if (visit.isCircle()) return errOSASystemError;
     const std::lock_guard lock(callers_);
-    return ended_ ? OSAError{errOSASystemError} : guarded(work);
+    return ended_ || machines().ending ? OSAError{errOSASystemError} : guarded(work);
 }
 
 OSAError Machine::handOver(const std::function<OSAError()>& work) {

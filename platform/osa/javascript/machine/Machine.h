@@ -18,9 +18,15 @@ namespace osa::script {
 
 class Machine {
   public:
-    /// Null when there is no memory or no thread for it.
-    static std::unique_ptr<Machine> make(const OSALimits& limits);
-    ~Machine();
+    /// Ends the thread. A machine that cannot be ended is left as it is, thread and all: that of
+    /// another process, whose thread a forked child does not have.
+    struct Ender {
+        void operator()(Machine* machine) const;
+    };
+    using Ptr = std::unique_ptr<Machine, Ender>;
+
+    /// Null when there is no memory or no thread for it, and when the process ends.
+    static Ptr make(const OSALimits& limits);
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
@@ -33,8 +39,10 @@ class Machine {
     OSAError aside(const std::function<OSAError()>& work);
     /// Stops what runs now; on any thread.
     void interrupt();
-    /// For the process's end: ends the thread, after what runs was stopped. Later calls answer
-    /// errOSASystemError. False when the script would not stop, or is what ends the process.
+    /// Ends the thread, after what runs was stopped. Later calls answer errOSASystemError. False
+    /// when the script would not stop until then, or its thread or another process asks for it.
+    bool end(std::chrono::steady_clock::time_point until);
+    /// The same, within a second.
     bool end();
     /// What stopped the running call: noErr, errOSASystemError for a limit, userCanceledErr.
     OSAError stopped() const { return stopped_; }
@@ -52,9 +60,11 @@ class Machine {
     class Jobs;
     class Visit;
     explicit Machine(const OSALimits& limits);
+    ~Machine();
     void serve();
     bool start();
-    void setUp();
+    OSAError setUp();
+    void tearDown();
     OSAError guarded(const std::function<OSAError()>& work);
     OSAError handOver(const std::function<OSAError()>& work);
     void awaitAnswer(Clock::time_point asked);
@@ -70,7 +80,7 @@ class Machine {
     std::unique_ptr<Jobs> jobs_;
     const int process_;  ///< a child that was forked has no thread of ours
     std::thread thread_;
-    std::timed_mutex callers_;
+    std::mutex callers_;
     bool ended_ = false;                ///< with callers_
     const Machine* visited_ = nullptr;  ///< whose answer its thread waits for
     std::mutex stopping_;  ///< context_ is alive while this is held and running_ is true

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
@@ -17,17 +18,33 @@ pid_t& owner() {
     return process;
 }
 
-/// The engine's helpers must be gone before the static objects that they wait at.
-void endAll(int status, void*) {
-    if (getpid() != owner()) {
-        // Helpers that a forked child has no more still wait at those objects: they cannot go.
-        std::fflush(nullptr);
-        _exit(status);
-    }
+/// How long the process's end waits for scripts.
+constexpr std::chrono::seconds kLastWait{1};
+
+bool endMachines() {
     const std::lock_guard lock(machines().lock);
+    const auto until = std::chrono::steady_clock::now() + kLastWait;
+    for (Machine* const machine : machines().alive) machine->interrupt();
     bool ended = true;
-    for (Machine* const machine : machines().alive) ended = machine->end() && ended;
-    if (ended) JS_ShutDown();
+    for (Machine* const machine : machines().alive) ended = machine->end(until) && ended;
+    return ended;
+}
+
+/// The engine's threads must be gone before the static objects that they use. Where they cannot go
+/// (a built-in that takes long is not interrupted, and the helpers that a forked child has no more
+/// still wait at those objects) the process ends with these in place.
+void endAll(int status, void*) {
+    bool ended = false;
+    if (getpid() == owner()) {
+        {
+            const std::lock_guard lock(machines().making);
+            machines().ending = true;
+        }
+        ended = endMachines();
+    }
+    if (ended) return JS_ShutDown();
+    std::fflush(nullptr);
+    _exit(status);
 }
 
 }  // namespace

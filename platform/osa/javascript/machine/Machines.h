@@ -1,6 +1,7 @@
 // What the machines of a process share.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <set>
 
@@ -10,14 +11,18 @@ class Machine;
 
 struct Machines {
     std::mutex making;  ///< contexts are made one after the other: the first sets the process up
-    std::mutex lock;    ///< of `alive`
-    std::set<Machine*> alive;
-    std::mutex visiting;  ///< of who waits for whom
+    /// The process ends: nothing runs any more, and, as it is set while `making` is held, no
+    /// context is made.
+    std::atomic<bool> ending = false;
+    std::mutex lock;           ///< of `alive`
+    std::set<Machine*> alive;  ///< from before the context is made until the thread has gone
+    std::mutex visiting;       ///< of who waits for whom
 };
 
 Machines& machines();
 
 /// Sets the engine up, once, and has the process's end stop every machine. False when that failed.
+/// With `making`.
 bool engineReady();
 
 }  // namespace osa::script

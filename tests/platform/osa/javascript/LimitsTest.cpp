@@ -80,14 +80,18 @@ TEST_F(Limits, StopScriptsAndLeaveTheInstanceUsable) {
 TEST_F(Limits, InterruptionAndForeignThreads) {
     limit(0, 0);
     const OSAID script = compiled("for (;;);");
-    std::string answer;
-    std::thread runner([&] { answer = run(script); });
-    std::this_thread::sleep_for(50ms);
-    OSAInterrupt(js);
-    runner.join();
-    EXPECT_EQ(answer, "E-128");
-    OSAInterrupt(js);
-    EXPECT_EQ(run("1"), "1");
+    for (const bool closes : {false, true}) {
+        std::string answer;
+        std::thread runner([&] { answer = run(script); });
+        std::this_thread::sleep_for(50ms);
+        closes ? (void)CloseComponent(js) : OSAInterrupt(js);
+        runner.join();
+        EXPECT_EQ(answer, "E-128");
+        if (closes) break;
+        OSAInterrupt(js);
+        EXPECT_EQ(run("1"), "1");
+    }
+    js = nullptr;
 }
 
 /// The first instance's coercions call the second, whose call the first and close it.
@@ -172,14 +176,42 @@ TEST_F(Limits, ConversionsAreCountedBeforeTheyAreMade) {
     }
 }
 
-TEST_F(Limits, AForkedChildEnds) {
-    EXPECT_EQ(run("1"), "1");
-    const pid_t child = fork();
-    if (child == 0) std::exit(OSADispose(js, 1) == noErr ? 1 : 0);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+#if !defined(__SANITIZE_THREAD__)  // no threads in a forked child, none left at the end
+TEST_F(Limits, AProcessEndsInTheMidstOfAll) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto end = [this](bool busy) {
+        limit(0, 0);
+        const auto openAll = [] {
+            for (;;) CloseComponent(OpenDefaultComponent(kOSAComponentType, 'jscr'));
+        };
+        if (busy) std::thread([this] { run("new Uint8Array({length: 2 ** 29})"); }).detach();
+        for (int i = 0; i < 3; ++i) std::thread(openAll).detach();
+        std::this_thread::sleep_for(200ms);
+        std::exit(7);
+    };
+    EXPECT_EXIT(end(false), testing::ExitedWithCode(7), "");
+    EXPECT_EXIT(end(true), testing::ExitedWithCode(7), "");
 }
+
+TEST_F(Limits, AForkedChildClosesItsOwnAndItsParents) {
+    EXPECT_EQ(run("1"), "1");
+    for (const bool ownFirst : {true, false}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            ComponentInstance both[] = {js, OpenDefaultComponent(kOSAComponentType, 'jscr')};
+            bool isWell = OSADispose(js, 1) == errOSASystemError;
+            js = both[1];
+            isWell = isWell && run("2") == "2";
+            for (const bool own : {ownFirst, !ownFirst})
+                isWell = CloseComponent(both[own]) == noErr && isWell;
+            std::exit(isWell ? 0 : 1);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+}
+#endif
 
 TEST_F(Limits, CyclesKeepNoMemory) {
     limit(10'000, 256u << 20);
