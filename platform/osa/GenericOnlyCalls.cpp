@@ -18,7 +18,8 @@ bool isUnknown(ComponentInstance instance, OSAID id) {
 /// Runs a call that only the generic component answers.
 template <typename Call>
 OSAError genericCall(ComponentInstance instance, const void* result, Call call) {
-    if (!isInstance(instance)) return badComponentInstance;
+    const InstanceInUse use(instance);
+    if (!use) return badComponentInstance;
     if (result == nullptr) return paramErr;
     if (instance->calls != &genericCalls()) return errOSABadSelector;
     try {
