@@ -1,5 +1,6 @@
 // osa compile: compiles a script and stores it.
 #include <CoreServices/MacErrors.h>
+#include <OSA/ScriptingComponents.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -22,6 +23,7 @@ struct CompileOptions {
     std::string type;
     std::string creator;
     ScriptInput input;
+    OSALimits limits{};
     bool isRunOnly = false;
 };
 
@@ -86,7 +88,7 @@ Problem storeResource(const ScriptSession& session, const CompileOptions& option
     SessionDesc stored;
     const OSAError status =
         OSAStore(session.component(), session.script(), typeOSAGenericStorage, mode, &stored.desc);
-    if (status != noErr) return {options.input.name(), session.reason(status)};
+    if (status != noErr) return {options.input.name(), session.makingReason(status)};
     ResourceEdit edit;
     edit.type = selector->type;
     edit.id = *selector->id;
@@ -98,7 +100,7 @@ Problem storeDataFork(const ScriptSession& session, const CompileOptions& option
                       const FSRef& file) {
     const OSAError status =
         OSAStoreFile(session.component(), session.script(), typeOSAGenericStorage, mode, &file);
-    if (isOfScript(status)) return {options.input.name(), session.reason(status)};
+    if (isOfScript(status)) return {options.input.name(), session.makingReason(status)};
     return {options.output, writingReason(status)};
 }
 
@@ -132,6 +134,7 @@ Problem store(const ScriptSession& session, const CompileOptions& options) {
 
 Problem compile(CompileOptions& options) {
     if (Problem problem = options.input.readStandardInput()) return problem;
+    OSASetLimits(&options.limits);
     ScriptSession session;
     if (std::string reason = session.open(options.language); !reason.empty())
         return {options.input.name(), reason};
@@ -156,6 +159,22 @@ std::string checkOutput(const std::string& text) {
                                                         : std::string();
 }
 
+void addFormOptions(CLI::App& command, CompileOptions& options) {
+    command.add_flag("-x,--run-only", options.isRunOnly, "Store without the source");
+    command.add_option("-r,--resource", options.resource, "Store as a resource")
+        ->type_name("TYPE:ID")
+        ->check(checkResource);
+    command.add_option("-t,--type", options.type, "Type of the file; osas where it has none")
+        ->type_name("CODE")
+        ->check(checkCode);
+    command.add_option("-c,--creator", options.creator, "Creator of the file")
+        ->type_name("CODE")
+        ->check(checkCode);
+    OSAGetLimits(&options.limits);
+    command.add_option("--memory", options.limits.memoryBytes, "Memory for compiling; 0: any")
+        ->type_name("BYTES");
+}
+
 }  // namespace
 
 void addCompileCommand(CLI::App& program, int& exitStatus) {
@@ -166,16 +185,7 @@ void addCompileCommand(CLI::App& program, int& exitStatus) {
     command->add_option("-o,--output", options->output, "Where it is stored; a.scpt if not said")
         ->type_name("OUT")
         ->check(checkOutput);
-    command->add_flag("-x,--run-only", options->isRunOnly, "Store without the source");
-    command->add_option("-r,--resource", options->resource, "Store as a resource")
-        ->type_name("TYPE:ID")
-        ->check(checkResource);
-    command->add_option("-t,--type", options->type, "Type of the file; osas for a new one")
-        ->type_name("CODE")
-        ->check(checkCode);
-    command->add_option("-c,--creator", options->creator, "Creator of the file")
-        ->type_name("CODE")
-        ->check(checkCode);
+    addFormOptions(*command, *options);
     command->add_option("-e", options->input.lines, "A line, before the files; may be repeated")
         ->type_name("TEXT")
         ->allow_extra_args(false);

@@ -25,7 +25,7 @@ struct ConfinedProgress {
 /// memory limit and what an engine needs besides (not where sanitizers watch). Opening files for
 /// writing stays possible: an engine that gives scripts no files is what keeps them from that.
 /// Where the kernel has no filters of calls only the bounds hold. After twice the time limit it is
-/// killed.
+/// killed; waiting for a slow reader of what it writes meanwhile counts.
 ConfinedOutcome runConfined(const OSALimits& limits,
                             const std::function<int(const ConfinedProgress&)>& work);
 

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "cli/Command.h"
@@ -127,10 +128,12 @@ Problem runLoaded(const RunOptions& options, Work work, const ConfinedProgress& 
 
 /// What the script says with console.log and its kin.
 void printLine(const char* line, void*) {
-    std::string printed;
-    for (const std::string& part : CLI::detail::split(line, '\n'))
-        printed += forTerminal(part) + "\n";
-    std::fputs(printed.c_str(), stderr);
+    for (;;) {
+        const char* const end = strchrnul(line, '\n');
+        std::fputs((forTerminal({line, end}) + "\n").c_str(), stderr);
+        if (*end == 0) return;
+        line = end + 1;
+    }
 }
 
 int runInChild(RunOptions& options, Work work) {
@@ -212,7 +215,7 @@ void addRunCommand(CLI::App& program, int& exitStatus) {
     const auto options = addOptions(*command);
     command->footer(
         "FILE [ARG...], or -e TEXT... [ARG...]: what is behind the file is the script's.\n"
-        "FILE - is standard input.");
+        "FILE - is standard input, as is none. console.log writes to standard error.");
     command->callback([command, options, &exitStatus] {
         takeRest(*command, *options, false);
         exitStatus = runInChild(*options, runScript);

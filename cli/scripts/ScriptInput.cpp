@@ -20,6 +20,12 @@ void appendLines(std::string& text, const std::string& more) {
 
 }  // namespace
 
+std::string ScriptInput::name() const {
+    std::string all = lines.empty() ? "" : "-e";
+    for (const std::string& file : files) all += (all.empty() ? "" : "+") + file;
+    return all;
+}
+
 bool ScriptInput::isComplete() {
     if (lines.empty() && files.empty() && isatty(STDIN_FILENO) == 0) files = {kStandardInput};
     return !lines.empty() || !files.empty();
@@ -30,14 +36,16 @@ Problem ScriptInput::readStandardInput() {
     char buffer[65536];
     while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, stdin)) {
         standardInput.append(buffer, count);
-        if (standardInput.size() > kLongestInput) return {kStandardInput, "is too long"};
+        if (standardInput.size() > kLongestInput)
+            return {kStandardInput, "is longer than a script may be"};
     }
     return {kStandardInput, std::ferror(stdin) != 0 ? "cannot be read" : ""};
 }
 
 Problem ScriptInput::load(ScriptSession& session) const {
-    if (lines.empty() && files.size() == 1 && files.front() != kStandardInput)
-        return {files.front(), session.loadFile(files.front())};
+    if (lines.empty() && files.size() == 1)
+        return {name(), files.front() == kStandardInput ? session.loadBytes(standardInput)
+                                                        : session.loadFile(files.front())};
     std::string text;
     if (Problem problem = join(text)) return problem;
     return {name(), session.loadText(text)};
@@ -46,14 +54,12 @@ Problem ScriptInput::load(ScriptSession& session) const {
 Problem ScriptInput::join(std::string& text) const {
     for (const std::string& line : lines) appendLines(text, line);
     for (const std::string& file : files) {
-        if (file == kStandardInput) {
-            appendLines(text, standardInput);
-            continue;
-        }
         ScriptSession session;
         std::string source;
         std::string reason = session.open("");
-        if (reason.empty()) reason = session.readSource(file, source);
+        if (reason.empty())
+            reason = file == kStandardInput ? session.readSourceOfBytes(standardInput, source)
+                                            : session.readSource(file, source);
         if (!reason.empty()) return {file, reason};
         appendLines(text, source);
     }

@@ -22,8 +22,8 @@ struct ScriptInput {
     std::vector<std::string> files;  ///< "-" is standard input
     std::string standardInput;
 
-    /// What it is called in messages.
-    std::string name() const { return lines.empty() && !files.empty() ? files.front() : "-e"; }
+    /// What it is called in messages: all of it when it is joined, as lines are counted through.
+    std::string name() const;
     /// Takes standard input when neither lines nor files are given, unless that is a terminal;
     /// false when there is nothing then.
     bool isComplete();

@@ -54,6 +54,20 @@ bool hasControls(const std::u16string& units) {
     });
 }
 
+/// Gives a text in UTF-8 when people could read it.
+bool isReadable(const SessionDesc& text, std::string& utf8) {
+    SessionDesc bytes;
+    if (hasControls(unitsOf(text.bytes())) ||
+        AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) != noErr)
+        return false;
+    utf8 = bytes.bytes();
+    return true;
+}
+
+OSAError decode(const std::string& bytes, SessionDesc& text) {
+    return OSADecodeScriptText(bytes.data(), static_cast<Size>(bytes.size()), &text.desc);
+}
+
 /// Lines end in CR, LF or both.
 std::size_t lineAt(const std::u16string& source, std::size_t position) {
     std::size_t line = 1;
@@ -131,13 +145,25 @@ std::string ScriptSession::loadFile(const std::string& path) {
     return status == noErr ? std::string() : loadingReason(status, file);
 }
 
+std::string ScriptSession::loadBytes(const std::string& bytes) {
+    SessionDesc desc;
+    if (decode(bytes, desc) == noErr) return compile(desc);
+    const OSErr status = AECreateDesc(typeOSAGenericStorage, bytes.data(),
+                                      static_cast<Size>(bytes.size()), &desc.desc);
+    return makingReason(status != noErr ? status
+                                        : OSALoad(component_, &desc.desc, kOSAModeNull, &script_));
+}
+
 std::string ScriptSession::loadText(const std::string& utf8) {
     SessionDesc text;
-    if (const OSErr status = makeText(utf8, &text.desc); status != noErr) return reason(status);
+    const OSErr status = makeText(utf8, &text.desc);
+    return status != noErr ? reason(status) : compile(text);
+}
+
+std::string ScriptSession::compile(const SessionDesc& text) {
     const OSAError status = OSACompile(component_, &text.desc, kOSAModeNull, &script_);
-    if (status == noErr) return {};
-    text_ = unitsOf(text.bytes());
-    return reason(status);
+    if (status != noErr) text_ = unitsOf(text.bytes());
+    return makingReason(status);
 }
 
 std::string ScriptSession::source(std::string& utf8) const {
@@ -153,13 +179,15 @@ std::string ScriptSession::readSource(const std::string& path, std::string& utf8
     FSRef file;
     if (std::string reason = findFile(path, file); !reason.empty()) return reason;
     SessionDesc text;
-    SessionDesc bytes;
-    if (OSACopyScriptText(&file, &text.desc) == noErr && !hasControls(unitsOf(text.bytes())) &&
-        AECoerceDesc(&text.desc, typeUTF8Text, &bytes.desc) == noErr) {
-        utf8 = bytes.bytes();
-        return {};
-    }
+    if (OSACopyScriptText(&file, &text.desc) == noErr && isReadable(text, utf8)) return {};
     std::string reason = loadFile(path);
+    return reason.empty() ? source(utf8) : reason;
+}
+
+std::string ScriptSession::readSourceOfBytes(const std::string& bytes, std::string& utf8) {
+    SessionDesc text;
+    if (decode(bytes, text) == noErr && isReadable(text, utf8)) return {};
+    std::string reason = loadBytes(bytes);
     return reason.empty() ? source(utf8) : reason;
 }
 
@@ -197,11 +225,17 @@ std::string ScriptSession::reason(OSAError status) const {
             return startingReason();
         case notAFileErr:
             return "is no file";
+        case fileBoundsErr:
+            return "is longer than a script may be";
         case memFullErr:
             return "takes too much memory";
         default:
             return readingReason(status);
     }
+}
+
+std::string ScriptSession::makingReason(OSAError status) const {
+    return status == errOSASystemError ? "takes more memory than is allowed" : reason(status);
 }
 
 std::string ScriptSession::startingReason() const {
@@ -244,7 +278,7 @@ std::string ScriptSession::loadingReason(OSAError status, const FSRef& file) {
         return kTooLittleMemory;
     if (status == errOSACantOpenComponent && told == noErr)
         return "stored in language " + languageText(subType) + ", which no component here reads";
-    if (status != errOSAScriptError || told != errOSABadStorageType) return reason(status);
+    if (status != errOSAScriptError || told != errOSABadStorageType) return makingReason(status);
     SessionDesc text;  // that does not compile: its lines are the file's
     if (OSACopyScriptText(&file, &text.desc) == noErr) text_ = unitsOf(text.bytes());
     return reason(status);

@@ -258,6 +258,10 @@ OSAError textOf(const FSRef& file, AEDesc* text) {
     return content->isText ? makeText(content->desc.bytes(), text) : OSAError{errOSABadStorageType};
 }
 
+OSAError textOf(ByteSpan bytes, AEDesc* text) {
+    return endsAsStoredScript(bytes) ? OSAError{errOSABadStorageType} : makeText(bytes, text);
+}
+
 OSAError subTypeOf(const FSRef& file, OSType& subType) {
     const auto content = readFile(file);
     if (!content) return content.status();
@@ -307,6 +311,16 @@ OSAError OSACopyScriptText(const FSRef* scriptFile, AEDesc* resultingText) try {
     if (resultingText != nullptr) AEInitializeDesc(resultingText);
     if (scriptFile == nullptr || resultingText == nullptr) return paramErr;
     return osa::textOf(*scriptFile, resultingText);
+} catch (const std::bad_alloc&) {
+    return memFullErr;
+}
+
+OSAError OSADecodeScriptText(const void* bytes, Size length, AEDesc* resultingText) try {
+    if (resultingText != nullptr) AEInitializeDesc(resultingText);
+    if (bytes == nullptr || length < 0 || resultingText == nullptr) return paramErr;
+    return osa::textOf(
+        osa::ByteSpan(static_cast<const std::byte*>(bytes), static_cast<std::size_t>(length)),
+        resultingText);
 } catch (const std::bad_alloc&) {
     return memFullErr;
 }

@@ -37,9 +37,9 @@ OSA_PLATFORM_EXPORT ComponentInstance OpenComponent(Component aComponent);
 OSA_PLATFORM_EXPORT ComponentInstance OpenDefaultComponent(OSType componentType,
                                                            OSType componentSubType);
 /// Disposes of everything that the instance holds, scripts and values included. In the middle of a
-/// call of it nothing more can be asked of the instance, and it ends with the call. A call that
-/// another thread makes is interrupted as by OSAInterrupt, which cannot be asked for any more; one
-/// that begins just now may miss that and go on to its limits.
+/// call of it nothing more can be asked of the instance, and it ends with the call. Calls that
+/// other threads make are interrupted as by OSAInterrupt, which cannot be asked for any more. So is
+/// the call itself, where its handlers run on a thread of the component.
 /// badComponentInstance for null; of it, as of every status, an OSErr holds the low 16 bits.
 OSA_PLATFORM_EXPORT OSErr CloseComponent(ComponentInstance aComponentInstance);
 

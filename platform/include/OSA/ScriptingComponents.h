@@ -58,6 +58,9 @@ OSA_PLATFORM_EXPORT OSAError OSAGetStoredSubType(const FSRef* scriptFile, OSType
 /// The text of a script file that is only text, as OSALoadFile compiles it, in 'utxt'.
 /// errOSABadStorageType for a stored script, and for what is no text.
 OSA_PLATFORM_EXPORT OSAError OSACopyScriptText(const FSRef* scriptFile, AEDesc* resultingText);
+/// The same of bytes as a file would hold them.
+OSA_PLATFORM_EXPORT OSAError OSADecodeScriptText(const void* bytes, Size length,
+                                                 AEDesc* resultingText);
 
 /// Bounds of one call into a script; 0 for none. A script that is stopped answers
 /// errOSASystemError.
@@ -70,7 +73,7 @@ typedef struct OSALimits {
 OSA_PLATFORM_EXPORT void OSASetLimits(const OSALimits* limits);
 OSA_PLATFORM_EXPORT void OSAGetLimits(OSALimits* limits);
 /// Is given what a script logs, a line at a time, on the thread that runs the script, which waits:
-/// UTF-8 without the line's end.
+/// UTF-8 without the line's end. What it throws counts as a lack of memory.
 typedef void (*OSALogProcPtr)(const char* line, void* refCon);
 /// For all scripts of the process; null, as at first, leaves nothing written. What runs meanwhile
 /// may still call the one from before.

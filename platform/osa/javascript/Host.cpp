@@ -151,8 +151,14 @@ bool Host::log(const JS::CallArgs& args) {
     JS::RootedString text(cx_, line.toString());
     const JS::UniqueChars utf8 = JS_EncodeStringToUTF8(cx_, text);
     if (utf8 == nullptr) return false;
-    proc(utf8.get(), refCon);
-    return true;
+    try {
+        proc(utf8.get(), refCon);
+        return true;
+    } catch (...) {
+        // not through the engine's frames
+        JS_ReportOutOfMemory(cx_);
+        return false;
+    }
 }
 
 JSObject* Host::heldPrototype(bool file) {

@@ -89,7 +89,10 @@ OSAError Instance::performHere(const std::function<OSAError()>& work) {
 }
 
 OSAError Instance::perform(const std::function<OSAError()>& work) {
-    return machine_->call([&] { return performHere(work); });
+    const unsigned before = machine_->interruptions();
+    return machine_->call([&] {
+        return machine_->interruptions() == before ? performHere(work) : OSAError{userCanceledErr};
+    });
 }
 
 OSAError Instance::dispose(OSAID id) {

@@ -253,6 +253,7 @@ void Machine::awaitAnswer(Clock::time_point asked) {
 }
 
 void Machine::interrupt() {
+    ++interruptions_;
     const std::lock_guard stop(stopping_);
     if (!running_) return;
     cancelled_ = true;

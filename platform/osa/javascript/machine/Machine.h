@@ -39,6 +39,8 @@ class Machine {
     OSAError aside(const std::function<OSAError()>& work);
     /// Stops what runs now; on any thread.
     void interrupt();
+    /// How often that was asked for: a call that waited for another meanwhile is not to begin.
+    unsigned interruptions() const { return interruptions_; }
     /// Ends the thread, after what runs was stopped. Later calls answer errOSASystemError. False
     /// when the script would not stop until then, or its thread or another process asks for it.
     bool end(std::chrono::steady_clock::time_point until);
@@ -91,6 +93,7 @@ class Machine {
     OSAError status_ = 0;
     Clock::time_point deadline_;
     std::atomic<bool> cancelled_ = false;
+    std::atomic<unsigned> interruptions_ = 0;
     OSAError stopped_ = 0;
 };
 
