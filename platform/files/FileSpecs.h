@@ -17,7 +17,7 @@ Result<std::string> rememberedFolder(FSVolumeRefNum volume, UInt32 nodeID);
 /// bdNamErr when the object's name has no old-style form.
 Result<FSSpec> specOf(const Located& object, FSVolumeRefNum volume, UInt32 parentID);
 
-/// Where the object of a specification lies, or would lie; bdNamErr for what is no name there.
+/// Where the object of an FSSpec lies, or would lie; bdNamErr for what is no name there.
 struct SpecPlace {
     FSRef parent;
     HFSUniStr255 name;

@@ -15,7 +15,7 @@ Result<std::string> leafFromUnicode(const UniChar* units, UniCharCount length);
 /// bdNamErr: no UTF-8, or over 255 units.
 Result<HFSUniStr255> unicodeFromLeaf(std::string_view leaf);
 
-/// The Mac Roman form for old-style specifications; bdNamErr when it has none of 63 bytes or fewer.
+/// The Mac Roman form for an FSSpec; bdNamErr when it has none of 63 bytes or fewer.
 Result<std::string> macRomanFromLeaf(std::string_view leaf);
 std::string leafFromMacRoman(std::string_view name);
 

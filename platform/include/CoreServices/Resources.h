@@ -72,7 +72,7 @@ OSA_PLATFORM_EXPORT OSErr FSCreateResourceFile(const FSRef* parentRef, UniCharCo
 /// a fork that is no map; paramErr no permission; for writing also wrPermErr not allowed, wPrErr
 /// volume read-only, opWrErr the File Manager has the fork open for writing.
 OSA_PLATFORM_EXPORT ResFileRefNum FSOpenResFile(const FSRef* ref, SInt8 permission);
-/// The same for an old-style specification.
+/// The same for an FSSpec.
 OSA_PLATFORM_EXPORT ResFileRefNum FSpOpenResFile(const FSSpec* spec, SInt8 permission);
 /// A new file of the type and creator, or a resource fork for one that has none; the statuses of
 /// FSCreateResFile and FSMakeFSSpec. The script code is not used.
