@@ -4,8 +4,6 @@
 #include <CoreServices/AEDataModel.h>
 #include <CoreServices/MacErrors.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,26 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "bench/Timing.h"
+
 namespace {
 
 constexpr double kShortestRun = 0.05;  // seconds
 
-/// Nanoseconds for one call of `work`: the best of five runs long enough to be measured.
 double nanoseconds(const std::function<void()>& work) {
-    using Clock = std::chrono::steady_clock;
-    double best = 1e18;
-    for (int round = 0; round < 5; ++round) {
-        long calls = 0;
-        const auto start = Clock::now();
-        std::chrono::duration<double> elapsed{};
-        do {
-            work();
-            ++calls;
-            elapsed = Clock::now() - start;
-        } while (elapsed.count() < kShortestRun);
-        best = std::min(best, elapsed.count() * 1e9 / static_cast<double>(calls));
-    }
-    return best;
+    return osa::bench::secondsOf(work, kShortestRun) * 1e9;
 }
 
 void require(OSErr status) {

@@ -5,35 +5,20 @@
 #include <CoreServices/MacErrors.h>
 #include <OSA/ScriptingComponents.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <string>
 
+#include "bench/Timing.h"
 #include "platform/osa/javascript/machine/Engine.h"
 
 namespace {
 
 constexpr double kShortestRun = 0.2;  // seconds
 
-/// Microseconds for one call of `work`: the best of five runs long enough to be measured.
 double microseconds(const std::function<void()>& work) {
-    using Clock = std::chrono::steady_clock;
-    double best = 1e18;
-    for (int round = 0; round < 5; ++round) {
-        long calls = 0;
-        const auto start = Clock::now();
-        std::chrono::duration<double> elapsed{};
-        do {
-            work();
-            ++calls;
-            elapsed = Clock::now() - start;
-        } while (elapsed.count() < kShortestRun);
-        best = std::min(best, elapsed.count() * 1e6 / static_cast<double>(calls));
-    }
-    return best;
+    return osa::bench::secondsOf(work, kShortestRun) * 1e6;
 }
 
 void require(bool met) {

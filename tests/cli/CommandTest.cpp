@@ -1,11 +1,11 @@
 // The program as scripts use it: output, error lines and exit statuses.
 #include <CoreServices/Aliases.h>
 #include <CoreServices/MacMemory.h>
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "tests/cli/Command.h"
 #include "tests/support/ResourceLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tools/samples/AppleDoubleBuilder.h"
@@ -16,25 +16,6 @@ namespace osa::test {
 namespace {
 
 using samples::Json;
-
-struct Outcome {
-    int exitStatus;
-    std::string output;
-};
-
-/// Runs the program; both streams are caught in the order they are written.
-Outcome run(const std::string& arguments, const std::string& errors = "2>&1",
-            const std::string& before = {}) {
-    const std::string command =
-        before + std::getenv("OSA_PROGRAM") + " " + arguments + " " + errors;
-    FILE* const pipe = popen(command.c_str(), "r");
-    std::string output;
-    char buffer[4096];
-    for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        output.append(buffer, n);
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
 
 std::string quoted(const std::string& path) {
     return "'" + path + "'";

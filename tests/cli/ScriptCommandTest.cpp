@@ -1,13 +1,11 @@
 // The commands that compile, run and show scripts.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <tuple>
 
+#include "tests/cli/Command.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace osa::test {
@@ -19,15 +17,8 @@ class ScriptCommand : public testing::Test {
   protected:
     /// Exit status and output, the folder's path left out.
     std::string run(const std::string& arguments) const {
-        const std::string command =
-            "cd '" + folder_.path() + "' && '" + std::getenv("OSA_PROGRAM") + "' 2>&1 " + arguments;
-        FILE* const pipe = popen(command.c_str(), "r");
-        std::string output;
-        char buffer[4096];
-        for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-            output.append(buffer, n);
-        const int status = pclose(pipe);
-        return std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + " " + output;
+        const Outcome told = test::run("2>&1 " + arguments, "", "cd '" + folder_.path() + "' && ");
+        return std::to_string(told.exitStatus) + " " + told.output;
     }
 
     TemporaryFolder folder_;

@@ -11,6 +11,7 @@
 #include "Libraries/MacToolboxLib/COSAID/COSAIDSupport.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SCurrentResFile.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SOpenFork.h"
 
 namespace {
 
@@ -139,7 +140,7 @@ void COSAID::LoadResource(const FSRef* file, SInt32 modeFlags) {
 }
 
 void COSAID::LoadDataFork(const FSRef* file, SInt32 modeFlags) {
-    SOpenFork fork(OpenDataFork(file, fsRdPerm));
+    SOpenFork fork(file, fsRdPerm);
     const SInt32 length = Length(fork);
     const SHandle script(NewHandle(length));
     Read(fork, 0, length, script.Get() == nullptr ? nullptr : *script.Get());
@@ -150,7 +151,7 @@ void COSAID::LoadDataFork(const FSRef* file, SInt32 modeFlags) {
 
 bool COSAID::IsDataForkScript(const FSRef* file) {
     try {
-        const SOpenFork fork(OpenDataFork(file, fsRdPerm));
+        const SOpenFork fork(file, fsRdPerm);
         const SInt32 length = Length(fork);
         const auto size = static_cast<SInt32>(kTrailer.size());
         if (length <= size) return false;

@@ -10,6 +10,7 @@
 #include "Libraries/MacToolboxLib/COSAID/COSAIDSupport.h"
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
 #include "Libraries/MacToolboxLib/TBUtilities/SCurrentResFile.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SOpenFork.h"
 
 namespace {
 
@@ -84,7 +85,7 @@ SInt16 OpenDataFork(const FSRef* parent, const HFSUniStr255* name, OSType creato
     const FSCatalogInfo info = NewFileInfo(creator);
     FailOSErr(FSCreateFileUnicode(parent, NameLength(*name), name->unicode, kFSCatInfoFinderInfo,
                                   &info, &file, nullptr));
-    return OpenDataFork(&file, fsRdWrPerm);
+    return SOpenFork(&file, fsRdWrPerm).Release();
 }
 
 SInt16 OpenDataFork(const FSSpec* spec, OSType creator) {
@@ -185,5 +186,5 @@ void COSAIDReader::StoreDF(const FSSpec* spec, OSType creator, bool withSource) 
 }
 
 void COSAIDReader::StoreDF(const FSRef* file, bool withSource) const {
-    StoreDataFork(OpenDataFork(file, fsRdWrPerm), withSource);
+    StoreDataFork(SOpenFork(file, fsRdWrPerm).Release(), withSource);
 }

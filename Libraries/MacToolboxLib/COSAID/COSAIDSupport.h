@@ -2,7 +2,6 @@
 // with their scope.
 #pragma once
 
-#include <CoreServices/Files.h>
 #include <CoreServices/Resources.h>
 
 #include <utility>
@@ -35,26 +34,3 @@ class SOpenResFile {
   private:
     ResFileRefNum mRefNum;
 };
-
-/// Owns a fork that was just opened.
-class SOpenFork {
-  public:
-    explicit SOpenFork(SInt16 opened) : mRefNum(opened) {}
-    SOpenFork(const SOpenFork&) = delete;
-    SOpenFork& operator=(const SOpenFork&) = delete;
-    ~SOpenFork() {
-        if (mRefNum > 0) FSCloseFork(mRefNum);
-    }
-    SInt16 RefNum() const { return mRefNum; }
-    /// The number is forgotten first: it may be somebody else's afterwards.
-    void Close() { FailOSErr(FSCloseFork(std::exchange(mRefNum, SInt16{0}))); }
-
-  private:
-    SInt16 mRefNum;
-};
-
-inline SInt16 OpenDataFork(const FSRef* file, SInt8 permission) {
-    SInt16 fork = 0;
-    FailOSErr(FSOpenFork(file, 0, nullptr, permission, &fork));
-    return fork;
-}

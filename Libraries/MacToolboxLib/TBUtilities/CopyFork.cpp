@@ -10,31 +10,13 @@
 #include <utility>
 
 #include "Libraries/MacToolboxLib/TBUtilities/Failures.h"
+#include "Libraries/MacToolboxLib/TBUtilities/SOpenFork.h"
 #include "Libraries/MacToolboxLib/TCLString/TCLString.h"
 #include "fsextensions/FSExtensions.h"
 
 namespace {
 
 constexpr UInt32 kLargestBuffer = 32768;
-
-/// An open fork, closed at the latest when an exception passes.
-class OpenFork {
-  public:
-    OpenFork(const FSRef& ref, const HFSUniStr255& name, SInt8 permission) {
-        FailOSErr(FSOpenFork(&ref, NameLength(name), name.unicode, permission, &mRefNum));
-    }
-    OpenFork(const OpenFork&) = delete;
-    OpenFork& operator=(const OpenFork&) = delete;
-    ~OpenFork() {
-        if (mRefNum > 0) FSCloseFork(mRefNum);
-    }
-
-    SInt16 Get() const { return mRefNum; }
-    void Close() { FailOSErr(FSCloseFork(std::exchange(mRefNum, SInt16{0}))); }
-
-  private:
-    SInt16 mRefNum = 0;
-};
 
 struct PtrDisposer {
     void operator()(void* block) const { DisposePtr(static_cast<Ptr>(block)); }
@@ -87,24 +69,24 @@ class ScratchFile {
 class OldContent {
   public:
     OldContent(const FSRef& file, const HFSUniStr255& forkName, const TransferBuffer& buffer) {
-        OpenFork fork(file, forkName, fsRdPerm);
+        SOpenFork fork(file, forkName, fsRdPerm);
         SInt64 size = 0;
-        FailOSErr(FSGetForkSize(fork.Get(), &size));
+        FailOSErr(FSGetForkSize(fork.RefNum(), &size));
         if (size == 0) return;
         HFSUniStr255 dataForkName;
         FailOSErr(FSGetDataForkName(&dataForkName));
         mFile.emplace();
         mFork.emplace(mFile->Get(), dataForkName, SInt8{fsRdWrPerm});
         mFile->Delete();
-        FailOSErr(buffer.Copy(fork.Get(), mFork->Get()));
+        FailOSErr(buffer.Copy(fork.RefNum(), mFork->RefNum()));
     }
     OSStatus PutBack(SInt16 target, const TransferBuffer& buffer) const {
-        return mFork ? buffer.Copy(mFork->Get(), target) : FSSetForkSize(target, fsFromStart, 0);
+        return mFork ? buffer.Copy(mFork->RefNum(), target) : FSSetForkSize(target, fsFromStart, 0);
     }
 
   private:
     std::optional<ScratchFile> mFile;
-    std::optional<OpenFork> mFork;  // closed before the file is deleted
+    std::optional<SOpenFork> mFork;  // closed before the file is deleted
 };
 
 FSRef DestinationFile(const FSRef& folder, const HFSUniStr255& name) {
@@ -130,11 +112,11 @@ void CopyFork(const CFileSpec& source, const CFileSpec& destFolder, const HFSUni
     const TransferBuffer buffer;
     const OSErr created = FSCreateFork(&file, NameLength(forkName), forkName.unicode);
     if (created != errFSForkExists) FailOSErr(created);
-    OpenFork from(source.GetFSRef(), forkName, fsRdPerm);
-    OpenFork to(file, forkName, fsWrPerm);
+    SOpenFork from(source.GetFSRef(), forkName, fsRdPerm);
+    SOpenFork to(file, forkName, fsWrPerm);
     const OldContent old(file, forkName, buffer);
-    const OSStatus copied = buffer.Copy(from.Get(), to.Get());
-    if (copied != noErr) old.PutBack(to.Get(), buffer);
+    const OSStatus copied = buffer.Copy(from.RefNum(), to.RefNum());
+    if (copied != noErr) old.PutBack(to.RefNum(), buffer);
     FailOSErr(copied);
     to.Close();
     from.Close();

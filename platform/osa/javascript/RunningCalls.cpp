@@ -125,6 +125,14 @@ OSAError ready(Instance& instance, OSAID id, Script::Ptr* script) {
     return (*script)->ensureRun(&fresh, &result) ? noErr : errOSAScriptError;
 }
 
+/// The same, to look for what `desc` names; the name is looked at before anything runs.
+OSAError readyFor(Instance& instance, OSAID id, const AEDesc& desc, bool isHandler, Name* name,
+                  Script::Ptr* script) {
+    if (instance.findScript(id) == nullptr) return errOSAInvalidID;
+    const OSErr status = nameOf(desc, isHandler, name);
+    return status == noErr ? ready(instance, id, script) : status;
+}
+
 OSAError getNames(Instance& instance, OSAID id, bool functions, AEDescList* result) {
     Script::Ptr script;
     if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
@@ -187,10 +195,9 @@ OSAError executeEvent(Instance& instance, const AppleEvent* event, OSAID context
 
 OSAError getHandler(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OSAID* resultID) {
     Name name;
-    if (instance.findScript(id) == nullptr) return errOSAInvalidID;
-    if (const OSErr status = nameOf(*desc, true, &name); status != noErr) return status;
     Script::Ptr script;
-    if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
+    const OSAError status = readyFor(instance, id, *desc, true, &name, &script);
+    if (status != noErr) return status;
     JS::RootedValue function(instance.context());
     if (!script->handler(name, &function)) return errOSAScriptError;
     if (!isFunction(function)) return errOSAInvalidAccess;
@@ -204,10 +211,9 @@ OSAError getHandler(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OS
 
 OSAError getProperty(Instance& instance, SInt32, OSAID id, const AEDesc* desc, OSAID* resultID) {
     Name name;
-    if (instance.findScript(id) == nullptr) return errOSAInvalidID;
-    if (const OSErr status = nameOf(*desc, false, &name); status != noErr) return status;
     Script::Ptr script;
-    if (const OSAError status = ready(instance, id, &script); status != noErr) return status;
+    const OSAError status = readyFor(instance, id, *desc, false, &name, &script);
+    if (status != noErr) return status;
     JS::RootedValue value(instance.context());
     bool found = false;
     if (!script->property(name.text, &found, &value)) return errOSAScriptError;
