@@ -189,15 +189,18 @@ class Search {
             const SoughtObject sought{volume->device, record_.targetID, record_.targetCreated,
                                       leaf_};
             if (!byName && isKnownAsLost(sought)) continue;
-            walkOutward(
+            bool isMet = false;
+            const bool isUndisturbed = walkOutward(
                 walkStart(root), budget,
                 [&](const std::string& folder, const std::string& name,
                     const posix::FileStatus& status) {
-                    if ((numbersHold && isTarget(name, status)) || (byName && name == leaf_))
+                    if ((numbersHold && isTarget(name, status)) || (byName && name == leaf_)) {
+                        isMet = true;
                         offer(joinPath(folder, name), FoundBy::walk);
+                    }
                     return !isDone_;
                 });
-            if (numbersHold && found_.empty()) rememberLost(sought);
+            if (numbersHold && !isMet && isUndisturbed) rememberLost(sought);
         }
     }
 

@@ -1,6 +1,8 @@
 // The walk, breadth first: a moved object is seldom far from where it was.
 #include "platform/aliases/AliasWalk.h"
 
+#include <CoreServices/MacErrors.h>
+
 #include <algorithm>
 #include <deque>
 #include <mutex>
@@ -17,19 +19,27 @@ class Walk {
 
     bool run(const std::string& start) {
         const auto status = posix::status(start, posix::Follow::no);
-        if (!status.ok() || !status->isFolder()) return true;
+        if (!isSeen(status) || !status->isFolder()) return !isDisturbed_;
         device_ = status->device;
         enqueue(start, *status);
         while (!folders_.empty()) {
             const std::string folder = std::move(folders_.front());
             folders_.pop_front();
             enqueueFolderAbove(folder);
-            if (!visitContent(folder)) return false;
+            if (!visitContent(folder)) break;
         }
-        return true;
+        return !isDisturbed_;
     }
 
   private:
+    /// What is missing or protected stays so; every other failure may be gone the next time.
+    template <typename Value>
+    bool isSeen(const Result<Value>& result) {
+        if (result.ok()) return true;
+        if (result.status() != fnfErr && result.status() != permErr) isDisturbed_ = true;
+        return false;
+    }
+
     /// A folder that is mounted at a second place is not gone through again.
     void enqueue(std::string path, const posix::FileStatus& status) {
         if (status.device == device_ && met_.insert(status.inode).second)
@@ -41,17 +51,17 @@ class Walk {
         const std::size_t slash = folder.rfind('/');
         std::string above = slash == 0 ? "/" : folder.substr(0, slash);
         const auto status = posix::status(above, posix::Follow::no);
-        if (status.ok()) enqueue(std::move(above), *status);
+        if (isSeen(status)) enqueue(std::move(above), *status);
     }
 
     bool visitContent(const std::string& folder) {
         auto names = posix::DirectoryReader::open(folder, posix::Follow::no);
-        if (!names.ok()) return true;
-        for (auto name = names->next(); name.ok() && !name->empty(); name = names->next()) {
+        if (!isSeen(names)) return true;
+        for (auto name = names->next(); isSeen(name) && !name->empty(); name = names->next()) {
             if (!budget_.spend()) return false;
             const std::string path = joinPath(folder, *name);
             const auto status = posix::status(path, posix::Follow::no);
-            if (!status.ok() || status->device != device_) continue;
+            if (!isSeen(status) || status->device != device_) continue;
             if (!visit_(folder, *name, *status)) return false;
             if (status->isFolder()) enqueue(path, *status);
         }
@@ -60,6 +70,7 @@ class Walk {
 
     WalkBudget& budget_;
     const VisitObject& visit_;
+    bool isDisturbed_ = false;
     std::uint64_t device_ = 0;
     std::deque<std::string> folders_;  // still to be gone through
     std::unordered_set<std::uint64_t> met_;

@@ -234,7 +234,8 @@ TEST_F(AliasRecords, MatchByTheRulesInTheirOrder) {
     fs::remove_all(at("two"));
     fs::remove_all(at("one"));
     EXPECT_EQ(matches(nullptr, kARMSearch, alias), "-43");
-    EXPECT_EQ(matches(nullptr, kARMSearchMore, alias), "! away/x.7");
+    EXPECT_TRUE(matches(nullptr, kARMSearchMore, alias).starts_with("! away/x.7"))
+        << "nearest first, whatever else the volume holds";
     DisposeHandle(reinterpret_cast<Handle>(alias));
 }
 
@@ -293,6 +294,9 @@ TEST_F(AliasRecords, SurviveEveryFailureOfTheSystem) {
             EXPECT_TRUE(status == noErr || status == fnfErr) << status;
             const bool isChanged = status == noErr && wasChanged != 0;
             EXPECT_EQ(bytesOf(alias) != before, isChanged);
+            const bool isFoundNow =
+                status == noErr || FSResolveAlias(nullptr, alias, &target, nullptr) == noErr;
+            EXPECT_TRUE(isFoundNow) << "given up for a failure that has passed";
         });
     const auto prepareUpdate = [&] { prepare(), target = ref("new/file"); };
     failEachCall(

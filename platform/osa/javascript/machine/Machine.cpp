@@ -97,6 +97,7 @@ Machine::Machine(const OSALimits& limits) : limits_(limits), process_(getpid()) 
 Machine::~Machine() = default;
 
 Machine::Ptr Machine::make(const OSALimits& limits) {
+    if (!ownsEngine()) return nullptr;
     Ptr machine(new Machine(limits));
     return machine->start() ? std::move(machine) : nullptr;
 }

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -12,11 +13,8 @@
 namespace osa::script {
 namespace {
 
-/// The process that set the engine up.
-pid_t& owner() {
-    static pid_t process = 0;
-    return process;
-}
+/// The process that the engine belongs to; 0 before there was one.
+std::atomic<pid_t> owner = 0;
 
 /// How long the process's end waits for scripts.
 constexpr std::chrono::seconds kLastWait{1};
@@ -35,7 +33,7 @@ bool endMachines() {
 /// still wait at those objects) the process ends with these in place.
 void endAll(int status, void*) {
     bool ended = false;
-    if (getpid() == owner()) {
+    if (getpid() == owner) {
         {
             const std::lock_guard lock(machines().making);
             machines().ending = true;
@@ -54,10 +52,14 @@ Machines& machines() {
     return *everything;
 }
 
+bool ownsEngine() {
+    pid_t none = 0;
+    return owner.compare_exchange_strong(none, getpid()) || owner == getpid();
+}
+
 bool engineReady() {
     static const bool ready = [] {
         // Larger ones would be lent by the system in one piece before anybody can look.
-        owner() = getpid();
         JS::SetLargeArrayBuffersEnabled(false);
         return JS_Init() && on_exit(endAll, nullptr) == 0;
     }();

@@ -2,8 +2,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -62,11 +64,15 @@ TEST_F(Limits, StopScriptsAndLeaveTheInstanceUsable) {
         for (const char* const source : sources) {
             SCOPED_TRACE(source);
             const OSAID script = compiled(source);
-            bool inTime = false;  // once in three, as others use the machine
+            bool inTime = false;  // once in three, and not counting when others have the machine
             for (int attempt = 0; attempt < 3 && !inTime; ++attempt) {
                 const auto start = std::chrono::steady_clock::now();
+                const std::clock_t used = std::clock();
                 const std::string answer = run(script, kOSANullScript, kOSAModeDisplayForHumans);
-                inTime = std::chrono::steady_clock::now() - start < 2ms * milliseconds;
+                const std::chrono::microseconds own((std::clock() - used) * 1'000'000 /
+                                                    CLOCKS_PER_SEC);
+                const auto passed = std::chrono::steady_clock::now() - start;
+                inTime = std::min<std::chrono::nanoseconds>(passed, own) < 2ms * milliseconds;
                 EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753"))
                     << answer;
             }
@@ -193,23 +199,18 @@ TEST_F(Limits, AProcessEndsInTheMidstOfAll) {
     EXPECT_EXIT(end(true), testing::ExitedWithCode(7), "");
 }
 
-TEST_F(Limits, AForkedChildClosesItsOwnAndItsParents) {
+TEST_F(Limits, AForkedChildIsRefusedAndMayCloseItsParents) {
     EXPECT_EQ(run("1"), "1");
-    for (const bool ownFirst : {true, false}) {
-        const pid_t child = fork();
-        if (child == 0) {
-            ComponentInstance both[] = {js, OpenDefaultComponent(kOSAComponentType, 'jscr')};
-            bool isWell = OSADispose(js, 1) == errOSASystemError;
-            js = both[1];
-            isWell = isWell && run("2") == "2";
-            for (const bool own : {ownFirst, !ownFirst})
-                isWell = CloseComponent(both[own]) == noErr && isWell;
-            std::exit(isWell ? 0 : 1);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isWell = OSADispose(js, 1) == errOSASystemError && CloseComponent(js) == noErr &&
+                            OpenDefaultComponent(kOSAComponentType, 'jscr') == nullptr;
+        std::exit(isWell ? 0 : 1);
     }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(run("2"), "2");
 }
 #endif
 
