@@ -5,12 +5,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "cli/Command.h"
 #include "cli/ResourceEdits.h"
 #include "cli/ResourceSelector.h"
+#include "cli/scripts/CompileOutput.h"
 #include "cli/scripts/ScriptInput.h"
 
 namespace osa::cli {
@@ -25,37 +25,6 @@ struct CompileOptions {
     ScriptInput input;
     OSALimits limits{};
     bool isRunOnly = false;
-};
-
-OSStatus refOf(const std::string& path, FSRef& ref) {
-    return FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr);
-}
-
-/// A file that is taken away again unless it was there before or is kept.
-class OutputFile {
-  public:
-    explicit OutputFile(const std::string& path) : path_(path) {}
-    ~OutputFile() {
-        std::error_code ignored;
-        if (isNew_ && !isKept_) std::filesystem::remove(path_, ignored);
-    }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    std::string open(FSRef& ref) {
-        if (refOf(path_, ref) != noErr) {
-            isNew_ = std::ofstream(path_, std::ios::app).good();
-            if (!isNew_) return "cannot be made";
-        }
-        const OSStatus status = refOf(path_, ref);
-        return status == noErr ? std::string() : readingReason(status);
-    }
-    void keep() { isKept_ = true; }
-
-  private:
-    std::string path_;
-    bool isNew_ = false;
-    bool isKept_ = false;
 };
 
 std::string writingReason(OSStatus status) {
@@ -97,9 +66,9 @@ Problem storeResource(const ScriptSession& session, const CompileOptions& option
 }
 
 Problem storeDataFork(const ScriptSession& session, const CompileOptions& options, SInt32 mode,
-                      const FSRef& file) {
-    const OSAError status =
-        OSAStoreFile(session.component(), session.script(), typeOSAGenericStorage, mode, &file);
+                      const CompileOutput& output) {
+    const OSAError status = OSAStoreFile(session.component(), session.script(),
+                                         typeOSAGenericStorage, mode, &output.ref());
     if (isOfScript(status)) return {options.input.name(), session.makingReason(status)};
     return {options.output, writingReason(status)};
 }
@@ -122,12 +91,11 @@ OSStatus giveCodes(const CompileOptions& options, const FSRef& file) {
 
 Problem store(const ScriptSession& session, const CompileOptions& options) {
     const SInt32 mode = options.isRunOnly ? kOSAModePreventGetSource : kOSAModeNull;
-    OutputFile output(options.output);
-    FSRef file;
-    if (std::string reason = output.open(file); !reason.empty()) return {options.output, reason};
-    Problem problem = options.resource.empty() ? storeDataFork(session, options, mode, file)
+    CompileOutput output(options.output);
+    if (std::string reason = output.open(); !reason.empty()) return {options.output, reason};
+    Problem problem = options.resource.empty() ? storeDataFork(session, options, mode, output)
                                                : storeResource(session, options, mode);
-    if (!problem) problem = {options.output, writingReason(giveCodes(options, file))};
+    if (!problem) problem = {options.output, writingReason(giveCodes(options, output.ref()))};
     if (!problem) output.keep();
     return problem;
 }
@@ -154,9 +122,16 @@ std::string checkCode(const std::string& text) {
 }
 
 std::string checkOutput(const std::string& text) {
-    const std::filesystem::path extension = std::filesystem::path(text).extension();
-    return extension == ".app" || extension == ".scptd" ? "bundles are not made here"
-                                                        : std::string();
+    return std::filesystem::path(text).extension() == ".app"
+               ? "applications are not made here: what starts them is a program of the Mac"
+               : std::string();
+}
+
+void checkForm(const CompileOptions& options) {
+    const bool isForFiles =
+        !options.resource.empty() || !options.type.empty() || !options.creator.empty();
+    if (isForFiles && CompileOutput::isBundleName(options.output))
+        throw CLI::ValidationError("--resource, --type and --creator are for files, not bundles");
 }
 
 void addFormOptions(CLI::App& command, CompileOptions& options) {
@@ -182,7 +157,9 @@ void addCompileCommand(CLI::App& program, int& exitStatus) {
     CLI::App* const command = program.add_subcommand("compile", "Compile a script and store it");
     command->add_option("-l,--language", options->language, "Name or subtype of the language")
         ->type_name("LANGUAGE");
-    command->add_option("-o,--output", options->output, "Where it is stored; a.scpt if not said")
+    command
+        ->add_option("-o,--output", options->output,
+                     "A file, or a bundle when it ends in .scptd; else a.scpt")
         ->type_name("OUT")
         ->check(checkOutput);
     addFormOptions(*command, *options);
@@ -194,6 +171,7 @@ void addCompileCommand(CLI::App& program, int& exitStatus) {
                      "Text or stored scripts, joined; - is standard input, as is none")
         ->type_name("FILE");
     command->callback([options, &exitStatus] {
+        checkForm(*options);
         if (!options->input.isComplete()) throw CLI::RequiredError("FILE or -e");
         const Problem problem = compile(*options);
         if (problem) reportError(problem.name, problem.reason);

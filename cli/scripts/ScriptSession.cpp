@@ -16,8 +16,6 @@
 namespace osa::cli {
 namespace {
 
-constexpr char kMainScript[] = "/Contents/Resources/Scripts/main.scpt";
-
 std::string nameOf(Component component) {
     const Handle name = NewHandle(0);
     std::string text;
@@ -36,7 +34,7 @@ std::string findFile(const std::string& path, FSRef& file) {
     };
     if (const OSStatus status = find(path); status != noErr) return readingReason(status);
     if (isFolder == 0) return {};
-    return find(path + kMainScript) == noErr && isFolder == 0 ? "" : "is a folder, but no script";
+    return find(mainScriptOf(path)) == noErr && isFolder == 0 ? "" : "is a folder, but no script";
 }
 
 /// 'utxt' data.
@@ -96,6 +94,10 @@ std::string languageText(OSType subType) {
 }
 
 }  // namespace
+
+std::string mainScriptOf(const std::string& bundle) {
+    return bundle + "/Contents/Resources/Scripts/main.scpt";
+}
 
 std::string SessionDesc::bytes() const {
     return desc.dataHandle == nullptr

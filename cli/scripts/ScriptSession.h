@@ -17,6 +17,9 @@ struct Language {
 /// All that there are, the first the one that is used when none is named.
 std::vector<Language> languages();
 
+/// Where a script bundle has its script.
+std::string mainScriptOf(const std::string& bundle);
+
 /// A descriptor that is disposed of.
 struct SessionDesc {
     AEDesc desc{typeNull, nullptr};

@@ -34,6 +34,8 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
     folder_.write("lines.js", "var a;\r\rvar b = ;");
     folder_.write("foreign.scpt", "FasdUAS 1.101.10ascr\0\1\0\x0C\xFA\xDE\xDE\xAD"s);
     folder_.write("cut.scpt", "JsOsaDAS1.001.00\0"s);
+    std::filesystem::create_directories(
+        folder_.path("C.scptd/Contents/Resources/Scripts/main.scpt"));
     // in this order
     const std::tuple<std::string, std::string> table[] = {
         {"run add.js x -y", "0 x--y\n"},
@@ -82,6 +84,18 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
         {"source lines.js", "0 var a;\r\rvar b = ;\n"},
         {"source cut.scpt", "1 osa: cut.scpt: is no script\n"},
         {"source .", "1 osa: .: is a folder, but no script\n"},
+        {"compile -o B.scptd -r scpt:128 -e 5", "2 "},
+        {"compile -o lines.js/B.scptd -e 5", "1 osa: lines.js/B.scptd: cannot be made\n"},
+        {"compile -o B.scptd -l nonsense -e 5; ls -d B.scptd", "2 "},
+        {"compile -o C.scptd -e 5; find C.scptd -type f",
+         "0 osa: C.scptd: is a folder or a device\n"},
+        {"compile -o B.scptd/ -e 5", "0 "},
+        {"show B.scptd | grep -c 'kind *= 4 '", "0 1\n"},
+        {"compile -o B.scptd -x add.js", "0 "},
+        {"run B.scptd a b; find B.scptd -type f ! -name '._*' | sort",
+         "0 a-b\nB.scptd/Contents/Info.plist\nB.scptd/Contents/Resources/Scripts/main.scpt\n"},
+        {"compile -o B.scptd a.scpt", "0 "},
+        {"source B.scptd", "0 " + source},
         {"languages --json", R"(0 {"name":"JavaScript","subtype":"jscr","installed":true})"
                              "\n"},
     };
@@ -90,10 +104,6 @@ TEST_F(ScriptCommand, CompilesRunsCallsAndShows) {
         const bool isWhole = expected.ends_with('\n') || expected == "0 ";
         EXPECT_EQ(isWhole ? told : told.substr(0, expected.size()), expected) << arguments;
     }
-    std::filesystem::create_directories(folder_.path("B.scptd/Contents/Resources/Scripts"));
-    std::filesystem::copy(folder_.path("a.scpt"),
-                          folder_.path("B.scptd/Contents/Resources/Scripts/main.scpt"));
-    EXPECT_EQ(run("source B.scptd"), "0 " + source);
 }
 
 TEST_F(ScriptCommand, StopsWhatTakesTooMuch) {
