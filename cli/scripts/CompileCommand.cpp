@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 #include "cli/Command.h"
@@ -70,11 +69,13 @@ Problem storeDataFork(const ScriptSession& session, const CompileOptions& option
     const OSAError status = OSAStoreFile(session.component(), session.script(),
                                          typeOSAGenericStorage, mode, &output.ref());
     if (isOfScript(status)) return {options.input.name(), session.makingReason(status)};
-    return {options.output, writingReason(status)};
+    return {output.file(), writingReason(status)};
 }
 
 /// The codes that were asked for; a file without a type is a script's.
 OSStatus giveCodes(const CompileOptions& options, const FSRef& file) {
+    // OSAStoreFile has given the type already.
+    if (options.resource.empty() && options.type.empty() && options.creator.empty()) return noErr;
     FSCatalogInfo info{};
     OSErr status = FSGetCatalogInfo(&file, kFSCatInfoFinderInfo, &info, nullptr, nullptr, nullptr);
     if (status != noErr) return status;
@@ -122,7 +123,7 @@ std::string checkCode(const std::string& text) {
 }
 
 std::string checkOutput(const std::string& text) {
-    return std::filesystem::path(text).extension() == ".app"
+    return CompileOutput::isNamed(text, ".app")
                ? "applications are not made here: what starts them is a program of the Mac"
                : std::string();
 }

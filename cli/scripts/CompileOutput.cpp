@@ -7,10 +7,13 @@
 #include <CoreFoundation/CFRef.h>
 #include <CoreFoundation/CFString.h>
 #include <CoreServices/MacErrors.h>
+#include <strings.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <ranges>
+#include <system_error>
 #include <utility>
 
 #include "cli/Command.h"
@@ -26,6 +29,10 @@ namespace fs = std::filesystem;
 std::string withoutSlashes(std::string path) {
     while (path.size() > 1 && path.ends_with('/')) path.pop_back();
     return path;
+}
+
+std::string cannotBeMade(int error) {
+    return "cannot be made: " + std::generic_category().message(error);
 }
 
 /// The property list of a script bundle; empty when there is none for this name.
@@ -54,8 +61,8 @@ std::string bundleInformation(const std::string& name) {
 
 }  // namespace
 
-bool CompileOutput::isBundleName(const std::string& path) {
-    return fs::path(withoutSlashes(path)).extension() == ".scptd";
+bool CompileOutput::isNamed(const std::string& path, const char* extension) {
+    return strcasecmp(fs::path(withoutSlashes(path)).extension().c_str(), extension) == 0;
 }
 
 CompileOutput::CompileOutput(const std::string& path)
@@ -63,38 +70,54 @@ CompileOutput::CompileOutput(const std::string& path)
       file_(bundle_.empty() ? path : mainScriptOf(bundle_)) {}
 
 CompileOutput::~CompileOutput() {
+    // With what the File Manager has put beside it.
+    if (isOurs_ && !made_.empty()) FSDeleteObject(&ref_);
     std::error_code ignored;
     for (const std::string& path : std::views::reverse(made_)) fs::remove(path, ignored);
 }
 
-bool CompileOutput::makeFolder(const std::string& path) {
+std::string CompileOutput::makeFolder(const std::string& path) {
     std::error_code failed;
     if (fs::create_directory(path, failed)) made_.push_back(path);
-    return !failed;
+    return failed ? cannotBeMade(failed.value()) : std::string();
 }
 
-bool CompileOutput::makeFile(const std::string& path, const std::string& content) {
+std::string CompileOutput::makeFile(const std::string& path, const std::string& content) {
     std::error_code failed;
-    if (fs::exists(path, failed)) return true;
+    if (fs::exists(path, failed)) return {};
+    // Through a link that leads nowhere something would be made elsewhere.
+    if (fs::is_symlink(path, failed)) return "is a link that leads nowhere";
     std::ofstream file(path, std::ios::app);
-    if (!file) return false;
+    if (!file) return cannotBeMade(errno);
     made_.push_back(path);
-    return (file << content).flush().good();
+    return (file << content).flush() ? std::string() : cannotBeMade(errno);
 }
 
-bool CompileOutput::makeBundle() {
+std::string CompileOutput::makeBundle() {
     for (const char* const folder :
          {"", "/Contents", "/Contents/Resources", "/Contents/Resources/Scripts"}) {
-        if (!makeFolder(bundle_ + folder)) return false;
+        if (std::string reason = makeFolder(bundle_ + folder); !reason.empty()) return reason;
     }
     const std::string information = bundleInformation(fs::path(bundle_).stem());
-    return !information.empty() && makeFile(bundle_ + "/Contents/Info.plist", information);
+    if (information.empty()) return cannotBeMade(ENOMEM);
+    return makeFile(bundle_ + "/Contents/Info.plist", information);
+}
+
+bool CompileOutput::isBare() const {
+    FSCatalogInfo info{};
+    constexpr FSCatalogInfoBitmap kWanted = kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes;
+    return FSGetCatalogInfo(&ref_, kWanted, &info, nullptr, nullptr, nullptr) == noErr &&
+           info.finderInfo.fdType == 0 && info.finderInfo.fdCreator == 0 &&
+           info.rsrcLogicalSize == 0;
 }
 
 std::string CompileOutput::open() {
-    if ((!bundle_.empty() && !makeBundle()) || !makeFile(file_, "")) return "cannot be made";
+    std::string reason = bundle_.empty() ? std::string() : makeBundle();
+    if (reason.empty()) reason = makeFile(file_, "");
+    if (!reason.empty()) return reason;
     const OSStatus status =
         FSPathMakeRef(reinterpret_cast<const UInt8*>(file_.c_str()), &ref_, nullptr);
+    isOurs_ = status == noErr && !made_.empty() && made_.back() == file_ && isBare();
     return status == noErr ? std::string() : readingReason(status);
 }
 

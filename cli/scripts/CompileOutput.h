@@ -17,7 +17,9 @@ class CompileOutput {
     CompileOutput(const CompileOutput&) = delete;
     CompileOutput& operator=(const CompileOutput&) = delete;
 
-    static bool isBundleName(const std::string& path);
+    /// Whether the last component of `path` ends in `extension`, in whatever case.
+    static bool isNamed(const std::string& path, const char* extension);
+    static bool isBundleName(const std::string& path) { return isNamed(path, ".scptd"); }
 
     /// Makes what is missing: an empty file, and for a bundle its folders and its property list,
     /// which says that it is a script bundle and bears the folder's name. Answers why that failed,
@@ -29,13 +31,16 @@ class CompileOutput {
     void keep() { made_.clear(); }
 
   private:
-    bool makeFolder(const std::string& path);
-    bool makeFile(const std::string& path, const std::string& content);
-    bool makeBundle();
+    /// Nothing, or why not.
+    std::string makeFolder(const std::string& path);
+    std::string makeFile(const std::string& path, const std::string& content);
+    std::string makeBundle();
+    bool isBare() const;
 
     std::string bundle_;  ///< empty for a file
     std::string file_;
     FSRef ref_{};
+    bool isOurs_ = false;            ///< the file was made, and had no fork or codes before
     std::vector<std::string> made_;  ///< what lies inside behind what it lies in
 };
 

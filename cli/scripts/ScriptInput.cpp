@@ -54,16 +54,18 @@ Problem ScriptInput::load(ScriptSession& session) const {
 Problem ScriptInput::join(std::string& text) const {
     for (const std::string& line : lines) appendLines(text, line);
     for (const std::string& file : files) {
-        ScriptSession session;
         std::string source;
-        std::string reason = session.open("");
-        if (reason.empty())
-            reason = file == kStandardInput ? session.readSourceOfBytes(standardInput, source)
-                                            : session.readSource(file, source);
-        if (!reason.empty()) return {file, reason};
+        if (std::string reason = readSource(file, source); !reason.empty()) return {file, reason};
         appendLines(text, source);
     }
     return {};
+}
+
+std::string ScriptInput::readSource(const std::string& file, std::string& utf8) const {
+    ScriptSession session;
+    if (std::string reason = session.open(""); !reason.empty()) return reason;
+    return file == kStandardInput ? session.readSourceOfBytes(standardInput, utf8)
+                                  : session.readSource(file, utf8);
 }
 
 }  // namespace osa::cli

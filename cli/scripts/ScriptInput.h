@@ -30,6 +30,8 @@ struct ScriptInput {
     /// Reads standard input where it is wanted.
     Problem readStandardInput();
     Problem load(ScriptSession& session) const;
+    /// The source of one of the files in UTF-8. Why there is none, or nothing.
+    std::string readSource(const std::string& file, std::string& utf8) const;
 
   private:
     Problem join(std::string& text) const;

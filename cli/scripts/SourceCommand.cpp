@@ -4,31 +4,38 @@
 #include <memory>
 
 #include "cli/Command.h"
-#include "cli/scripts/ScriptSession.h"
+#include "cli/scripts/ScriptInput.h"
 
 namespace osa::cli {
 namespace {
 
-/// Empty when all went well.
-std::string printSource(const std::string& path) {
-    ScriptSession session;
-    if (std::string reason = session.open(""); !reason.empty()) return reason;
-    std::string source;
-    if (std::string reason = session.readSource(path, source); !reason.empty()) return reason;
-    if (!source.empty() && source.back() != '\n') source += '\n';
-    std::fwrite(source.data(), 1, source.size(), stdout);
-    return {};
+int printSources(ScriptInput& input) {
+    if (const Problem problem = input.readStandardInput()) {
+        reportError(problem.name, problem.reason);
+        return kSomethingFailed;
+    }
+    return forEachFile(input.files, [&](const std::string& file) {
+        std::string source;
+        std::string reason = input.readSource(file, source);
+        if (!source.empty() && source.back() != '\n') source += '\n';
+        if (reason.empty()) std::fwrite(source.data(), 1, source.size(), stdout);
+        return reason;
+    });
 }
 
 }  // namespace
 
 void addSourceCommand(CLI::App& program, int& exitStatus) {
-    auto files = std::make_shared<std::vector<std::string>>();
+    auto input = std::make_shared<ScriptInput>();
     CLI::App* const command = program.add_subcommand("source", "Print the source of scripts");
-    command->add_option("files", *files, "Scripts: files and bundles")
-        ->required()
+    command
+        ->add_option("files", input->files,
+                     "Scripts: files and bundles; - is standard input, as is none")
         ->type_name("FILE");
-    command->callback([files, &exitStatus] { exitStatus = forEachFile(*files, printSource); });
+    command->callback([input, &exitStatus] {
+        if (!input->isComplete()) throw CLI::RequiredError("FILE");
+        exitStatus = printSources(*input);
+    });
 }
 
 }  // namespace osa::cli

@@ -182,7 +182,7 @@ class Search {
         if (record_.isVolume() || (!hasNumber(record_) && !byName)) return;
         WalkBudget budget;
         for (const std::string& root : roots_) {
-            if (isDone_) return;
+            if (isDone_ || budget.isSpent()) return;
             const bool numbersHold = hasNumber(record_) && canBeVolume(record_, root);
             const auto volume = folderStatus(root);
             if (!volume || (!numbersHold && !byName)) continue;

@@ -32,11 +32,11 @@ class Walk {
     }
 
   private:
-    /// What is missing or protected stays so; every other failure may be gone the next time.
     template <typename Value>
     bool isSeen(const Result<Value>& result) {
         if (result.ok()) return true;
-        if (result.status() != fnfErr && result.status() != permErr) isDisturbed_ = true;
+        const OSStatus status = result.status();
+        isDisturbed_ |= status == ioErr || status == tmfoErr || status == memFullErr;
         return false;
     }
 
@@ -94,6 +94,10 @@ LostObjects& lostObjects() {
 }
 
 }  // namespace
+
+bool WalkBudget::isSpent() const {
+    return objects_ >= kMostObjects || std::chrono::steady_clock::now() - start_ >= kLongest;
+}
 
 bool WalkBudget::spend() {
     if (objects_ >= kMostObjects) return false;

@@ -18,6 +18,7 @@ class WalkBudget {
 
     /// Counts one object; false when objects or time are used up.
     bool spend();
+    bool isSpent() const;
 
   private:
     // The clock is asked once for so many objects.
@@ -35,7 +36,8 @@ using VisitObject = std::function<bool(const std::string& folder, const std::str
 /// above it and in those below it, then in the folders one step farther away, and so on. Folders
 /// that cannot be read are left out. Nothing is visited that lies on another volume than `start`,
 /// and no link is followed. False when something was left out for a reason that may pass (too many
-/// open files, no memory, a disk in trouble): what was not met may be met by the next walk.
+/// open files, no memory, a disk in trouble): what was not met may be met by the next walk. True
+/// also when `visit` or the budget has ended the walk.
 bool walkOutward(const std::string& start, WalkBudget& budget, const VisitObject& visit);
 
 /// An object that a walk has looked for.

@@ -26,7 +26,7 @@ class Machine {
     using Ptr = std::unique_ptr<Machine, Ender>;
 
     /// Null when there is no memory or no thread for it, when the process ends, and in the child of
-    /// a process that has made one.
+    /// a process that has tried to make one.
     static Ptr make(const OSALimits& limits);
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;

@@ -22,8 +22,8 @@ struct Machines {
 Machines& machines();
 
 /// Makes the engine this process's, unless it is another's: the child of a fork has the engine's
-/// locks and what waits at them as they were, but none of its threads, and must not use it. Before
-/// any lock.
+/// locks and what waits at them as they were, but none of its threads, and must not use it. Asked
+/// before any lock of the engine is taken.
 bool ownsEngine();
 
 /// Sets the engine up, once, and has the process's end stop every machine. False when that failed.

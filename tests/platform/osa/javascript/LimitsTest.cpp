@@ -72,7 +72,8 @@ TEST_F(Limits, StopScriptsAndLeaveTheInstanceUsable) {
                 const std::chrono::microseconds own((std::clock() - used) * 1'000'000 /
                                                     CLOCKS_PER_SEC);
                 const auto passed = std::chrono::steady_clock::now() - start;
-                inTime = std::min<std::chrono::nanoseconds>(passed, own) < 2ms * milliseconds;
+                inTime = std::min<std::chrono::nanoseconds>(passed, own) < 2ms * milliseconds &&
+                         passed < 10s;
                 EXPECT_TRUE(answer == "E-1750" || (source[4] == 's' && answer == "E-1753"))
                     << answer;
             }
