@@ -61,7 +61,8 @@ class Walk {
             if (!budget_.spend()) return false;
             const std::string path = joinPath(folder, *name);
             const auto status = posix::status(path, posix::Follow::no);
-            if (!isSeen(status) || status->device != device_) continue;
+            // A folder is on one volume; what it holds may bear other device numbers in an overlay.
+            if (!isSeen(status) || (status->isFolder() && status->device != device_)) continue;
             if (!visit_(folder, *name, *status)) return false;
             if (status->isFolder()) enqueue(path, *status);
         }

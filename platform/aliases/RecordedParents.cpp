@@ -74,7 +74,7 @@ std::optional<std::string> childWithNumber(const std::string& folder, const std:
     if (!above) return std::nullopt;
     const auto isIt = [&](const std::string& child) {
         const auto status = posix::status(joinPath(folder, child), posix::Follow::no);
-        return status.ok() && status->device == above->device &&
+        return status.ok() && (!status->isFolder() || status->device == above->device) &&
                nodeIDFromInode(status->inode) == number && accepts(child, *status);
     };
     if (!name.empty() && isIt(name)) return joinPath(folder, name);

@@ -140,11 +140,12 @@ Result<FSRef> parentReference(const Located& object) {
 }
 
 UInt32 nodeIDFromInode(std::uint64_t inode) {
-    return static_cast<UInt32>(inode) ^ static_cast<UInt32>(inode >> 32);
+    const UInt32 folded = static_cast<UInt32>(inode) ^ static_cast<UInt32>(inode >> 32);
+    return folded > fsRtDirID ? folded : ~folded;
 }
 
 UInt32 nodeID(const Located& object) {
-    return object.isRoot() ? 2 : nodeIDFromInode(object.status.inode);
+    return object.isRoot() ? UInt32{fsRtDirID} : nodeIDFromInode(object.status.inode);
 }
 
 }  // namespace osa

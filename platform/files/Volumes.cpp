@@ -69,6 +69,14 @@ std::string mountPointOf(std::uint64_t device, std::string path) {
     return path;
 }
 
+/// An overlay of several file systems tells the numbers of these for files, and its own for
+/// folders.
+Result<Volume> volumeOfFolderAbove(const std::string& path) {
+    const std::string above = path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+    OSA_TRY(const posix::FileStatus status, posix::status(above, posix::Follow::no));
+    return volumeOf(status.device, above);
+}
+
 }  // namespace
 
 Result<Volume> volumeOf(std::uint64_t device, const std::string& path) {
@@ -77,7 +85,12 @@ Result<Volume> volumeOf(std::uint64_t device, const std::string& path) {
     const auto known =
         findKnown([device](const Volume& volume) { return volume.device == device; });
     if (known) return *known;
-    return add(device, mountPointOf(device, path));
+    const std::string mountPoint = mountPointOf(device, path);
+    if (mountPoint == path) {
+        OSA_TRY(const posix::FileStatus status, posix::status(path, posix::Follow::no));
+        if (!status.isFolder()) return volumeOfFolderAbove(path);
+    }
+    return add(device, mountPoint);
 }
 
 std::optional<Volume> findVolume(FSVolumeRefNum number) {

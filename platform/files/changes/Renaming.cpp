@@ -213,7 +213,10 @@ Result<FSRef> move(const FSRef* ref, const FSRef* folder) {
     OSA_TRY(const Located to, locate(folder));
     if (object.isRoot()) return Failure(paramErr);
     if (!to.status.isFolder()) return Failure(errFSNotAFolder);
-    if (to.status.device != object.status.device) return Failure(diffVolErr);
+    // Of folders: a file may bear another device number in an overlay.
+    OSA_TRY(const posix::FileStatus from,
+            posix::status(std::string(object.folder()), posix::Follow::no));
+    if (to.status.device != from.device) return Failure(diffVolErr);
     const bool isInside = to.path() == object.path() || to.path().starts_with(object.path() + "/");
     if (isInside) return Failure(paramErr);
     return moveTo(object, to.path(), object.name());

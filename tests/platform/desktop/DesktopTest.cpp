@@ -138,7 +138,7 @@ void expectInTime() {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(frontProcess().status(), procNotFound);
     EXPECT_EQ(bringToFront(77).status(), kCannotSetFrontProcessErr);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3900));
 }
 
 TEST(Desktop, ServersThatDoNotAnswer) {
@@ -159,6 +159,7 @@ TEST(Desktop, ServersThatDoNotAnswer) {
         const std::string number = std::to_string(5000 + getpid());
         sockaddr_un address{AF_UNIX, ""};
         ("/tmp/.X11-unix/X" + number).copy(address.sun_path, 100);
+        unlink(address.sun_path);  // a run that was killed leaves it
         const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
         ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         ASSERT_EQ(listen(listener, 5), 0);
@@ -184,9 +185,8 @@ TEST(Desktop, ServersThatDoNotAnswer) {
     kill(server.process, SIGSTOP);
     expectInTime();
     kill(server.process, SIGCONT);
-    for (int tries = 0; tries < 100 && !frontProcess().ok(); ++tries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_TRUE(frontProcess().ok()) << "the server is asked again once it answers";
+    EXPECT_TRUE(test::comesTrue([] { return frontProcess().ok(); }))
+        << "the server is asked again once it answers";
 }
 
 }  // namespace

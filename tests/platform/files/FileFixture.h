@@ -78,9 +78,19 @@ class FileFixture : public testing::Test {
             !root_.empty() && posix::setAttribute(root_, "user.probe", asBytes("")).ok();
         if (isGood) return;
         if (!root_.empty()) fs::remove(root_);
-        root_ = scratchFolder(fs::temp_directory_path());
+        root_ = scratchFolder(onBootVolume({fs::temp_directory_path(), "/var/tmp"}));
     }
     ~FileFixture() override { fs::remove_all(root_); }
+
+    /// The first of them that lies on the root folder's volume, else the first.
+    static fs::path onBootVolume(const std::vector<fs::path>& folders) {
+        const auto device = [](const fs::path& path) {
+            const auto status = posix::status(path, posix::Follow::yes);
+            return status.ok() ? status->device : 0;
+        };
+        const auto found = std::ranges::find(folders, device("/"), device);
+        return found == folders.end() ? folders.front() : *found;
+    }
 
     static std::string scratchFolder(const fs::path& folder) {
         std::string pattern = folder / "osa-files-XXXXXX";
