@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -73,7 +72,7 @@ CompileOutput::~CompileOutput() {
     // With what the File Manager has put beside it.
     if (isOurs_ && !made_.empty()) FSDeleteObject(&ref_);
     std::error_code ignored;
-    for (const std::string& path : std::views::reverse(made_)) fs::remove(path, ignored);
+    for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);
 }
 
 std::string CompileOutput::makeFolder(const std::string& path) {
