@@ -74,7 +74,7 @@ Problem storeDataFork(const ScriptSession& session, const CompileOptions& option
 
 /// The codes that were asked for; a file without a type is a script's.
 OSStatus giveCodes(const CompileOptions& options, const FSRef& file) {
-    // OSAStoreFile has given the type already.
+    // OSAStoreFile gives the type where it can.
     if (options.resource.empty() && options.type.empty() && options.creator.empty()) return noErr;
     FSCatalogInfo info{};
     OSErr status = FSGetCatalogInfo(&file, kFSCatInfoFinderInfo, &info, nullptr, nullptr, nullptr);

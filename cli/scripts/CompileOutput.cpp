@@ -30,6 +30,11 @@ std::string withoutSlashes(std::string path) {
     return path;
 }
 
+/// What the File Manager puts there for a file that it can give no attributes.
+fs::path sideFileOf(const fs::path& file) {
+    return file.parent_path() / ("._" + file.filename().string());
+}
+
 std::string cannotBeMade(int error) {
     return "cannot be made: " + std::generic_category().message(error);
 }
@@ -69,8 +74,6 @@ CompileOutput::CompileOutput(const std::string& path)
       file_(bundle_.empty() ? path : mainScriptOf(bundle_)) {}
 
 CompileOutput::~CompileOutput() {
-    // With what the File Manager has put beside it.
-    if (isOurs_ && !made_.empty()) FSDeleteObject(&ref_);
     std::error_code ignored;
     for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);
 }
@@ -102,21 +105,17 @@ std::string CompileOutput::makeBundle() {
     return makeFile(bundle_ + "/Contents/Info.plist", information);
 }
 
-bool CompileOutput::isBare() const {
-    FSCatalogInfo info{};
-    constexpr FSCatalogInfoBitmap kWanted = kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes;
-    return FSGetCatalogInfo(&ref_, kWanted, &info, nullptr, nullptr, nullptr) == noErr &&
-           info.finderInfo.fdType == 0 && info.finderInfo.fdCreator == 0 &&
-           info.rsrcLogicalSize == 0;
-}
-
 std::string CompileOutput::open() {
+    const fs::path beside = sideFileOf(file_);
+    std::error_code ignored;
+    const bool wasBeside = fs::exists(fs::symlink_status(beside, ignored));
     std::string reason = bundle_.empty() ? std::string() : makeBundle();
     if (reason.empty()) reason = makeFile(file_, "");
     if (!reason.empty()) return reason;
+    const bool isNew = !made_.empty() && made_.back() == file_;
+    if (isNew && !wasBeside) made_.push_back(beside);
     const OSStatus status =
         FSPathMakeRef(reinterpret_cast<const UInt8*>(file_.c_str()), &ref_, nullptr);
-    isOurs_ = status == noErr && !made_.empty() && made_.back() == file_ && isBare();
     return status == noErr ? std::string() : readingReason(status);
 }
 

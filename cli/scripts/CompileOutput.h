@@ -35,12 +35,10 @@ class CompileOutput {
     std::string makeFolder(const std::string& path);
     std::string makeFile(const std::string& path, const std::string& content);
     std::string makeBundle();
-    bool isBare() const;
 
     std::string bundle_;  ///< empty for a file
     std::string file_;
     FSRef ref_{};
-    bool isOurs_ = false;            ///< the file was made, and had no fork or codes before
     std::vector<std::string> made_;  ///< what lies inside behind what it lies in
 };
 

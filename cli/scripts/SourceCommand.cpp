@@ -10,11 +10,9 @@ namespace osa::cli {
 namespace {
 
 int printSources(ScriptInput& input) {
-    if (const Problem problem = input.readStandardInput()) {
-        reportError(problem.name, problem.reason);
-        return kSomethingFailed;
-    }
     return forEachFile(input.files, [&](const std::string& file) {
+        const Problem problem = input.readStandardInput();
+        if (problem && problem.name == file) return problem.reason;
         std::string source;
         std::string reason = input.readSource(file, source);
         if (!source.empty() && source.back() != '\n') source += '\n';

@@ -139,6 +139,13 @@ Result<FSRef> parentReference(const Located& object) {
     return referenceToRealPath(std::string(object.folder()));
 }
 
+Result<std::uint64_t> volumeDevice(const Located& object) {
+    if (object.status.isFolder()) return object.status.device;
+    OSA_TRY(const posix::FileStatus folder,
+            posix::status(std::string(object.folder()), posix::Follow::no));
+    return folder.device;
+}
+
 UInt32 nodeIDFromInode(std::uint64_t inode) {
     const UInt32 folded = static_cast<UInt32>(inode) ^ static_cast<UInt32>(inode >> 32);
     return folded > fsRtDirID ? folded : ~folded;

@@ -61,8 +61,12 @@ Result<FSRef> referenceToPath(std::string path, bool* isFolder);
 /// A zeroed reference for the root folder.
 Result<FSRef> parentReference(const Located& object);
 
-/// The 64-bit inode number folded to 32 bits; small ones stay as they are, but for those that mean
-/// a volume's root folder whatever its inode number is: 0 to 2 (fsRtDirID).
+/// The device number of the volume it is on. In an overlay a file's own may be another than its
+/// folder's.
+Result<std::uint64_t> volumeDevice(const Located& object);
+
+/// The 64-bit inode number folded to 32 bits; small ones stay as they are, but for 0 to 2, which
+/// mean a volume's root folder and what is above it, whatever their inode numbers.
 UInt32 nodeIDFromInode(std::uint64_t inode);
 /// 2 for the root folder.
 UInt32 nodeID(const Located& object);

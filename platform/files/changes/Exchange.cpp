@@ -108,7 +108,9 @@ Result<void> exchangeObjects(const FSRef* ref, const FSRef* otherRef) {
     OSA_TRY(const Located other, locate(otherRef));
     if (!one.status.isRegular() || !other.status.isRegular()) return Failure(notAFileErr);
     if (one.path() == other.path()) return {};
-    if (one.status.device != other.status.device) return Failure(diffVolErr);
+    OSA_TRY(const std::uint64_t device, volumeDevice(one));
+    OSA_TRY(const std::uint64_t otherDevice, volumeDevice(other));
+    if (device != otherDevice) return Failure(diffVolErr);
     const auto exchanged = exchange(one, other);
     forgetLastObject();
     return exchanged;

@@ -213,10 +213,8 @@ Result<FSRef> move(const FSRef* ref, const FSRef* folder) {
     OSA_TRY(const Located to, locate(folder));
     if (object.isRoot()) return Failure(paramErr);
     if (!to.status.isFolder()) return Failure(errFSNotAFolder);
-    // Of folders: a file may bear another device number in an overlay.
-    OSA_TRY(const posix::FileStatus from,
-            posix::status(std::string(object.folder()), posix::Follow::no));
-    if (to.status.device != from.device) return Failure(diffVolErr);
+    OSA_TRY(const std::uint64_t device, volumeDevice(object));
+    if (to.status.device != device) return Failure(diffVolErr);
     const bool isInside = to.path() == object.path() || to.path().starts_with(object.path() + "/");
     if (isInside) return Failure(paramErr);
     return moveTo(object, to.path(), object.name());

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -90,10 +91,12 @@ TEST_F(Limits, InterruptionAndForeignThreads) {
     const OSAID script = compiled("for (;;);");
     for (const bool closes : {false, true}) {
         std::string answer;
+        std::atomic<bool> ended = false;
         const std::clock_t used = std::clock();
-        std::thread runner([&] { answer = run(script); });
+        std::thread runner([&] { answer = run(script), ended = true; });
         EXPECT_TRUE(comesTrue([&] { return std::clock() - used > CLOCKS_PER_SEC / 20; }));
-        closes ? (void)CloseComponent(js) : OSAInterrupt(js);
+        const auto interrupts = [&] { return OSAInterrupt(js), ended.load(); };
+        closes ? (void)CloseComponent(js) : (void)comesTrue(interrupts);
         runner.join();
         EXPECT_EQ(answer, "E-128");
         if (closes) break;
